@@ -1,0 +1,26 @@
+# korvo_library(name DEPS...): one small library per subsystem folder; sources are
+# the folder's .cpp/.h files so that adding a class needs no list edit.
+function(korvo_library name)
+  file(GLOB_RECURSE _src CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  add_library(${name} STATIC ${_src})
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${name} PUBLIC ${ARGN})
+endfunction()
+
+# korvo_test(name LIB [LIB...]): tests/<folder>/<name>.cpp as a CTest test linked
+# against the library under test and the test support library.
+function(korvo_test name)
+  cmake_parse_arguments(KT "" "" "FIXTURES;LABELS" ${ARGN})
+  add_executable(${name} ${CMAKE_CURRENT_SOURCE_DIR}/${name}.cpp)
+  target_link_libraries(${name} PRIVATE ${KT_UNPARSED_ARGUMENTS} korvo_testsupport Qt6::Test)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;KORVO_TEST_TMP=${CMAKE_BINARY_DIR}/testtmp"
+    TIMEOUT 300)
+  if(KT_FIXTURES)
+    set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED "${KT_FIXTURES}")
+  endif()
+  if(KT_LABELS)
+    set_tests_properties(${name} PROPERTIES LABELS "${KT_LABELS}")
+  endif()
+endfunction()

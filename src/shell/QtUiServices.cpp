@@ -1,0 +1,96 @@
+#include "QtUiServices.h"
+
+#include "frmSQLPassword.h"
+#include "frmVSSPassword.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QMessageBox>
+
+namespace {
+
+QMessageBox::StandardButtons standardButtons(UiServices::Buttons b)
+{
+    switch (b) {
+    case UiServices::Buttons::Ok: return QMessageBox::Ok;
+    case UiServices::Buttons::OkCancel: return QMessageBox::Ok | QMessageBox::Cancel;
+    case UiServices::Buttons::YesNo: return QMessageBox::Yes | QMessageBox::No;
+    case UiServices::Buttons::YesNoCancel: return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+    case UiServices::Buttons::RetryCancel: return QMessageBox::Retry | QMessageBox::Cancel;
+    case UiServices::Buttons::AbortRetryIgnore: return QMessageBox::Abort | QMessageBox::Retry | QMessageBox::Ignore;
+    }
+    return QMessageBox::Ok;
+}
+
+QMessageBox::Icon boxIcon(UiServices::Icon i)
+{
+    switch (i) {
+    case UiServices::Icon::None: return QMessageBox::NoIcon;
+    case UiServices::Icon::Information: return QMessageBox::Information;
+    case UiServices::Icon::Question: return QMessageBox::Question;
+    case UiServices::Icon::Warning: return QMessageBox::Warning;
+    case UiServices::Icon::Critical: return QMessageBox::Critical;
+    }
+    return QMessageBox::NoIcon;
+}
+
+UiServices::Answer toAnswer(int button, UiServices::Buttons buttons)
+{
+    switch (button) {
+    case QMessageBox::Ok: return UiServices::Answer::Ok;
+    case QMessageBox::Yes: return UiServices::Answer::Yes;
+    case QMessageBox::No: return UiServices::Answer::No;
+    case QMessageBox::Retry: return UiServices::Answer::Retry;
+    case QMessageBox::Abort: return UiServices::Answer::Abort;
+    case QMessageBox::Ignore: return UiServices::Answer::Ignore;
+    default: break;
+    }
+    return buttons == UiServices::Buttons::YesNo ? UiServices::Answer::No : UiServices::Answer::Cancel;
+}
+
+} // namespace
+
+UiServices::Answer QtUiServices::messageBox(Icon icon, const QString &title, const QString &text, Buttons buttons)
+{
+    QMessageBox box(boxIcon(icon), title, text, standardButtons(buttons), mParent ? mParent : QApplication::activeWindow());
+    if (buttons == Buttons::YesNo)
+        box.setEscapeButton(QMessageBox::No);
+    return toAnswer(box.exec(), buttons);
+}
+
+QString QtUiServices::openFileName(const QString &title, const QString &folder, const QString &filter)
+{
+    return QFileDialog::getOpenFileName(mParent ? mParent : QApplication::activeWindow(), title, folder, filter);
+}
+
+QString QtUiServices::saveFileName(const QString &title, const QString &folder, const QString &filter)
+{
+    return QFileDialog::getSaveFileName(mParent ? mParent : QApplication::activeWindow(), title, folder, filter);
+}
+
+QString QtUiServices::folderName(const QString &title, const QString &folder)
+{
+    return QFileDialog::getExistingDirectory(mParent ? mParent : QApplication::activeWindow(), title, folder);
+}
+
+bool QtUiServices::sqlPassword(const QString &server, const QString &database, QString &userName, QString &password)
+{
+    frmSQLPassword dlg(*this, mParent ? mParent : QApplication::activeWindow());
+    return dlg.GetUserNameAndPassword(server, database, userName, password);
+}
+
+bool QtUiServices::vssPassword(const QString &iniFile, QString &userName, QString &password)
+{
+    frmVSSPassword dlg(*this, mParent ? mParent : QApplication::activeWindow());
+    return dlg.GetUserNameAndPassword(iniFile, userName, password);
+}
+
+void QtUiServices::beginWait()
+{
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+}
+
+void QtUiServices::endWait()
+{
+    QApplication::restoreOverrideCursor();
+}

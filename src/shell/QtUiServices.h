@@ -1,0 +1,26 @@
+#pragma once
+
+#include "UiServices.h"
+
+class QWidget;
+
+// UI services on Qt Widgets: message boxes, file dialogs, the two password
+// prompts and the override cursor.
+class QtUiServices : public UiServices
+{
+public:
+    explicit QtUiServices(QWidget *parent = nullptr) : mParent(parent) {}
+
+    Answer messageBox(Icon icon, const QString &title, const QString &text, Buttons buttons) override;
+    QString openFileName(const QString &title, const QString &folder, const QString &filter) override;
+    QString saveFileName(const QString &title, const QString &folder, const QString &filter) override;
+    QString folderName(const QString &title, const QString &folder) override;
+    bool sqlPassword(const QString &server, const QString &database, QString &userName,
+                     QString &password) override;
+    bool vssPassword(const QString &iniFile, QString &userName, QString &password) override;
+    void beginWait() override;
+    void endWait() override;
+
+private:
+    QWidget *mParent;
+};
