@@ -1,0 +1,16 @@
+#include "KORVOIcons.h"
+
+void KORVOIcons::Add(const QString &name)
+{
+    const QString key = name.toUpper();
+    if (mKnown.contains(key))
+        return;
+    mKnown.insert(key);
+    mNames.append(key);
+}
+
+KORVOIcon KORVOIcons::Item(const QString &name) const
+{
+    const QString key = name.toUpper();
+    return KORVOIcon(mKnown.contains(key) ? key : QStringLiteral("-"));
+}
