@@ -1,18 +1,23 @@
 # korvo_library(name DEPS...): one small library per subsystem folder; sources are
 # the folder's .cpp/.h files so that adding a class needs no list edit.
+# EXCLUDE <subfolder>... leaves out subfolders that are libraries of their own.
 function(korvo_library name)
+  cmake_parse_arguments(KL "" "" "EXCLUDE" ${ARGN})
   file(GLOB_RECURSE _src CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
   list(FILTER _src EXCLUDE REGEX "/CMakeFiles/")
+  foreach(_dir IN LISTS KL_EXCLUDE)
+    list(FILTER _src EXCLUDE REGEX "^${CMAKE_CURRENT_SOURCE_DIR}/${_dir}/")
+  endforeach()
   if(NOT _src MATCHES "\\.cpp")
     # A folder whose classes have not arrived yet.
     add_library(${name} INTERFACE)
     target_include_directories(${name} INTERFACE ${CMAKE_CURRENT_SOURCE_DIR})
-    target_link_libraries(${name} INTERFACE ${ARGN})
+    target_link_libraries(${name} INTERFACE ${KL_UNPARSED_ARGUMENTS})
     return()
   endif()
   add_library(${name} STATIC ${_src})
   target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
-  target_link_libraries(${name} PUBLIC ${ARGN})
+  target_link_libraries(${name} PUBLIC ${KL_UNPARSED_ARGUMENTS})
 endfunction()
 
 # korvo_test(name LIB [LIB...]): tests/<folder>/<name>.cpp as a CTest test linked
