@@ -59,7 +59,7 @@ bool ToRegistryText(const QVariant &v, QString &dataType, QString &text)
         dataType = QString::number(REG_BINARY);
         const QByteArray bytes = v.toByteArray().left(MaxTextLength);
         text = QString::fromLatin1(bytes.toHex(' ').toUpper());
-        break;
+        return true;
     }
     default:
         dataType = QString::number(REG_NONE);
@@ -147,8 +147,10 @@ std::unique_ptr<QSettings> Registry::Open() const
     return std::make_unique<QSettings>(
         QStringLiteral("HKEY_CURRENT_USER\\Software\\KORVO Integration"), QSettings::NativeFormat);
 #else
-    // No application name, so that the file is "KORVO Integration.conf".
-    return std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("KORVO Integration"));
+    // The native format here is an INI file; with no application name it is
+    // "KORVO Integration.conf" in the user's configuration folder.
+    return std::make_unique<QSettings>(
+        QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("KORVO Integration"));
 #endif
 }
 

@@ -9,10 +9,18 @@
 namespace
 {
 
+// Loads the library of exactly this version; QLibrary alone would fall back to
+// an unversioned name.
 bool Loads(const QString &name, int version)
 {
+#if defined(Q_OS_WIN)
+    QLibrary lib(name + QLatin1Char('-') + QString::number(version));
+#elif defined(Q_OS_MACOS)
+    QLibrary lib(QStringLiteral("lib%1.%2.dylib").arg(name).arg(version));
+#else
+    QLibrary lib(QStringLiteral("lib%1.so.%2").arg(name).arg(version));
+#endif
     // Not unloaded again: the connectors use the same libraries.
-    QLibrary lib(name, version);
     return lib.load();
 }
 

@@ -53,9 +53,11 @@ QString ReadTextFile(const QString &path)
 
 bool WriteTextFile(const QString &path, const QString &text)
 {
+    // The "User" flags describe the caller's access, not the file's mode.
+    constexpr auto userFlags = QFileDevice::ReadUser | QFileDevice::WriteUser | QFileDevice::ExeUser;
     QFile f(path);
     const bool existed = f.exists();
-    const QFileDevice::Permissions before = existed ? f.permissions() : QFileDevice::Permissions();
+    const QFileDevice::Permissions before = existed ? f.permissions() & ~userFlags : QFileDevice::Permissions();
     const bool readOnly = existed && !(before & QFileDevice::WriteOwner);
     if (readOnly && !f.setPermissions(before | QFileDevice::WriteOwner))
         return false;

@@ -1,0 +1,254 @@
+#include "Registry.h"
+
+#include <QDir>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+
+// The store is checked from outside through QSettings on the same file, so the
+// tests see what another process (or the next start) would see.
+class TestRegistry : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> mDir;
+    QString mFile;
+    static constexpr long HKCU = Registry::HKEY_CURRENT_USER;
+    static QString Folder() { return Registry::Folder(); }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        // The user's own store lands in this folder, not in the real home.
+        const QString root = qEnvironmentVariable("KORVO_TEST_TMP", QDir::tempPath());
+        QDir().mkpath(root);
+        mDir = std::make_unique<QTemporaryDir>(root + QStringLiteral("/registry-XXXXXX"));
+        QVERIFY(mDir->isValid());
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(mDir->filePath(QStringLiteral("xdg"))));
+        qunsetenv("KORVO_SETTINGS_FILE");
+    }
+
+    void init()
+    {
+        static int n = 0;
+        mFile = mDir->filePath(QStringLiteral("store%1.ini").arg(++n));
+    }
+
+    void freshStoreIsEmpty()
+    {
+        Registry reg(mFile);
+        QVERIFY(!reg.KeyExists(HKCU, Folder()));
+        QCOMPARE(reg.GetValue(HKCU, Folder(), QStringLiteral("WinHeight")), QString());
+        QCOMPARE(reg.GetAllValues(HKCU, Folder()).Count(), 0);
+        QCOMPARE(reg.GetAllSubKeys(HKCU, Folder(), true, true)->Count(), 0);
+
+        const auto key = reg.GetKeyData(HKCU, Registry::SubPath(QStringLiteral("4")), true, true);
+        QVERIFY(key);
+        QCOMPARE(key->Name, QStringLiteral("4"));
+        QCOMPARE(key->Path, QStringLiteral("Software\\KORVO Integration\\4"));
+        QCOMPARE(key->Key, QStringLiteral("HKEY_CURRENT_USER\\Software\\KORVO Integration\\4"));
+        QCOMPARE(key->Root, HKCU);
+        QCOMPARE(key->Values.Count(), 0);
+        QCOMPARE(key->SubKeys->Count(), 0);
+        QVERIFY(!QFile::exists(mFile));
+    }
+
+    void writesAreVisibleAtOnce()
+    {
+        Registry reg(mFile);
+        QVERIFY(reg.WriteValue(HKCU, Folder(), QStringLiteral("WinHeight"), QStringLiteral("5000")));
+        QVERIFY(reg.WriteValue(
+            HKCU, Registry::SubPath(QStringLiteral("1")), QStringLiteral("PrjName"), QStringLiteral("Sales, North")));
+
+        QSettings outside(mFile, QSettings::IniFormat);
+        QCOMPARE(outside.value(QStringLiteral("WinHeight")).toString(), QStringLiteral("5000"));
+        QCOMPARE(outside.value(QStringLiteral("1/PrjName")).toString(), QStringLiteral("Sales, North"));
+
+        // Another Registry on the same file sees it; so does this one after an outside write.
+        Registry other(mFile);
+        QCOMPARE(other.GetValue(HKCU, Folder(), QStringLiteral("WinHeight")), QStringLiteral("5000"));
+        QCOMPARE(other.GetValue(HKCU, Registry::SubPath(QStringLiteral("1")), QStringLiteral("PrjName")),
+            QStringLiteral("Sales, North"));
+        outside.setValue(QStringLiteral("WinWidth"), QStringLiteral("7000"));
+        outside.sync();
+        QCOMPARE(reg.GetValue(HKCU, Folder(), QStringLiteral("WinWidth")), QStringLiteral("7000"));
+        QVERIFY(reg.KeyExists(HKCU, Folder()));
+        QVERIFY(reg.KeyExists(HKCU, Registry::SubPath(QStringLiteral("1"))));
+        QVERIFY(!reg.KeyExists(HKCU, Registry::SubPath(QStringLiteral("2"))));
+    }
+
+    void pathsAndRoots_data()
+    {
+        QTest::addColumn<long>("root");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<bool>("inStore");
+        QTest::newRow("folder") << HKCU << QStringLiteral("Software\\KORVO Integration") << true;
+        QTest::newRow("trailing separator") << HKCU << QStringLiteral("Software\\KORVO Integration\\") << true;
+        QTest::newRow("other case") << HKCU << QStringLiteral("SOFTWARE\\korvo integration") << true;
+        QTest::newRow("slashes") << HKCU << QStringLiteral("Software/KORVO Integration") << true;
+        QTest::newRow("other folder") << HKCU << QStringLiteral("Software\\Other") << false;
+        QTest::newRow("parent") << HKCU << QStringLiteral("Software") << false;
+        QTest::newRow("other root") << long(0x80000002) << QStringLiteral("Software\\KORVO Integration") << false;
+    }
+
+    void pathsAndRoots()
+    {
+        QFETCH(long, root);
+        QFETCH(QString, path);
+        QFETCH(bool, inStore);
+        Registry reg(mFile);
+        QCOMPARE(reg.WriteValue(root, path, QStringLiteral("ShowCommentPrompt"), QStringLiteral("0")), inStore);
+        QCOMPARE(reg.KeyExists(root, path), inStore);
+        QCOMPARE(reg.KeyValueExists(root, path, QStringLiteral("ShowCommentPrompt")), inStore);
+        QCOMPARE(
+            reg.GetValue(root, path, QStringLiteral("ShowCommentPrompt")), inStore ? QStringLiteral("0") : QString());
+        QSettings outside(mFile, QSettings::IniFormat);
+        QCOMPARE(outside.allKeys(), inStore ? QStringList { QStringLiteral("ShowCommentPrompt") } : QStringList());
+    }
+
+    void valueNamesCompareExactly()
+    {
+        Registry reg(mFile);
+        reg.WriteValue(HKCU, Folder(), QStringLiteral("PrjName"), QStringLiteral("x"));
+        QVERIFY(reg.KeyValueExists(HKCU, Folder(), QStringLiteral("PrjName")));
+        QVERIFY(!reg.KeyValueExists(HKCU, Folder(), QStringLiteral("prjname")));
+        QVERIFY(!reg.KeyValueExists(HKCU, Folder(), QStringLiteral("PrjNam")));
+        // Names that would nest in the store are refused.
+        QVERIFY(!reg.WriteValue(HKCU, Folder(), QStringLiteral("a/b"), QStringLiteral("x")));
+        QVERIFY(!reg.WriteValue(HKCU, Folder(), QStringLiteral("a\\b"), QStringLiteral("x")));
+        QVERIFY(!reg.WriteValue(HKCU, Folder(), QString(), QStringLiteral("x")));
+    }
+
+    void subKeysInNumericOrderWithValuesAndRecursion()
+    {
+        Registry reg(mFile);
+        for (const char *n : { "10", "2", "abc", "1", "1.5" })
+            reg.WriteValue(HKCU, Registry::SubPath(QLatin1String(n)), QStringLiteral("PrjName"),
+                QStringLiteral("P") + QLatin1String(n));
+        reg.WriteValue(
+            HKCU, Registry::SubPath(QStringLiteral("2\\Inner")), QStringLiteral("Deep"), QStringLiteral("yes"));
+        reg.WriteValue(HKCU, Folder(), QStringLiteral("ProjectToOpen"), QStringLiteral("1"));
+
+        const auto keys = reg.GetAllSubKeys(HKCU, Folder(), true, true);
+        QStringList names;
+        for (const auto &k : *keys)
+            names << k->Name;
+        QCOMPARE(names, (QStringList { "1", "2", "10", "1.5", "abc" }));
+
+        const auto two = keys->Item(QStringLiteral("2"));
+        QVERIFY(two);
+        QCOMPARE(two->Path, QStringLiteral("Software\\KORVO Integration\\2"));
+        QCOMPARE(two->Key, QStringLiteral("HKEY_CURRENT_USER\\Software\\KORVO Integration\\2"));
+        QCOMPARE(two->GetValueData(QStringLiteral("PrjName")), QStringLiteral("P2"));
+        QCOMPARE(two->SubKeys->Count(), 1);
+        const auto inner = two->SubKeys->Item(0);
+        QCOMPARE(inner->Name, QStringLiteral("Inner"));
+        QCOMPARE(inner->Path, QStringLiteral("Software\\KORVO Integration\\2\\Inner"));
+        QCOMPARE(inner->GetValueData(QStringLiteral("Deep")), QStringLiteral("yes"));
+
+        // The flags: values only, sub-keys only.
+        const auto valuesOnly = reg.GetKeyData(HKCU, Folder(), true, false);
+        QCOMPARE(valuesOnly->Name, QStringLiteral("KORVO Integration"));
+        QCOMPARE(valuesOnly->Values.Count(), 1);
+        QCOMPARE(valuesOnly->GetValueData(QStringLiteral("ProjectToOpen")), QStringLiteral("1"));
+        QCOMPARE(valuesOnly->SubKeys->Count(), 0);
+        const auto keysOnly = reg.GetKeyData(HKCU, Folder(), false, true);
+        QCOMPARE(keysOnly->Values.Count(), 0);
+        QCOMPARE(keysOnly->SubKeys->Count(), 5);
+        QCOMPARE(keysOnly->SubKeys->Item(QStringLiteral("2"))->Values.Count(), 0);
+        QCOMPARE(keysOnly->SubKeys->Item(QStringLiteral("2"))->SubKeys->Count(), 1);
+    }
+
+    void valueConversion()
+    {
+        {
+            QSettings outside(mFile, QSettings::IniFormat);
+            outside.setValue(QStringLiteral("Bin"), QByteArray("\x0a\xff\x10", 3));
+            outside.setValue(QStringLiteral("Text"), QStringLiteral("plain"));
+            outside.setValue(QStringLiteral("Len255"), QString(255, QLatin1Char('x')));
+            outside.setValue(QStringLiteral("Len256"), QString(256, QLatin1Char('y')));
+            outside.setValue(QString(256, QLatin1Char('n')), QStringLiteral("long name"));
+            outside.setValue(QStringLiteral("BigBin"), QByteArray(300, '\x01'));
+        }
+        Registry reg(mFile);
+        const RegistryValues values = reg.GetAllValues(HKCU, Folder());
+        QCOMPARE(values.Item(QStringLiteral("Bin"))->DataType, QStringLiteral("3"));
+        QCOMPARE(values.GetValueData(QStringLiteral("Bin")), QStringLiteral("0A FF 10"));
+        QCOMPARE(values.Item(QStringLiteral("Text"))->DataType, QStringLiteral("1"));
+        QCOMPARE(values.GetValueData(QStringLiteral("Len255")).size(), 255);
+        // Longer names and texts are not read; binary data is cut to what fits.
+        QVERIFY(!values.IsValidItem(QStringLiteral("Len256")));
+        QCOMPARE(values.Count(), 4);
+        QCOMPARE(reg.GetValue(HKCU, Folder(), QStringLiteral("Len256")), QString());
+        const QString big = values.GetValueData(QStringLiteral("BigBin"));
+        QCOMPARE(big.size(), 255 * 3 - 1);
+        QVERIFY(big.startsWith(QStringLiteral("01 01 ")));
+        QCOMPARE(values.GetValueData(QStringLiteral("missing")), QString());
+    }
+
+    void deleteKey()
+    {
+        Registry reg(mFile);
+        reg.WriteValue(HKCU, Registry::SubPath(QStringLiteral("1")), QStringLiteral("PrjName"), QStringLiteral("A"));
+        reg.WriteValue(HKCU, Registry::SubPath(QStringLiteral("2")), QStringLiteral("PrjName"), QStringLiteral("B"));
+        reg.WriteValue(HKCU, Registry::SubPath(QStringLiteral("2\\Sub")), QStringLiteral("X"), QStringLiteral("1"));
+
+        QVERIFY(!reg.DeleteKey(HKCU, Registry::SubPath(QStringLiteral("2")))); // has a sub-key
+        QVERIFY(!reg.DeleteKey(HKCU, Registry::SubPath(QStringLiteral("3")))); // missing
+        QVERIFY(reg.DeleteKey(HKCU, Registry::SubPath(QStringLiteral("1"))));
+
+        QSettings outside(mFile, QSettings::IniFormat);
+        QCOMPARE(outside.childGroups(), QStringList { QStringLiteral("2") });
+        QCOMPARE(outside.value(QStringLiteral("2/PrjName")).toString(), QStringLiteral("B"));
+        QVERIFY(reg.DeleteKey(HKCU, Registry::SubPath(QStringLiteral("2\\Sub"))));
+        QVERIFY(reg.DeleteKey(HKCU, Registry::SubPath(QStringLiteral("2"))));
+        outside.sync();
+        QVERIFY(outside.allKeys().isEmpty());
+    }
+
+    void keyWritesItsValuesBack()
+    {
+        Registry source(mFile);
+        source.WriteValue(
+            HKCU, Registry::SubPath(QStringLiteral("3")), QStringLiteral("PrjName"), QStringLiteral("Three"));
+        source.WriteValue(
+            HKCU, Registry::SubPath(QStringLiteral("3")), QStringLiteral("SQLServer"), QStringLiteral("db1"));
+        source.WriteValue(
+            HKCU, Registry::SubPath(QStringLiteral("3\\Sub")), QStringLiteral("Deep"), QStringLiteral("d"));
+        const auto key = source.GetKeyData(HKCU, Registry::SubPath(QStringLiteral("3")), true, true);
+
+        const QString copyFile = mFile + QStringLiteral(".copy");
+        Registry target(copyFile);
+        QVERIFY(key->WriteValues(target, false));
+        {
+            QSettings outside(copyFile, QSettings::IniFormat);
+            QCOMPARE(outside.allKeys(), (QStringList { "3/PrjName", "3/SQLServer" }));
+        }
+        key->Values.Item(QStringLiteral("SQLServer"))->DataValue = QStringLiteral("db2");
+        QVERIFY(key->WriteValues(target, true));
+        QSettings outside(copyFile, QSettings::IniFormat);
+        QCOMPARE(outside.value(QStringLiteral("3/SQLServer")).toString(), QStringLiteral("db2"));
+        QCOMPARE(outside.value(QStringLiteral("3/Sub/Deep")).toString(), QStringLiteral("d"));
+    }
+
+    void userStoreFileName()
+    {
+        Registry reg;
+        QVERIFY(reg.SettingsFile().isEmpty());
+        QVERIFY(reg.WriteValue(HKCU, Folder(), QStringLiteral("WinState"), QStringLiteral("2")));
+        const QString expected = mDir->filePath(QStringLiteral("xdg/KORVO Integration.conf"));
+        QVERIFY2(QFile::exists(expected), qPrintable(expected));
+        QSettings outside(expected, QSettings::IniFormat);
+        QCOMPARE(outside.value(QStringLiteral("WinState")).toString(), QStringLiteral("2"));
+
+        qputenv("KORVO_SETTINGS_FILE", QFile::encodeName(mFile));
+        Registry fromEnv;
+        qunsetenv("KORVO_SETTINGS_FILE");
+        QCOMPARE(fromEnv.SettingsFile(), mFile);
+        QCOMPARE(fromEnv.GetValue(HKCU, Folder(), QStringLiteral("WinState")), QString());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRegistry)
+#include "test_registry.moc"

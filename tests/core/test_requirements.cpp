@@ -1,0 +1,179 @@
+#include "SystemRequirements.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace
+{
+
+QStringList Suffixes(const QString &prefix, const QStringList &attempts)
+{
+    QStringList out;
+    for (const QString &a : attempts)
+        out << (a == prefix ? QStringLiteral("-") : a.mid(prefix.size() + 1));
+    return out;
+}
+
+} // namespace
+
+class TestRequirements : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void orderOfAttempts_data()
+    {
+        QTest::addColumn<QString>("className");
+        QTest::addColumn<QList<int>>("bounds"); // firstMajor, lastMajor, firstMinor, lastMinor
+        QTest::addColumn<QStringList>("suffixes");
+        QTest::newRow("ADO") << QStringLiteral("ADODB.Recordset") << QList<int> { 2, 2, 8, 4 }
+                             << QStringList { "2.8", "2.7", "2.6", "2.5", "2.4", "2" };
+        QTest::newRow("XML") << QStringLiteral("MSXML2.DOMDocument") << QList<int> { 4, 2, 6, 0 }
+                             << QStringList { "4.6", "4.5", "4.4", "4.3", "4.2", "4.1", "4.0", "4", "3.6", "3.5", "3.4",
+                                    "3.3", "3.2", "3.1", "3.0", "3", "2.6", "2.5", "2.4", "2.3", "2.2", "2.1", "2.0",
+                                    "2" };
+        QTest::newRow("unversioned") << QStringLiteral("SourceSafe") << QList<int> { 0, 0, -1, -1 }
+                                     << QStringList { "-" };
+        QTest::newRow("ascending") << QStringLiteral("X") << QList<int> { 1, 2, 0, 1 }
+                                   << QStringList { "1.0", "1.1", "1", "2.0", "2.1", "2" };
+        QTest::newRow("no minors") << QStringLiteral("X") << QList<int> { 3, 1, -1, -1 }
+                                   << QStringList { "3", "2", "1" };
+        QTest::newRow("through zero") << QStringLiteral("X") << QList<int> { 1, 0, 2, 2 }
+                                      << QStringList { "1.2", "1", "-" };
+    }
+
+    void orderOfAttempts()
+    {
+        QFETCH(QString, className);
+        QFETCH(QList<int>, bounds);
+        QFETCH(QStringList, suffixes);
+        QStringList attempts;
+        SystemRequirements req([&](const QString &name) {
+            attempts << name;
+            return false;
+        });
+        QCOMPARE(req.FindComponentVersion(className, bounds[0], bounds[1], bounds[2], bounds[3]), QString());
+        QCOMPARE(Suffixes(className, attempts), suffixes);
+    }
+
+    void firstSuccessEnds_data()
+    {
+        QTest::addColumn<QString>("present");
+        QTest::addColumn<QString>("version");
+        QTest::addColumn<int>("attempts");
+        QTest::newRow("ADO 2.4 passes though 2.5 is shown")
+            << QStringLiteral("ADODB.Recordset.2.4") << QStringLiteral("2.4") << 5;
+        QTest::newRow("ADO major only") << QStringLiteral("ADODB.Recordset.2") << QStringLiteral("2") << 6;
+        QTest::newRow("XML newest") << QStringLiteral("MSXML2.DOMDocument.4.6") << QStringLiteral("4.6") << 1;
+        QTest::newRow("XML 3") << QStringLiteral("MSXML2.DOMDocument.3") << QStringLiteral("3") << 16;
+        QTest::newRow("XML 2.0") << QStringLiteral("MSXML2.DOMDocument.2.0") << QStringLiteral("2.0") << 23;
+        QTest::newRow("SourceSafe") << QStringLiteral("SourceSafe") << QStringLiteral("0") << 1;
+    }
+
+    void firstSuccessEnds()
+    {
+        QFETCH(QString, present);
+        QFETCH(QString, version);
+        QFETCH(int, attempts);
+        int tried = 0;
+        SystemRequirements req([&](const QString &name) {
+            ++tried;
+            return name == present;
+        });
+        const ComponentRequirement *row = nullptr;
+        for (const auto &r : RequiredComponents()) {
+            if (present.startsWith(r.className))
+                row = &r;
+        }
+        QVERIFY(row);
+        QCOMPARE(
+            req.FindComponentVersion(row->className, row->firstMajor, row->lastMajor, row->firstMinor, row->lastMinor),
+            version);
+        QCOMPARE(tried, attempts);
+    }
+
+    void checkAllListsWhatIsMissing()
+    {
+        SystemRequirements none([](const QString &) { return false; });
+        QVERIFY(!none.CheckAll());
+        QCOMPARE(none.MissingComponentCount(), 3);
+        const auto &m = none.MissingComponents();
+        QCOMPARE(m[0].name, QStringLiteral("Visual SourceSafe"));
+        QCOMPARE(m[0].minVersion, QStringLiteral("6.0"));
+        QCOMPARE(m[1].name, QStringLiteral("ADO"));
+        QCOMPARE(m[1].minVersion, QStringLiteral("2.5"));
+        QCOMPARE(m[2].name, QStringLiteral("XML Parser"));
+        QCOMPARE(m[2].minVersion, QStringLiteral("3.0"));
+        for (const auto &c : m)
+            QVERIFY(c.location.startsWith(QStringLiteral("https://")));
+        // A second run starts from an empty list.
+        QVERIFY(!none.CheckAll());
+        QCOMPARE(none.MissingComponentCount(), 3);
+
+        SystemRequirements oldOnes([](const QString &n) {
+            return n == QLatin1String("SourceSafe") || n == QLatin1String("ADODB.Recordset.2.4")
+                || n == QLatin1String("MSXML2.DOMDocument.2.0");
+        });
+        QVERIFY(oldOnes.CheckAll());
+        QCOMPARE(oldOnes.MissingComponentCount(), 0);
+    }
+
+    void odbcWithoutSqlServerDriver()
+    {
+        // unixODBC reads the driver list from $ODBCSYSINI/odbcinst.ini once per
+        // process, so the probe runs in a child process of this test.
+        QTemporaryDir dir;
+        QFile ini(dir.filePath(QStringLiteral("odbcinst.ini")));
+        QVERIFY(ini.open(QIODevice::WriteOnly));
+        ini.write("[PostgreSQL Unicode]\nDriver=psqlodbcw.so\n[SQL Server Native]\nDriver=x.so\n");
+        ini.close();
+        const auto probe = [&](const QString &sysIni) {
+            QProcess child;
+            QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+            if (!sysIni.isEmpty())
+                env.insert(QStringLiteral("ODBCSYSINI"), sysIni);
+            child.setProcessEnvironment(env);
+            child.start(QCoreApplication::applicationFilePath(),
+                { QStringLiteral("--probe"), QStringLiteral("ADODB.Recordset.2.8") });
+            child.waitForFinished();
+            return child.exitCode();
+        };
+        QCOMPARE(probe(dir.path()), 1);
+        QCOMPARE(probe(QString()), 0);
+    }
+
+    // The real checks on this machine, which the install script sets up.
+    void realProbes_data()
+    {
+        QTest::addColumn<QString>("className");
+        QTest::addColumn<bool>("present");
+        QTest::newRow("subversion") << QStringLiteral("SourceSafe") << true;
+        QTest::newRow("odbc 2") << QStringLiteral("ADODB.Recordset.2.8") << true;
+        QTest::newRow("odbc 2 major") << QStringLiteral("ADODB.Recordset.2") << true;
+        QTest::newRow("odbc 7") << QStringLiteral("ADODB.Recordset.7.1") << false;
+        QTest::newRow("xml") << QStringLiteral("MSXML2.DOMDocument.4.6") << true;
+        QTest::newRow("unversioned ado") << QStringLiteral("ADODB.Recordset") << false;
+        QTest::newRow("unknown") << QStringLiteral("Word.Application") << false;
+    }
+
+    void realProbes()
+    {
+        QFETCH(QString, className);
+        QFETCH(bool, present);
+        QCOMPARE(CanCreateComponent(className), present);
+    }
+};
+
+// "--probe {class name}" answers one probe by the exit code (0: present).
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    if (argc == 3 && qstrcmp(argv[1], "--probe") == 0)
+        return CanCreateComponent(QString::fromLocal8Bit(argv[2])) ? 0 : 1;
+    TestRequirements test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "test_requirements.moc"
