@@ -197,6 +197,19 @@ QString ReplaceNameAfterPattern(
     return replaceSpan(text, start, length, newName);
 }
 
+std::pair<int, int> NameSpanAfterPattern(
+    const SQLKeywordPatterns &keywords, const QString &text, bool stopAtParenthesis)
+{
+    const SQLTokens tokens = SplitSQLTokens(text, false);
+    const qsizetype found = findAfterKeywords(tokens, keywords);
+    if (found < 0)
+        return { 0, 0 };
+    auto span = nameSpan(tokens, found, stopAtParenthesis);
+    // The last token's length runs past the text; report what is really there.
+    span.second = int(qMin<qsizetype>(span.second, text.size() - span.first + 1));
+    return span;
+}
+
 QString ReplaceKeyword(const QString &text, const QString &oldWord, const QString &newWord)
 {
     const QString wanted = oldWord.toUpper();

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <utility>
+
 // The SQL text helpers: one tokenizer that knows comments, strings, bracketed
 // names and white space, and the few operations built on it (the name after a
 // keyword sequence, replacing that name or a keyword, cutting a script at its
@@ -49,6 +51,13 @@ QString ExtractNameAfterPattern(const SQLKeywordPatterns &keywords, const QStrin
 // no sequence is found.
 QString ReplaceNameAfterPattern(
     const SQLKeywordPatterns &keywords, const QString &text, const QString &newName, QString &oldName);
+
+// Where the name after the first keyword sequence stands: 1-based start and
+// length in the text, {0, 0} when no sequence is found. With stopAtParenthesis
+// the span is that of ExtractNameAfterPattern, otherwise that of
+// ReplaceNameAfterPattern.
+std::pair<int, int> NameSpanAfterPattern(
+    const SQLKeywordPatterns &keywords, const QString &text, bool stopAtParenthesis);
 
 // Replaces the first plain word equal to oldWord (case ignored) by newWord;
 // empty result when there is no such word.

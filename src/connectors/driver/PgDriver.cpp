@@ -1,0 +1,180 @@
+#include "PgDriver.h"
+
+#include <libpq-fe.h>
+
+#include <optional>
+
+namespace
+{
+
+const QString Source = QStringLiteral("libpq");
+
+// Type oids of pg_type that map onto numbers and Booleans.
+constexpr Oid BoolOid = 16, Int8Oid = 20, Int2Oid = 21, Int4Oid = 23, OidOid = 26, Float4Oid = 700, Float8Oid = 701;
+
+QString connectionMessage(PGconn *conn)
+{
+    return QString::fromUtf8(PQerrorMessage(conn)).trimmed();
+}
+
+QVariant valueOf(const PGresult *res, int row, int column)
+{
+    if (PQgetisnull(res, row, column))
+        return QVariant();
+    const QString text = QString::fromUtf8(PQgetvalue(res, row, column), PQgetlength(res, row, column));
+    switch (PQftype(res, column)) {
+    case Int2Oid:
+    case Int4Oid:
+    case Int8Oid:
+    case OidOid:
+        return text.toLongLong();
+    case Float4Oid:
+    case Float8Oid:
+        return text.toDouble();
+    case BoolOid:
+        return text == QLatin1String("t");
+    default:
+        return text;
+    }
+}
+
+class PgConnection : public SqlConnection
+{
+public:
+    explicit PgConnection(PGconn *conn)
+        : mConn(conn)
+    {
+        PQsetNoticeReceiver(mConn, &PgConnection::onNotice, this);
+        PQsetClientEncoding(mConn, "UTF8");
+    }
+    ~PgConnection() override { Close(); }
+
+    bool IsOpen() const override { return mConn && PQstatus(mConn) == CONNECTION_OK; }
+
+    void Close() override
+    {
+        if (mConn) {
+            PQfinish(mConn);
+            mConn = nullptr;
+        }
+    }
+
+    BatchResult Execute(const QString &sql) override
+    {
+        if (!IsOpen())
+            throw SqlError(0, Source, QStringLiteral("Connection is not open"), QStringLiteral("08003"));
+        BatchResult result;
+        mNotices = &result.Messages;
+        std::optional<SqlError> error;
+        if (!PQsendQuery(mConn, sql.toUtf8().constData())) {
+            error = SqlError(0, Source, connectionMessage(mConn), QStringLiteral("08006"));
+        } else {
+            while (PGresult *res = PQgetResult(mConn)) {
+                switch (PQresultStatus(res)) {
+                case PGRES_TUPLES_OK:
+                case PGRES_SINGLE_TUPLE:
+                    result.Results.append(readRows(res));
+                    break;
+                case PGRES_COMMAND_OK: {
+                    const QByteArray count = PQcmdTuples(res);
+                    result.Results.append(std::make_shared<Recordset>(
+                        QStringList(), QList<QVariantList>(), count.isEmpty() ? -1 : count.toLongLong()));
+                    break;
+                }
+                case PGRES_EMPTY_QUERY:
+                    break;
+                case PGRES_COPY_IN:
+                case PGRES_COPY_OUT:
+                case PGRES_COPY_BOTH:
+                    if (!error)
+                        error = SqlError(0, Source, QStringLiteral("COPY is not supported here"));
+                    PQclear(res);
+                    // Leaving copy mode makes the server end the statement.
+                    PQputCopyEnd(mConn, "not supported");
+                    continue;
+                default:
+                    if (!error)
+                        error = errorOf(res, sql);
+                    break;
+                }
+                PQclear(res);
+            }
+        }
+        mNotices = nullptr;
+        if (error) {
+            error->Messages = result.Messages;
+            if (mConn && PQstatus(mConn) == CONNECTION_OK && PQtransactionStatus(mConn) == PQTRANS_INERROR)
+                PQclear(PQexec(mConn, "ROLLBACK"));
+            throw *error;
+        }
+        return result;
+    }
+
+private:
+    static SqlError errorOf(const PGresult *res, const QString &sql)
+    {
+        QString text = QString::fromUtf8(PQresultErrorField(res, PG_DIAG_MESSAGE_PRIMARY));
+        if (text.isEmpty())
+            text = QString::fromUtf8(PQresultErrorMessage(res)).trimmed();
+        const char *position = PQresultErrorField(res, PG_DIAG_STATEMENT_POSITION);
+        if (position && *position)
+            text = QStringLiteral("Line %1: %2").arg(LineOfPosition(sql, QByteArray(position).toLongLong())).arg(text);
+        return SqlError(0, Source, text, QString::fromLatin1(PQresultErrorField(res, PG_DIAG_SQLSTATE)));
+    }
+
+    static std::shared_ptr<Recordset> readRows(const PGresult *res)
+    {
+        QStringList names;
+        const int columns = PQnfields(res);
+        for (int c = 0; c < columns; ++c)
+            names.append(QString::fromUtf8(PQfname(res, c)));
+        QList<QVariantList> rows;
+        const int count = PQntuples(res);
+        rows.reserve(count);
+        for (int r = 0; r < count; ++r) {
+            QVariantList row;
+            row.reserve(columns);
+            for (int c = 0; c < columns; ++c)
+                row.append(valueOf(res, r, c));
+            rows.append(row);
+        }
+        const QByteArray affected = PQcmdTuples(const_cast<PGresult *>(res));
+        auto rs = std::make_shared<Recordset>(names, rows, affected.isEmpty() ? -1 : affected.toLongLong());
+        if (columns == 0) // a row set without columns still counts as one
+            rs = std::make_shared<Recordset>(QStringList { QString() }, QList<QVariantList>(), count);
+        return rs;
+    }
+
+    static void onNotice(void *arg, const PGresult *res)
+    {
+        auto *self = static_cast<PgConnection *>(arg);
+        if (self->mNotices)
+            self->mNotices->append(QString::fromUtf8(PQresultErrorField(res, PG_DIAG_MESSAGE_PRIMARY)));
+    }
+
+    PGconn *mConn = nullptr;
+    QStringList *mNotices = nullptr;
+};
+
+} // namespace
+
+QString PgDriver::QuoteConnInfoValue(const QString &value)
+{
+    QString out = value;
+    out.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
+    out.replace(QLatin1Char('\''), QLatin1String("\\'"));
+    return QLatin1Char('\'') + out + QLatin1Char('\'');
+}
+
+std::unique_ptr<SqlConnection> PgDriver::Open(const QString &connectionString)
+{
+    PGconn *conn = PQconnectdb(connectionString.toUtf8().constData());
+    if (!conn)
+        throw SqlError(0, Source, QStringLiteral("Out of memory"));
+    if (PQstatus(conn) != CONNECTION_OK) {
+        const QString message = connectionMessage(conn);
+        PQfinish(conn);
+        throw SqlError(0, Source, message, QStringLiteral("08001"));
+    }
+    return std::make_unique<PgConnection>(conn);
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "Recordset.h"
+#include "SqlError.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+// All that one call to the server produced: a result per statement, in order
+// (row sets and row counts alike), and the server's messages.
+struct BatchResult {
+    QList<std::shared_ptr<Recordset>> Results;
+    QStringList Messages;
+};
+
+// An open connection to a server.
+class SqlConnection
+{
+public:
+    virtual ~SqlConnection() = default;
+
+    // False after Close() and once the server has gone away.
+    virtual bool IsOpen() const = 0;
+    virtual void Close() = 0;
+
+    // Runs a text of one or more statements. Throws SqlError on the first
+    // failing statement (the results before it are lost, its messages kept in
+    // the error) and when the connection is not open.
+    virtual BatchResult Execute(const QString &sql) = 0;
+
+    // The first row set of Execute(sql); a closed, empty recordset when no
+    // statement returned rows. Throws as Execute.
+    std::shared_ptr<Recordset> OpenRecordset(const QString &sql)
+    {
+        BatchResult result = Execute(sql);
+        for (const std::shared_ptr<Recordset> &r : result.Results) {
+            if (r->IsOpen())
+                return r;
+        }
+        return std::make_shared<Recordset>();
+    }
+};
+
+// Opens connections from connection strings. Throws SqlError when the server
+// refuses or cannot be reached.
+class SqlDriver
+{
+public:
+    virtual ~SqlDriver() = default;
+    virtual std::unique_ptr<SqlConnection> Open(const QString &connectionString) = 0;
+};
+
+// The line (1-based) of a character position (1-based) in a text.
+inline int LineOfPosition(const QString &text, qsizetype position)
+{
+    const qsizetype end = qBound(qsizetype(0), position - 1, text.size());
+    return int(QStringView(text).left(end).count(QLatin1Char('\n'))) + 1;
+}

@@ -1,0 +1,242 @@
+#include "ServerKind.h"
+
+#include "driver/OdbcDriver.h"
+
+namespace
+{
+
+// A text literal with its leading blank, as KORVOSQL::sqlFMTOUT makes it; the
+// statements below keep their own blank before it, so two blanks stand there.
+QString textLiteral(const QString &text)
+{
+    if (text.isEmpty())
+        return QStringLiteral(" NULL");
+    QString doubled = text;
+    doubled.replace(QLatin1Char('\''), QLatin1String("''"));
+    return QStringLiteral(" '") + doubled + QLatin1Char('\'');
+}
+
+// The second half of the existence test and the drop keyword of each class.
+struct DropParts {
+    const char *exists2;
+    const char *keyword;
+};
+
+DropParts dropParts(ObjectClass cls)
+{
+    switch (cls) {
+    case ObjectClass::StoredProcedure:
+        return { "') AND OBJECTPROPERTY(id, N'IsProcedure') = 1) ", " DROP PROCEDURE " };
+    case ObjectClass::View:
+        return { "') AND OBJECTPROPERTY(id, N'IsView') = 1) ", " DROP VIEW " };
+    case ObjectClass::Trigger:
+        return { "') AND OBJECTPROPERTY(id, N'IsTrigger') = 1) ", " DROP TRIGGER " };
+    case ObjectClass::UserDefinedFunction:
+        return { "') AND xtype IN (N'FN', N'IF', N'TF') ) ", " DROP FUNCTION " };
+    case ObjectClass::Table:
+        return { "') AND OBJECTPROPERTY(id, N'IsUserTable') = 1) ", " DROP TABLE " };
+    }
+    return { "", "" };
+}
+
+} // namespace
+
+QString SQLServerKind::CreateConnectionString(const QString &server, const QString &database, const QString &userName,
+    const QString &password, bool useOsLogin) const
+{
+    if (useOsLogin)
+        return QStringLiteral("Driver={SQL Server};Server=") + server + QStringLiteral(";Database=") + database
+            + QStringLiteral(";Trusted_Connection=yes;");
+    return QStringLiteral("Driver={SQL Server};Server=") + server + QStringLiteral(";Database=") + database
+        + QStringLiteral(";Uid=") + userName + QStringLiteral(";Pwd=") + password + QStringLiteral(";");
+}
+
+std::shared_ptr<SqlDriver> SQLServerKind::DefaultDriver() const
+{
+    return std::make_shared<OdbcDriver>();
+}
+
+ServerKind::ConnectFailure SQLServerKind::ClassifyConnectError(const SqlError &error) const
+{
+    switch (error.Number) {
+    case 4060: // cannot open database requested by the login
+    case 911:
+        return ConnectFailure::DatabaseMissing;
+    case 18456:
+    case 18452:
+        return ConnectFailure::LoginFailed;
+    case 17: // server does not exist or access denied
+    case 20009: // FreeTDS: server unavailable or does not exist
+        return ConnectFailure::ServerNotFound;
+    default:
+        break;
+    }
+    if (error.State == QLatin1String("08001") || error.State == QLatin1String("08S01"))
+        return ConnectFailure::ServerNotFound;
+    if (error.State == QLatin1String("28000"))
+        return ConnectFailure::LoginFailed;
+    return ConnectFailure::Other;
+}
+
+QString SQLServerKind::DatabaseListStatement() const
+{
+    return QStringLiteral("SELECT name FROM master.dbo.sysdatabases ORDER BY name");
+}
+
+QString SQLServerKind::ObjectIDStatement(const QString &name, const QString &owner) const
+{
+    if (!owner.isEmpty())
+        return QStringLiteral("SELECT id FROM sysobjects so INNER JOIN sysusers su ON so.uid = su.uid WHERE so.name "
+                              "= ")
+            + textLiteral(name) + QStringLiteral(" AND su.name = ") + textLiteral(owner);
+    return QStringLiteral("SELECT id FROM sysobjects WHERE name = ") + textLiteral(name);
+}
+
+QString SQLServerKind::ObjectNameStatement(const QString &idLiteral) const
+{
+    return QStringLiteral("SELECT so.name AS ObjectName, su.name AS UserName FROM sysobjects so INNER JOIN sysusers "
+                          "su ON so.uid = su.uid WHERE so.id = ")
+        + idLiteral;
+}
+
+QString SQLServerKind::ObjectOwnerStatement(const QString &id) const
+{
+    return QStringLiteral("SELECT name FROM sysusers WHERE uid IN (SELECT uid FROM sysobjects WHERE id = ") + id
+        + QStringLiteral(")");
+}
+
+QString SQLServerKind::ObjectTextStatement(const QString &, const QString &qualifiedName) const
+{
+    return QStringLiteral("sp_helptext ") + textLiteral(qualifiedName);
+}
+
+QString SQLServerKind::DatabaseUserNameStatement(const QString &loginLiteral) const
+{
+    return QStringLiteral("SELECT su.name AS [DatabaseUserName] FROM [dbo].[sysusers] su INNER JOIN "
+                          "[master].[dbo].[syslogins] sl ON su.sid = sl.sid WHERE LOWER(sl.name) = ")
+        + loginLiteral;
+}
+
+QStringList SQLServerKind::FunctionProbeStatements() const
+{
+    return { QStringLiteral("CREATE FUNCTION udfCheck_SQL_SERVER_VERSION () RETURNS INT AS BEGIN RETURN 1 END"),
+        QStringLiteral("DROP FUNCTION udfCheck_SQL_SERVER_VERSION") };
+}
+
+QString SQLServerKind::FormatName(const QString &owner, const QString &name) const
+{
+    return Bracketed(owner, name);
+}
+
+QString SQLServerKind::Bracketed(const QString &owner, const QString &name)
+{
+    const QString bracketed = QLatin1Char('[') + name + QLatin1Char(']');
+    return owner.isEmpty() ? bracketed : QLatin1Char('[') + owner + QStringLiteral("].") + bracketed;
+}
+
+QStringList SQLServerKind::SplitName(const QString &name) const
+{
+    return ExtractOwnerAndItemName(name);
+}
+
+QStringList SQLServerKind::ExtractOwnerAndItemName(const QString &name)
+{
+    bool inBracket = false;
+    qsizetype split = -1;
+    for (qsizetype i = 0; i < name.size() && split < 0; ++i) {
+        const QChar c = name.at(i);
+        if (c == QLatin1Char('['))
+            inBracket = true;
+        else if (c == QLatin1Char(']'))
+            inBracket = false;
+        else if (c == QLatin1Char('.') && !inBracket)
+            split = i;
+    }
+    QString owner = split >= 0 ? name.left(split) : QString();
+    QString item = split >= 0 ? name.mid(split + 1) : name;
+    for (QString *part : { &owner, &item }) {
+        part->remove(QLatin1Char('['));
+        part->remove(QLatin1Char(']'));
+    }
+    return { owner, item };
+}
+
+SQLKeywordPatterns SQLServerKind::CreatePatterns(ObjectClass cls) const
+{
+    switch (cls) {
+    case ObjectClass::StoredProcedure:
+        return { { "CREATE", "PROC" }, { "CREATE", "PROCEDURE" } };
+    case ObjectClass::View:
+        return { { "CREATE", "VIEW" } };
+    case ObjectClass::Trigger:
+        return { { "CREATE", "TRIGGER" } };
+    case ObjectClass::UserDefinedFunction:
+        return { { "CREATE", "FUNCTION" } };
+    case ObjectClass::Table:
+        return { { "CREATE", "TABLE" } };
+    }
+    return {};
+}
+
+QString SQLServerKind::ReplacingText(const QString &createText) const
+{
+    return ReplaceKeyword(createText, QStringLiteral("CREATE"), QStringLiteral("ALTER"));
+}
+
+QString SQLServerKind::TemporaryName(const QDateTime &time, int number) const
+{
+    return QStringLiteral("[sptmp_") + time.toString(QStringLiteral("yyyyMMddhhmmss")) + QLatin1Char('_')
+        + QString::number(number) + QLatin1Char(']');
+}
+
+QString SQLServerKind::ReplaceObjectName(
+    const SQLKeywordPatterns &keywords, const QString &text, const QString &newName, QString &oldName) const
+{
+    return ReplaceNameAfterPattern(keywords, text, newName, oldName);
+}
+
+QString SQLServerKind::ExtractTableNameFromTrigger(const QString &text, const SQLKeywordPatterns &patterns) const
+{
+    const QString name = ExtractNameAfterPattern(patterns, text);
+    // The name in the tokens the tokenizer makes of it.
+    QStringList parts;
+    qsizetype at = -1;
+    if ((at = name.indexOf(QLatin1String("].["))) >= 0)
+        parts = { name.left(at + 1), QStringLiteral("."), name.mid(at + 2) };
+    else if ((at = name.indexOf(QLatin1String(".["))) >= 0)
+        parts = { name.left(at), QStringLiteral("."), name.mid(at + 1) };
+    else if ((at = name.indexOf(QLatin1String("]."))) < 0)
+        parts = { name };
+    else
+        parts = { name.left(at + 1), QStringLiteral("."), name.mid(at + 2) };
+
+    SQLKeywordPatterns withName;
+    for (const QStringList &row : patterns)
+        withName.append(row + parts + QStringList { QStringLiteral("ON") });
+    return ExtractNameAfterPattern(withName, text);
+}
+
+QString SQLServerKind::DropScript(
+    ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &) const
+{
+    const DropParts parts = dropParts(cls);
+    const QString bracketed = Bracketed(owner, name);
+    return QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'") + bracketed
+        + QLatin1String(parts.exists2) + QStringLiteral("\r\n\t") + QLatin1String(parts.keyword) + bracketed;
+}
+
+QStringList SQLServerKind::CompileCheckStatements(const QString &createText, const QString &dropScript) const
+{
+    return { createText, dropScript };
+}
+
+QString SQLServerKind::PermissionStatement(
+    int action, int value, const QString &objectName, const QString &grantee) const
+{
+    static const char *const actions[] = { "EXECUTE", "SELECT", "INSERT", "UPDATE", "DELETE", "REFERENCES" };
+    static const char *const verbs[] = { "REVOKE ", "GRANT ", "DENY " };
+    if (value == 3 || value < 0 || value > 3 || action < 1 || action > 6)
+        return QString();
+    return QLatin1String(verbs[value]) + QLatin1String(actions[action - 1]) + QStringLiteral(" ON ") + objectName
+        + QStringLiteral(" TO [") + grantee + QLatin1Char(']');
+}

@@ -1,0 +1,219 @@
+#pragma once
+
+#include "SQLParser.h"
+#include "driver/SqlDriver.h"
+
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+// The kinds of programmable and unversioned objects, in the order used everywhere.
+enum class ObjectClass { StoredProcedure, Table, UserDefinedFunction, View, Trigger };
+
+// Everything that differs between database servers: the statements sent to the
+// catalogue, the forms of object texts, connection strings, drop and permission
+// statements, the checks. KORVOSQL and the object model above it only ask the
+// kind and never test which kind it is.
+//
+// Statement members return SQL text; the field names their results must carry
+// are named in each comment. Names given to statement members have brackets
+// and quotes removed already where the comment says so. Kinds hold no state
+// and are shared.
+class ServerKind
+{
+public:
+    enum class Id { SQLServer, PostgreSQL };
+    // What went wrong with a connection attempt, as far as the kind can tell.
+    enum class ConnectFailure { Other, ServerNotFound, LoginFailed, DatabaseMissing };
+
+    virtual ~ServerKind() = default;
+
+    // The kinds. A stored name that is empty or unknown means SQL Server.
+    static std::shared_ptr<const ServerKind> SQLServer();
+    static std::shared_ptr<const ServerKind> PostgreSQL();
+    static std::shared_ptr<const ServerKind> FromName(const QString &storedName);
+    static std::shared_ptr<const ServerKind> FromId(Id id);
+
+    virtual Id KindId() const = 0;
+    // The name stored with a project: "SQLServer", "PostgreSQL".
+    virtual QString Name() const = 0;
+    // The name shown to the user.
+    virtual QString DisplayName() const = 0;
+
+    // --- Connections ---
+    virtual QString CreateConnectionString(const QString &server, const QString &database, const QString &userName,
+        const QString &password, bool useOsLogin) const = 0;
+    // The driver that understands the kind's connection strings.
+    virtual std::shared_ptr<SqlDriver> DefaultDriver() const = 0;
+    // The database to connect to when none is named (server-wide questions).
+    virtual QString MaintenanceDatabase() const = 0;
+    virtual ConnectFailure ClassifyConnectError(const SqlError &error) const = 0;
+    // Lists the databases: field "name".
+    virtual QString DatabaseListStatement() const = 0;
+    // Database names compare with or without case.
+    virtual Qt::CaseSensitivity NameCase() const = 0;
+    // Servers known without asking the network; usually none.
+    virtual QStringList KnownServers() const { return {}; }
+
+    // --- Catalogue ---
+    // The id(s) of objects with this name (and owner, when not empty): field "id".
+    // Name and owner arrive without brackets.
+    virtual QString ObjectIDStatement(const QString &name, const QString &owner) const = 0;
+    // Fields "ObjectName" and "UserName" of the object with this id (a number literal
+    // as sqlFMTOUT makes it, with its leading blank, possibly " NULL").
+    virtual QString ObjectNameStatement(const QString &idLiteral) const = 0;
+    // Field "name": the owner of the object with this id, the id put in as it stands.
+    virtual QString ObjectOwnerStatement(const QString &id) const = 0;
+    // Field "Text" of all rows, concatenated, is the object's text. qualifiedName is
+    // the object's name as ObjectNameStatement and FormatName made it (may be empty).
+    virtual QString ObjectTextStatement(const QString &id, const QString &qualifiedName) const = 0;
+    // Field "DatabaseUserName": the database user (SQL Server) or default owner of
+    // the connection. loginLiteral is the lower-cased login as sqlFMTOUT makes it.
+    virtual QString DatabaseUserNameStatement(const QString &loginLiteral) const = 0;
+    // Statements that succeed only where user defined functions can be made.
+    virtual QStringList FunctionProbeStatements() const = 0;
+
+    // --- Names and texts ---
+    // An object name as the kind writes it: "[o].[n]" on SQL Server.
+    virtual QString FormatName(const QString &owner, const QString &name) const = 0;
+    // The owner and name in a written name, without brackets or quotes.
+    virtual QStringList SplitName(const QString &name) const = 0;
+    // The keyword sequences that begin an object's CREATE text.
+    virtual SQLKeywordPatterns CreatePatterns(ObjectClass cls) const = 0;
+    // The text that replaces the existing object with this CREATE text (an ALTER,
+    // a CREATE OR REPLACE); empty when the text has no CREATE.
+    virtual QString ReplacingText(const QString &createText) const = 0;
+    // A throw-away object name for compile checks, from a time and a number.
+    virtual QString TemporaryName(const QDateTime &time, int number) const = 0;
+    // Puts newName in place of the name after the keywords; see ReplaceNameAfterPattern.
+    virtual QString ReplaceObjectName(
+        const SQLKeywordPatterns &keywords, const QString &text, const QString &newName, QString &oldName) const = 0;
+    // The table of a trigger as written in its text, or empty.
+    virtual QString ExtractTableNameFromTrigger(const QString &text, const SQLKeywordPatterns &patterns) const = 0;
+
+    // --- Changes ---
+    // Runs a query and returns its first row set: lets a kind read the catalogue
+    // while it writes a statement.
+    using CatalogueReader = std::function<std::shared_ptr<Recordset>(const QString &sql)>;
+    // A text that drops the object if it exists.
+    virtual QString DropScript(
+        ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const = 0;
+    // The statements that prove a CREATE text (already under a temporary name)
+    // on the server and leave nothing behind. dropScript drops the temporary object.
+    virtual QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const = 0;
+    // One permission statement; value 0 revoke, 1 grant, 2 deny, 3 owner (no
+    // statement). action 1 EXECUTE, 2 SELECT, 3 INSERT, 4 UPDATE, 5 DELETE, 6 REFERENCES.
+    virtual QString PermissionStatement(
+        int action, int value, const QString &objectName, const QString &grantee) const = 0;
+    virtual bool SupportsDeny() const = 0;
+
+    // --- Parse-only check ---
+    // The statement that switches a fresh connection to parse-only; empty when the
+    // kind has none, and then ParseOnlyMissingText() is the check's error text.
+    virtual QString ParseOnlyStatement() const = 0;
+    virtual QString ParseOnlyMissingText() const { return QString(); }
+};
+
+// Microsoft SQL Server, over ODBC; statements as the catalogue of sysobjects and
+// sysusers wants them.
+class SQLServerKind : public ServerKind
+{
+public:
+    Id KindId() const override { return Id::SQLServer; }
+    QString Name() const override { return QStringLiteral("SQLServer"); }
+    QString DisplayName() const override { return QStringLiteral("Microsoft SQL Server"); }
+
+    QString CreateConnectionString(const QString &server, const QString &database, const QString &userName,
+        const QString &password, bool useOsLogin) const override;
+    std::shared_ptr<SqlDriver> DefaultDriver() const override;
+    QString MaintenanceDatabase() const override { return QStringLiteral("master"); }
+    ConnectFailure ClassifyConnectError(const SqlError &error) const override;
+    QString DatabaseListStatement() const override;
+    Qt::CaseSensitivity NameCase() const override { return Qt::CaseInsensitive; }
+
+    QString ObjectIDStatement(const QString &name, const QString &owner) const override;
+    QString ObjectNameStatement(const QString &idLiteral) const override;
+    QString ObjectOwnerStatement(const QString &id) const override;
+    QString ObjectTextStatement(const QString &id, const QString &qualifiedName) const override;
+    QString DatabaseUserNameStatement(const QString &loginLiteral) const override;
+    QStringList FunctionProbeStatements() const override;
+
+    QString FormatName(const QString &owner, const QString &name) const override;
+    QStringList SplitName(const QString &name) const override;
+    SQLKeywordPatterns CreatePatterns(ObjectClass cls) const override;
+    QString ReplacingText(const QString &createText) const override;
+    QString TemporaryName(const QDateTime &time, int number) const override;
+    QString ReplaceObjectName(const SQLKeywordPatterns &keywords, const QString &text, const QString &newName,
+        QString &oldName) const override;
+    QString ExtractTableNameFromTrigger(const QString &text, const SQLKeywordPatterns &patterns) const override;
+
+    QString DropScript(
+        ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const override;
+    QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const override;
+    QString PermissionStatement(
+        int action, int value, const QString &objectName, const QString &grantee) const override;
+    bool SupportsDeny() const override { return true; }
+
+    QString ParseOnlyStatement() const override { return QStringLiteral("SET PARSEONLY ON"); }
+
+    // The owner/name split of a bracketed or dotted name: the first "." outside
+    // brackets; brackets removed from both parts.
+    static QStringList ExtractOwnerAndItemName(const QString &name);
+    // "[" + owner + "].[" + name + "]", or "[" + name + "]" without owner.
+    static QString Bracketed(const QString &owner, const QString &name);
+};
+
+// PostgreSQL over libpq. Owners are schemas, ids are oids; texts come from the
+// server's own definition functions, so the server's canonical form is what
+// goes to source control.
+class PostgreSQLKind : public ServerKind
+{
+public:
+    Id KindId() const override { return Id::PostgreSQL; }
+    QString Name() const override { return QStringLiteral("PostgreSQL"); }
+    QString DisplayName() const override { return QStringLiteral("PostgreSQL"); }
+
+    // server: "host", "host:port", a socket folder, or a socket folder ":port".
+    // useOsLogin: the operating-system login, with no user name or password sent.
+    QString CreateConnectionString(const QString &server, const QString &database, const QString &userName,
+        const QString &password, bool useOsLogin) const override;
+    std::shared_ptr<SqlDriver> DefaultDriver() const override;
+    QString MaintenanceDatabase() const override { return QStringLiteral("postgres"); }
+    ConnectFailure ClassifyConnectError(const SqlError &error) const override;
+    QString DatabaseListStatement() const override;
+    Qt::CaseSensitivity NameCase() const override { return Qt::CaseSensitive; }
+
+    QString ObjectIDStatement(const QString &name, const QString &owner) const override;
+    QString ObjectNameStatement(const QString &idLiteral) const override;
+    QString ObjectOwnerStatement(const QString &id) const override;
+    QString ObjectTextStatement(const QString &id, const QString &qualifiedName) const override;
+    QString DatabaseUserNameStatement(const QString &loginLiteral) const override;
+    QStringList FunctionProbeStatements() const override;
+
+    QString FormatName(const QString &owner, const QString &name) const override;
+    QStringList SplitName(const QString &name) const override;
+    SQLKeywordPatterns CreatePatterns(ObjectClass cls) const override;
+    QString ReplacingText(const QString &createText) const override;
+    QString TemporaryName(const QDateTime &time, int number) const override;
+    QString ReplaceObjectName(const SQLKeywordPatterns &keywords, const QString &text, const QString &newName,
+        QString &oldName) const override;
+    QString ExtractTableNameFromTrigger(const QString &text, const SQLKeywordPatterns &patterns) const override;
+
+    QString DropScript(
+        ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const override;
+    QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const override;
+    QString PermissionStatement(
+        int action, int value, const QString &objectName, const QString &grantee) const override;
+    bool SupportsDeny() const override { return false; }
+
+    QString ParseOnlyStatement() const override { return QString(); }
+    QString ParseOnlyMissingText() const override;
+
+    // An identifier as PostgreSQL prints it: quoted only when it must be.
+    static QString QuoteIdent(const QString &identifier);
+    // A name as PostgreSQL reads it: quoted parts kept, unquoted ones folded to lower case.
+    static QString FoldIdent(const QString &identifier);
+};

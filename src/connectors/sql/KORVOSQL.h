@@ -1,0 +1,141 @@
+#pragma once
+
+#include "UiServices.h"
+#include "driver/SqlDriver.h"
+#include "serverkinds/ServerKind.h"
+
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <memory>
+
+// The road to the project's database: connection data, a connection opened
+// after a test connection, statements and read-only queries, and the object
+// names, ids, owners and texts of the catalogue. What differs between servers
+// comes from the server kind (SQL Server unless told otherwise).
+//
+// Errors: members marked "throws" let a server error reach the caller as
+// SqlError (see SqlError.h). The others report failure in their result and
+// never throw. After any failure ConnectionOpen() tells whether the
+// connection is still there.
+class KORVOSQL
+{
+public:
+    // UseNT argument values of OpenConnection.
+    static constexpr int UseStoredAuth = -2;
+    static constexpr int UseNTYes = -1;
+    static constexpr int UseNTNo = 0;
+
+    explicit KORVOSQL(UiServices &ui, std::shared_ptr<const ServerKind> kind = ServerKind::SQLServer());
+    ~KORVOSQL();
+    KORVOSQL(const KORVOSQL &) = delete;
+    KORVOSQL &operator=(const KORVOSQL &) = delete;
+
+    // --- The server kind and the driver that reaches it ---
+    const ServerKind &Kind() const { return *mKind; }
+    std::shared_ptr<const ServerKind> KindPtr() const { return mKind; }
+    void SetKind(std::shared_ptr<const ServerKind> kind);
+    // Replaces the kind's own driver (tests plug in a scripted server here).
+    void SetDriver(std::shared_ptr<SqlDriver> driver) { mDriver = std::move(driver); }
+    SqlDriver &Driver() const;
+
+    // --- Connection data ---
+    QString Server() const { return mServer; }
+    void SetServer(const QString &value) { mServer = value; }
+    QString Database() const { return mDatabase; }
+    void SetDatabase(const QString &value) { mDatabase = value; }
+    // "(Windows authentication)" while UseWinNTAuth is on; the stored text otherwise.
+    QString UserName() const;
+    void SetUserName(const QString &value) { mUserName = value; }
+    // The stored login, whatever UseWinNTAuth says.
+    QString StoredUserName() const { return mUserName; }
+    QString Password() const { return mPassword; }
+    void SetPassword(const QString &value) { mPassword = value; }
+    bool StorePassword() const { return mStorePassword; }
+    void SetStorePassword(bool value) { mStorePassword = value; }
+    bool UseWinNTAuth() const { return mUseWinNTAuth; }
+    void SetUseWinNTAuth(bool value) { mUseWinNTAuth = value; }
+    bool ConnectionOpen() const { return mConnectionOpen; }
+    // The open connection; null while closed.
+    SqlConnection *DBConn() const { return mConn.get(); }
+    bool HasConnected() const { return mHasConnected; }
+
+    QString ConnectionString() const;
+    QString CreateConnectionString(const QString &server, const QString &database, const QString &userName,
+        const QString &password, bool useWinNTAuth) const;
+
+    // Closes, fills empty arguments from the stored values, asks for a missing
+    // password, tests the connection and then opens it for good. Returns the
+    // error text (raw), empty on success; unless silent, failures show a
+    // "Connection Error" box. Throws when the test connection worked but the
+    // real one fails.
+    QString OpenConnection(const QString &server = QString(), const QString &database = QString(),
+        const QString &userName = QString(), const QString &password = QString(), int useNT = UseStoredAuth,
+        bool silent = false);
+    // Opens and closes a throw-away connection; the driver's error text, empty on success.
+    QString TestConnection(
+        const QString &server, const QString &database, const QString &userName, const QString &password, bool useNT);
+    void CloseConnection();
+
+    // Throws. Does nothing while the connection is closed.
+    void ExecuteSQL(const QString &sql);
+    // Throws. The first row set of the statement, read into memory; null while
+    // the connection is closed, a closed recordset when no rows came.
+    std::shared_ptr<Recordset> OpenRecordset(const QString &sql);
+
+    // Throw on server errors. Empty when not found or, for an id, when the name
+    // is not unique.
+    QString GetObjectID(const QString &name, const QString &owner);
+    QString GetObjectName(const QString &id, bool includeOwner);
+    QString GetObjectOwnerName(const QString &id);
+    // Throws. The object's text as the server keeps it, unchanged.
+    QString GetObjectText(const QString &id);
+
+    // A SQL literal with a leading blank. type: 0 text, 1 or 3 number, 2 date,
+    // 12 always NULL; other types give an empty string.
+    static QString sqlFMTOUT(const QVariant &value, int type, bool addComma = false);
+    static QString FormatSQLError(const QString &description);
+    static bool IsValidObjectName(const QString &name);
+    // {owner, name}, split as the server kind writes names.
+    QStringList ExtractOwnerAndItemName(const QString &name) const;
+    // The table of a trigger as written in its text, or empty.
+    QString ExtractTableNameFromTrigger(const QString &text, const SQLKeywordPatterns &patterns) const;
+    // Throws on server errors. Empty while closed.
+    QString DatabaseUserName();
+    // Throws SqlError 1000 while the connection is closed; false when the probe fails.
+    bool UserDefinedFunctionsAllowed();
+
+    // --- Server lists and checks (the server kinds answer these themselves) ---
+    bool SQLDMOInstalled() const { return true; }
+    // Element 0 is empty, names from 1.
+    QStringList FindServers() const;
+    // Element 0 is empty, names from 1. Throws when the server cannot be reached.
+    QStringList FindDatabases(const QString &server, const QString &userName, const QString &password, int useNT);
+    QString ValidSQLDMOConnectionString(
+        const QString &server, const QString &userName, const QString &password, const QString &database, int useNT);
+    QString ValidateConnectionInformationADO(
+        const QString &server, const QString &userName, const QString &password, const QString &database, int useNT);
+    // The server's error text for a text that does not parse, empty when it
+    // parses. Throws when the connection for the check cannot be made.
+    QString ParseSQL(const QString &sql);
+
+private:
+    bool resolveUseNT(int useNT) const;
+    // After a failed statement: is the connection still there?
+    void checkConnection();
+
+    UiServices &mUi;
+    std::shared_ptr<const ServerKind> mKind;
+    std::shared_ptr<SqlDriver> mDriver;
+    mutable std::shared_ptr<SqlDriver> mKindDriver;
+    QString mServer;
+    QString mDatabase;
+    QString mUserName;
+    QString mPassword;
+    bool mStorePassword = false;
+    bool mConnectionOpen = false;
+    std::unique_ptr<SqlConnection> mConn;
+    bool mHasConnected = false;
+    bool mUseWinNTAuth = false;
+};

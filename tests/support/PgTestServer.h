@@ -1,0 +1,65 @@
+#pragma once
+
+#include "SqlDriver.h"
+
+#include <QString>
+
+#include <memory>
+
+// A database of its own on the test run's PostgreSQL cluster, owned by the
+// login role "korvo" (password "korvo-pw"). Server is the cluster's socket
+// folder, as a KORVOSQL of the PostgreSQL kind takes it. The database is
+// dropped when the object goes.
+class PgTestDatabase
+{
+public:
+    PgTestDatabase(const QString &socketDir, const QString &database);
+    ~PgTestDatabase();
+    PgTestDatabase(const PgTestDatabase &) = delete;
+    PgTestDatabase &operator=(const PgTestDatabase &) = delete;
+
+    QString Server;
+    QString Database;
+    QString UserName = QStringLiteral("korvo");
+    QString Password = QStringLiteral("korvo-pw");
+
+    // Runs statements in this database as the owner role; throws SqlError.
+    BatchResult exec(const QString &sql);
+    // Runs statements in this database as the superuser; throws SqlError.
+    BatchResult superuserExec(const QString &sql);
+    // Ends every other session on this database, as a server restart would.
+    void terminateSessions();
+
+private:
+    std::unique_ptr<SqlConnection> mOwner;
+};
+
+// The cluster a test talks to: by default the one the CTest fixture "pg" keeps
+// in $KORVO_TEST_TMP/pg; benchmarks start their own with startCluster().
+class PgTestServer
+{
+public:
+    explicit PgTestServer(const QString &socketDir = defaultSocketDir());
+
+    static QString defaultSocketDir();
+    // True when a server answers on the socket folder; why says what is wrong.
+    bool available(QString *why = nullptr) const;
+    // A fresh, empty database; the name is made unique for this process.
+    std::unique_ptr<PgTestDatabase> newDatabase(const QString &name) const;
+    // A connection as the superuser to a database of the cluster.
+    std::unique_ptr<SqlConnection> superuser(const QString &database = QStringLiteral("postgres")) const;
+    QString socketDir() const { return mSocketDir; }
+
+    // Shorthand on the default cluster.
+    static std::unique_ptr<PgTestDatabase> freshDatabase(const QString &name);
+
+    // Starts or stops a cluster of one's own with the fixture's script.
+    static bool startCluster(const QString &socketDir);
+    static void stopCluster(const QString &socketDir);
+
+    static QString conninfo(
+        const QString &socketDir, const QString &database, const QString &user, const QString &password = QString());
+
+private:
+    QString mSocketDir;
+};
