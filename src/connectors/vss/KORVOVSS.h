@@ -1,0 +1,92 @@
+#pragma once
+
+#include "KORVOHistoryData.h"
+#include "VssError.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class UiServices;
+class VssDatabase;
+class KORVOVSSItem;
+class KORVOVSSItems;
+
+// The road to source control. Items are files addressed by bare name in the
+// current project; their working copies live in GeneralWorkingFolder. The back
+// end is a Subversion repository (VssDatabase). Operations with a failure box
+// show it unless Silent and return false or ""; Items, Item, CheckedOutBy,
+// GetItemHistory, GetDate and GetProjectSubFolders throw VssError instead.
+class KORVOVSS : public std::enable_shared_from_this<KORVOVSS>
+{
+public:
+    explicit KORVOVSS(UiServices &ui);
+    ~KORVOVSS();
+
+    // A repository URL, or the path of an ini file naming one.
+    QString IniFile;
+    QString UserName;
+    QString Password;
+    bool StorePassword = false;
+    QString Project; // "$\A\B\"
+
+    QString GeneralWorkingFolder() const { return mGeneralWorkingFolder; }
+    // Appends the path separator when it is missing.
+    void SetGeneralWorkingFolder(const QString &folder);
+    bool ConnectionOpen() const { return mConnectionOpen; }
+
+    QString OpenConnection(const QString &iniFile, const QString &userName, const QString &password,
+                           const QString &project, const QString &workingFolder, bool silent,
+                           bool blankPasswordGiven);
+    void CloseConnection();
+    QString TestConnection(const QString &iniFile, const QString &userName, const QString &password,
+                           const QString &project);
+    // Element 0 is empty, the sub-projects follow.
+    QStringList GetProjectSubFolders(const QString &project);
+    QString CreateNewProject(const QString &parent, const QString &name);
+
+    QString GetItemFileName(const QString &item) const;
+    std::shared_ptr<KORVOVSSItems> Items(const QString &filter, bool includeDeleted, bool onlyDeleted);
+    std::shared_ptr<KORVOVSSItem> Item(const QString &item);
+    QString CheckedOutBy(const QString &item);
+    bool ItemExists(const QString &item, bool deleted = false);
+    bool ItemIsDeleted(const QString &item);
+    QString ItemContent(const QString &item, bool useWorkingCopy, long version, bool silent, bool deleted);
+    QString ItemContentForVersion(const QString &item, long version, bool silent);
+    bool AddItem(const QString &item, const QString &content, bool silent, const QString &comment);
+    bool ChangeItemContent(const QString &item, const QString &content, const QString &comment, bool silent);
+    bool RemoveItem(const QString &item, bool silent);
+    bool RenameItem(const QString &oldName, const QString &newName, bool silent, bool onlyIfExists, bool deleted);
+    bool RenameItemWithNewContent(const QString &oldName, const QString &newName, const QString &content,
+                                  const QString &comment, bool silent);
+    bool GetLatestVersion(const QString &item, bool silent);
+    bool CheckOut(const QString &item, bool silent);
+    bool CheckIn(const QString &item, const QString &content, const QString &comment, bool silent);
+    bool UndoCheckout(const QString &item, bool silent);
+    // Newest first.
+    QList<KORVOHistoryData> GetItemHistory(const QString &item, bool deleted);
+    // first and last start at 2100-01-01 and 1900-01-01 and stay so without versions.
+    void GetDate(QDateTime &first, QDateTime &last);
+
+    // The item's status as the back end counts it: 0 not checked out, 1 checked
+    // out to another user, 2 checked out to this user. Throws VssError.
+    int CheckOutStatus(const QString &item);
+    // Who holds the check-out of an item, whoever it is. Throws VssError.
+    QStringList Checkouts(const QString &item);
+
+private:
+    VssDatabase &Database();
+    void Failed(bool silent, const QString &title, const QString &firstLine, const VssError &error);
+    QString OpenDatabase(const QString &iniFile, const QString &userName, const QString &password,
+                         const QString &project, std::unique_ptr<VssDatabase> *keep);
+    static QString TemporaryName();
+
+    UiServices &mUi;
+    QString mGeneralWorkingFolder;
+    bool mConnectionOpen = false;
+    std::unique_ptr<VssDatabase> mDatabase;
+    bool mHasConnected = false;
+};

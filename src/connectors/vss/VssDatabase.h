@@ -1,0 +1,139 @@
+#pragma once
+
+#include "SvnRepository.h"
+
+#include <QDateTime>
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+// The source-control database as KORVOVSS sees it, kept in a Subversion
+// repository: projects are folders ("$\A\B\" is the folder A/B below the
+// database URL), items are the files directly in a project folder, a check-out
+// is a lock owned by the user, a deleted item is found in the folder's history
+// and comes back as a copy from before its deletion, and labels are copies of
+// the project folder in a folder "tags" beside it. One repository session is
+// kept for the lifetime of the object. Every failure is thrown as VssError.
+class VssDatabase
+{
+public:
+    // Check-out status of an item, as SourceSafe counts it.
+    enum Status { NotCheckedOut = 0, CheckedOutToOther = 1, CheckedOutToMe = 2 };
+
+    struct ItemInfo
+    {
+        QString Name;
+        bool Deleted = false;
+        int Status = NotCheckedOut;
+        QString LockOwner;
+    };
+
+    struct Version
+    {
+        long Number = 0; // the revision
+        QString UserName;
+        QString Action;
+        QDateTime Date; // UTC
+        QString Comment;
+        QString LabelComment;
+        // Where this version's text is read from.
+        QString Path; // session-relative
+        long Revision = -1;
+    };
+
+    // The repository URL of an ini-file argument: a URL as it stands, or the path
+    // of an ini file (by convention srcsafe.ini) with a line "URL = ...", whose
+    // relative file: paths are taken from the ini file's folder.
+    static QString ResolveUrl(const QString &iniFile);
+    // "$\A\B\" (or "$/A/B") as the folder "A/B"; "$\" is "".
+    static QString ProjectFolder(const QString &project);
+
+    VssDatabase(const QString &iniFile, const QString &userName, const QString &password);
+
+    SvnRepository &Repository() { return mRepo; }
+    const QString &UserName() const { return mRepo.UserName(); }
+
+    void SetCurrentProject(const QString &project);
+    const QString &CurrentFolder() const { return mFolder; }
+    // Fails unless the project exists as a folder.
+    void CheckProject(const QString &project);
+    QStringList SubProjects(const QString &project);
+    void NewSubproject(const QString &parent, const QString &name);
+
+    // Items of the current project, in name order.
+    QList<ItemInfo> Items(bool includeDeleted);
+    // A live item (deleted false) or one that lies deleted (deleted true).
+    ItemInfo Item(const QString &name, bool deleted);
+    bool Exists(const QString &name, bool deleted);
+    QStringList Checkouts(const QString &name);
+
+    // The latest text; of a deleted item, the text it had when it was deleted.
+    QByteArray Get(const QString &name, bool deleted);
+    // Locks the item for the user and returns its latest text.
+    QByteArray Checkout(const QString &name);
+    // Commits the text and releases the user's lock; unchanged text only
+    // releases the lock.
+    void Checkin(const QString &name, const QByteArray &content, const QString &comment);
+    // Releases the user's lock and returns the latest text.
+    QByteArray UndoCheckout(const QString &name);
+    void Add(const QString &name, const QByteArray &content, const QString &comment);
+    void Delete(const QString &name);
+    // A deleted item comes back under newName (which may be its own name),
+    // copied from the revision before its deletion so that its history goes on;
+    // with content, that text is its new version.
+    void Recover(const QString &name, const QString &newName, const std::optional<QByteArray> &content,
+                 const QString &comment);
+    // A live item takes a new name, with history; with content, also new text.
+    // A check-out of the user's own on the old name is used and released.
+    void Rename(const QString &oldName, const QString &newName, const std::optional<QByteArray> &content,
+                const QString &comment);
+
+    // History of an item, newest first, following renames and undeletes, with
+    // "Deleted" rows and label rows.
+    QList<Version> Versions(const QString &name, bool deleted);
+    QByteArray VersionContent(const Version &version);
+    // Earliest and latest date of any version of any item of the project;
+    // both stay as given when there is none.
+    void DateRange(QDateTime &first, QDateTime &last);
+
+    // "$\A\B\name" for messages.
+    QString Spec(const QString &name) const;
+
+private:
+    enum class NameState { Live, Deleted, Gone };
+    struct NameEntry
+    {
+        NameState State = NameState::Live;
+        long Revision = -1; // of the deletion
+    };
+    struct FolderScan
+    {
+        QString Folder;
+        long UpTo = 0;
+        QHash<QString, NameEntry> Names;
+        QDateTime First, Last;
+    };
+    struct Label
+    {
+        QString Name;
+        long Revision = -1;
+        SvnRepository::RevisionInfo Info;
+        QString SourcePath; // absolute
+        long SourceRevision = -1;
+    };
+
+    QString ItemPath(const QString &name) const;
+    const FolderScan &Scan();
+    long DeletionRevision(const QString &name);
+    QList<Label> Labels();
+    std::optional<SvnRepository::Lock> OwnLock(const QString &name);
+    [[noreturn]] void NotFound(const QString &name) const;
+
+    SvnRepository mRepo;
+    QString mFolder;
+    FolderScan mScan;
+    long mLabelsAt = -1;
+    QString mLabelsFolder;
+    QList<Label> mLabels;
+};
