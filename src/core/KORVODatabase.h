@@ -8,6 +8,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <memory>
@@ -68,9 +69,21 @@ public:
     std::shared_ptr<KORVOFields> GetObjectFields(const QString &key);
     void GetTableName(const QString &tag, const QString &key, QString &owner, QString &name, bool &ok);
 
-    // Project store.
+    // Project store: numbered sub-keys of KORVO's folder, 1 the most recent.
     KORVOProjectPtr GetDefaultProject();
+    KORVOProjectPtr FindProjectByID(long id);
+    // Sorted by Sequence.
     std::shared_ptr<KORVOProjects> FindAllProjects(bool loadValues, bool loadSubKeys);
+    // Whether another stored project has the name, without regard to case.
+    bool ProjectNameExists(const QString &name, const QString &oldName);
+    // A new project (Sequence -1) becomes the next free number.
+    void SaveProject(const KORVOProjectPtr &project);
+    // The highest project number in use, 0 without projects.
+    long GetRegistryProjectCount();
+    // Removes the project's key and moves the later ones down, keeping no gap.
+    void RemoveProject(const KORVOProjectPtr &project);
+    // Element 0 empty, then up to four names, the most recent first.
+    QStringList GetMostRecentProject();
 
     KORVODBTItemsPtr GetItemsForNewMenu();
     KORVODBTItemsPtr GetItemsForSyncronisation();
@@ -102,6 +115,7 @@ private:
     KORVOObjectCollectionPtr mObjectByType(const QString &type) const;
     KORVOObjectCollectionPtr FirstWithSubType(const QString &subType) const;
     void MakeProjectMostRecent(long sequence);
+    KORVOProjectPtr LoadProjectFromKey(const RegistryKey &key) const;
     KORVODBTItemsPtr WalkCollections(bool editableOnly, bool withPlaceholder);
 
     void RetrieveStatusChange(KORVOObjectCollection &source, long position, long total, bool &cancel) override;
