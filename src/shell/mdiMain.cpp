@@ -1,6 +1,7 @@
 #include "mdiMain.h"
 
 #include "KORVODatabase.h"
+#include "UiServices.h"
 
 #include <QApplication>
 #include <QHeaderView>
@@ -144,6 +145,20 @@ void mdiMain::doTrmResize()
 
 void mdiMain::CheckProjectSyncInfo()
 {
-    // Asked once the window is visible; the project store decides whether this
-    // is the first connection to the project.
+    // Asked once the window is visible. The answer is shared by every user of
+    // the project through its "SyncHistory" item.
+    if (!mDatabase || !mDatabase->Project())
+        return;
+    const KORVOProjectPtr &project = mDatabase->Project();
+    if (!project->IsFirstUserToConnect())
+        return;
+    const UiServices::Answer answer = mDatabase->Ui().messageBox(UiServices::Icon::Question,
+        QStringLiteral("Start Synchronization Process?"),
+        QStringLiteral("This is the first time anyone has connected to this project. Would you like to Synchronize?"),
+        UiServices::Buttons::YesNo);
+    if (answer == UiServices::Answer::Yes) {
+        // The synchronisation command records its own run in the history.
+        return;
+    }
+    project->ProjectWasSyncronized(QStringLiteral("NoSyncWanted"));
 }
