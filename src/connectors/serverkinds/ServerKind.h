@@ -110,6 +110,66 @@ public:
         int action, int value, const QString &objectName, const QString &grantee) const = 0;
     virtual bool SupportsDeny() const = 0;
 
+    // --- Tables and permissions (unversioned objects, permission model) ---
+    // Statements of the table object; ids and names arrive as sqlFMTOUT makes them.
+    struct TableStatements
+    {
+        QString ListQuery; // fields "id", "name", ordered by name
+        QString DBQuery; // + id: fields "id", "name", "UserName"
+        QString DBQueryByName; // + name [+ DBQueryByOwner + owner]: the same fields
+        QString DBQueryByOwner;
+        QString ParameterQuery1; // + id + ParameterQuery2: fields "ColName", "ColLength",
+        QString ParameterQuery2; // "ColXprec", "ColScale", "ColNullable", "ColType"
+    };
+    virtual TableStatements TableObjectStatements() const = 0;
+    // Finds an object by id (as it stands) for its permissions: fields
+    // "ObjectName" and "OwnerName", the grantee that owns the object.
+    virtual QString PermissionObjectStatement(const QString &id, ObjectClass cls) const = 0;
+    // The object's name as permission statements write it, from that row.
+    virtual QString PermissionObjectNameFromRow(const Recordset &row, ObjectClass cls) const = 0;
+    // The same from a given owner and name.
+    virtual QString PermissionObjectName(const QString &owner, const QString &name, ObjectClass cls) const = 0;
+    // Grantees of the full form: roles (fields "RoleID", "RoleName") and users
+    // ("UserID", "UserName"); a user may come once per role it belongs to.
+    virtual QString PermissionRolesStatement() const = 0;
+    virtual QString PermissionUsersStatement() const = 0;
+    // Whether a role row of this id is listed; fixed roles are not.
+    virtual bool PermissionRoleListed(qint64 roleId) const = 0;
+    // One grantee's rights on the object: fields "Action", "ProtectType". May
+    // fail when there are none.
+    virtual QString GranteeRightsStatement(const QString &objectName, const QString &id, ObjectClass cls,
+                                           const QString &grantee) const = 0;
+    // Everybody's rights on the object, one grantee's rows together: fields
+    // "Grantee", "Action", "ProtectType". May fail when there are none.
+    virtual QString ObjectRightsStatement(const QString &objectName, const QString &id, ObjectClass cls) const = 0;
+    // Field "Exists" is 1 for a grantee taken as a role in the quick form.
+    virtual QString KnownGranteeStatement(const QString &grantee) const = 0;
+    // Whether this right exists for objects of the class.
+    virtual bool PermissionApplies(int action, ObjectClass cls) const = 0;
+
+    // --- Versioned objects (procedures, views, triggers, functions and their lists) ---
+    struct VersionedStatements
+    {
+        // DBQueryStart + DBQueryByID + id, or + DBQueryByName + name + DBQueryByOwner +
+        // owner (literals as sqlFMTOUT makes them): fields "id", "name", "UserName".
+        QString DBQueryStart, DBQueryByName, DBQueryByOwner, DBQueryByID;
+        // + id + ParameterQuery2: fields "ColName", "ColLength", "ColXprec", "ColScale",
+        // "ColNullable", "ColType" in column order; empty where the type has none.
+        QString ParameterQuery1, ParameterQuery2;
+        // ExistsSQL1 + name + ExistsSQL2 tests for the object; DropSQL likewise drops it.
+        QString ExistsSQL1, ExistsSQL2, DropSQL1, DropSQL2;
+        // All objects of the type: fields "id", "name" (and "parent_obj", the table, for triggers).
+        QString ListQuery;
+        // The lookup by name with "#NAME#" in place of the name, where the kind has one.
+        QString LookupQuery;
+        // Triggers: + id gives fields "ISINSERT", "ISUPDATE", "ISDELETE", 1 when it fires on that event.
+        QString TriggerEventsQuery;
+    };
+    virtual VersionedStatements VersionedObjectStatements(ObjectClass cls) const = 0;
+    // Field "id" of the one object of the class that a name, as written after the
+    // CREATE keywords of a text, names; no row when there is none.
+    virtual QString ObjectLookupStatement(ObjectClass cls, const QString &nameAsWritten) const = 0;
+
     // --- Parse-only check ---
     // The statement that switches a fresh connection to parse-only; empty when the
     // kind has none, and then ParseOnlyMissingText() is the check's error text.
@@ -156,6 +216,24 @@ public:
     QString PermissionStatement(
         int action, int value, const QString &objectName, const QString &grantee) const override;
     bool SupportsDeny() const override { return true; }
+
+    // Tables and permissions
+    TableStatements TableObjectStatements() const override;
+    QString PermissionObjectStatement(const QString &id, ObjectClass cls) const override;
+    QString PermissionObjectNameFromRow(const Recordset &row, ObjectClass cls) const override;
+    QString PermissionObjectName(const QString &owner, const QString &name, ObjectClass cls) const override;
+    QString PermissionRolesStatement() const override;
+    QString PermissionUsersStatement() const override;
+    bool PermissionRoleListed(qint64 roleId) const override;
+    QString GranteeRightsStatement(const QString &objectName, const QString &id, ObjectClass cls,
+                                   const QString &grantee) const override;
+    QString ObjectRightsStatement(const QString &objectName, const QString &id, ObjectClass cls) const override;
+    QString KnownGranteeStatement(const QString &grantee) const override;
+    bool PermissionApplies(int action, ObjectClass cls) const override;
+
+    // Versioned objects
+    VersionedStatements VersionedObjectStatements(ObjectClass cls) const override;
+    QString ObjectLookupStatement(ObjectClass cls, const QString &nameAsWritten) const override;
 
     QString ParseOnlyStatement() const override { return QStringLiteral("SET PARSEONLY ON"); }
 
@@ -208,6 +286,24 @@ public:
     QString PermissionStatement(
         int action, int value, const QString &objectName, const QString &grantee) const override;
     bool SupportsDeny() const override { return false; }
+
+    // Tables and permissions
+    TableStatements TableObjectStatements() const override;
+    QString PermissionObjectStatement(const QString &id, ObjectClass cls) const override;
+    QString PermissionObjectNameFromRow(const Recordset &row, ObjectClass cls) const override;
+    QString PermissionObjectName(const QString &owner, const QString &name, ObjectClass cls) const override;
+    QString PermissionRolesStatement() const override;
+    QString PermissionUsersStatement() const override;
+    bool PermissionRoleListed(qint64 roleId) const override;
+    QString GranteeRightsStatement(const QString &objectName, const QString &id, ObjectClass cls,
+                                   const QString &grantee) const override;
+    QString ObjectRightsStatement(const QString &objectName, const QString &id, ObjectClass cls) const override;
+    QString KnownGranteeStatement(const QString &grantee) const override;
+    bool PermissionApplies(int action, ObjectClass cls) const override;
+
+    // Versioned objects
+    VersionedStatements VersionedObjectStatements(ObjectClass cls) const override;
+    QString ObjectLookupStatement(ObjectClass cls, const QString &nameAsWritten) const override;
 
     QString ParseOnlyStatement() const override { return QString(); }
     QString ParseOnlyMissingText() const override;
