@@ -12,7 +12,8 @@
 
 #include <algorithm>
 
-namespace {
+namespace
+{
 
 constexpr int itemCount = 2000;
 constexpr int deletedCount = 50;
@@ -24,24 +25,25 @@ QByteArray procedureText(int i)
 {
     QByteArray text = "CREATE PROCEDURE [dbo].[usp_bench_" + QByteArray::number(i) + "]\r\n  @id int\r\nAS\r\n";
     for (int line = 0; line < 20; ++line)
-        text += "  SELECT id, name, created FROM dbo.orders WHERE id = @id AND line = " + QByteArray::number(line) + "\r\n";
+        text += "  SELECT id, name, created FROM dbo.orders WHERE id = @id AND line = " + QByteArray::number(line)
+            + "\r\n";
     return text;
 }
 
 // One commit with every item, then deletions and check-outs by another user.
 bool populate(const SvnTestRepository &repo)
 {
-    if (!repo.MakeFolders({QStringLiteral("Db/Objects")}))
+    if (!repo.MakeFolders({ QStringLiteral("Db/Objects") }))
         return false;
     try {
         SvnRepository svn(repo.Url(), QStringLiteral("setup"), {});
         QList<SvnRepository::Change> adds;
         for (int i = 1; i <= itemCount + deletedCount; ++i)
-            adds.append({SvnRepository::Change::AddFile, QStringLiteral("%1.sp").arg(i), procedureText(i), {}, -1});
+            adds.append({ SvnRepository::Change::AddFile, QStringLiteral("%1.sp").arg(i), procedureText(i), {}, -1 });
         svn.Commit(QStringLiteral("Db/Objects"), QStringLiteral("bench items"), adds);
         QList<SvnRepository::Change> deletes;
         for (int i = itemCount + 1; i <= itemCount + deletedCount; ++i)
-            deletes.append({SvnRepository::Change::Delete, QStringLiteral("%1.sp").arg(i), std::nullopt, {}, -1});
+            deletes.append({ SvnRepository::Change::Delete, QStringLiteral("%1.sp").arg(i), std::nullopt, {}, -1 });
         svn.Commit(QStringLiteral("Db/Objects"), QStringLiteral("bench deletes"), deletes);
         for (int i = 1; i <= lockedCount; ++i)
             svn.LockFile(QStringLiteral("Db/Objects/%1.sp").arg(i * 7), {});
@@ -52,8 +54,7 @@ bool populate(const SvnTestRepository &repo)
     return true;
 }
 
-struct Figures
-{
+struct Figures {
     double itemsMs = 0, itemsDeletedColdMs = 0, itemsDeletedWarmMs = 0, contentMs = 0, contentVersionMs = 0;
     int items = 0, deleted = 0;
 };
@@ -112,27 +113,31 @@ bool measure(KORVOVSS &vss, Figures &f)
 void report(const QString &transport, const Figures &f)
 {
     out << transport << Qt::endl;
-    out << QStringLiteral("  Items(\"*.sp\") of %1 items, median of 5:        %2 ms\n").arg(f.items).arg(f.itemsMs, 0, 'f', 1);
+    out << QStringLiteral("  Items(\"*.sp\") of %1 items, median of 5:        %2 ms\n")
+               .arg(f.items)
+               .arg(f.itemsMs, 0, 'f', 1);
     out << QStringLiteral("  Items with %1 deleted, first (history scan):  %2 ms\n")
                .arg(f.deleted)
                .arg(f.itemsDeletedColdMs, 0, 'f', 1);
-    out << QStringLiteral("  Items with deleted, later, median of 5:        %1 ms\n").arg(f.itemsDeletedWarmMs, 0, 'f', 1);
+    out << QStringLiteral("  Items with deleted, later, median of 5:        %1 ms\n")
+               .arg(f.itemsDeletedWarmMs, 0, 'f', 1);
     out << QStringLiteral("  ItemContent of all %1 items:                 %2 ms (%3 ms per item)\n")
                .arg(f.items)
                .arg(f.contentMs, 0, 'f', 0)
                .arg(f.contentMs / std::max(1, f.items), 0, 'f', 2);
-    out << QStringLiteral("  ItemContentForVersion, per item:               %1 ms\n").arg(f.contentVersionMs, 0, 'f', 2);
+    out << QStringLiteral("  ItemContentForVersion, per item:               %1 ms\n")
+               .arg(f.contentVersionMs, 0, 'f', 2);
     out.flush();
 }
 
 bool run(const QString &transport, const QString &url, const QString &user, const QString &password,
-         const SvnTestRepository &repo)
+    const SvnTestRepository &repo)
 {
     ScriptedUi ui;
     ui.setLenient(true);
     KORVOVSS vss(ui);
     const QString error = vss.OpenConnection(url, user, password, QStringLiteral("$\\Db\\Objects\\"),
-                                             repo.Folder(QStringLiteral("work-") + transport.left(3)), true, true);
+        repo.Folder(QStringLiteral("work-") + transport.left(3)), true, true);
     if (!error.isEmpty()) {
         out << transport << ": " << error << Qt::endl;
         return false;
@@ -159,15 +164,15 @@ int main(int argc, char **argv)
 
     bool ok = run(QStringLiteral("file://"), repo.Url(), QStringLiteral("alice"), {}, repo);
 
-    if (!repo.ServeUsers({{QStringLiteral("alice"), QStringLiteral("pw1")}}))
+    if (!repo.ServeUsers({ { QStringLiteral("alice"), QStringLiteral("pw1") } }))
         return 1;
     SvnServe server(repo.Root());
     if (!server.IsRunning()) {
         out << "svnserve did not start" << Qt::endl;
         return 1;
     }
-    ok = run(QStringLiteral("svn:// (svnserve on 127.0.0.1)"), server.Url(QStringLiteral("repo")), QStringLiteral("alice"),
-             QStringLiteral("pw1"), repo)
-         && ok;
+    ok = run(QStringLiteral("svn:// (svnserve on 127.0.0.1)"), server.Url(QStringLiteral("repo")),
+             QStringLiteral("alice"), QStringLiteral("pw1"), repo)
+        && ok;
     return ok ? 0 : 1;
 }

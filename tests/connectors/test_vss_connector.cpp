@@ -12,7 +12,8 @@
 #include <QFileInfo>
 #include <QTest>
 
-namespace {
+namespace
+{
 
 const QString project = QStringLiteral("$\\Db\\Objects\\");
 
@@ -66,7 +67,7 @@ private Q_SLOTS:
     {
         mRepo = std::make_unique<SvnTestRepository>();
         QVERIFY(mRepo->IsValid());
-        QVERIFY(mRepo->MakeFolders({QStringLiteral("Db/Objects"), QStringLiteral("Db/Other")}));
+        QVERIFY(mRepo->MakeFolders({ QStringLiteral("Db/Objects"), QStringLiteral("Db/Other") }));
         mUi = std::make_unique<ScriptedUi>();
         mWork = mRepo->Folder(QStringLiteral("work"));
         mVss = connect(*mUi, QStringLiteral("alice"), mWork);
@@ -85,16 +86,30 @@ private Q_SLOTS:
         QTest::addColumn<QString>("iniText"); // empty: no ini file is written
         QTest::addColumn<QString>("argument"); // {dir} is the ini file's folder
         QTest::addColumn<QString>("expected"); // empty: an error is expected
-        QTest::newRow("file URL as it stands") << QString() << "file:///srv/svn/db" << "file:///srv/svn/db";
-        QTest::newRow("svn URL") << QString() << "svn://127.0.0.1:3690/db" << "svn://127.0.0.1:3690/db";
-        QTest::newRow("https URL") << QString() << "https://example.org/svn/db" << "https://example.org/svn/db";
-        QTest::newRow("ini with a URL") << "[general]\nURL = svn://host/db\n" << "{dir}/srcsafe.ini" << "svn://host/db";
-        QTest::newRow("ini key in any case, quoted") << "url=\"file:///x/y\"\n" << "{dir}/srcsafe.ini" << "file:///x/y";
-        QTest::newRow("relative file: path") << "URL = file:repo\n" << "{dir}/srcsafe.ini" << "file://{dir}/repo";
-        QTest::newRow("relative plain path") << "URL = ../up/repo\n" << "{dir}/srcsafe.ini" << "file://{parent}/up/repo";
-        QTest::newRow("folder holding srcsafe.ini") << "URL = file:r\n" << "{dir}" << "file://{dir}/r";
+        QTest::newRow("file URL as it stands") << QString() << "file:///srv/svn/db"
+                                               << "file:///srv/svn/db";
+        QTest::newRow("svn URL") << QString() << "svn://127.0.0.1:3690/db"
+                                 << "svn://127.0.0.1:3690/db";
+        QTest::newRow("https URL") << QString() << "https://example.org/svn/db"
+                                   << "https://example.org/svn/db";
+        QTest::newRow("ini with a URL") << "[general]\nURL = svn://host/db\n"
+                                        << "{dir}/srcsafe.ini"
+                                        << "svn://host/db";
+        QTest::newRow("ini key in any case, quoted") << "url=\"file:///x/y\"\n"
+                                                     << "{dir}/srcsafe.ini"
+                                                     << "file:///x/y";
+        QTest::newRow("relative file: path") << "URL = file:repo\n"
+                                             << "{dir}/srcsafe.ini"
+                                             << "file://{dir}/repo";
+        QTest::newRow("relative plain path") << "URL = ../up/repo\n"
+                                             << "{dir}/srcsafe.ini"
+                                             << "file://{parent}/up/repo";
+        QTest::newRow("folder holding srcsafe.ini") << "URL = file:r\n"
+                                                    << "{dir}"
+                                                    << "file://{dir}/r";
         QTest::newRow("missing ini file") << QString() << "{dir}/missing.ini" << QString();
-        QTest::newRow("ini without URL") << "[general]\nuser = x\n" << "{dir}/srcsafe.ini" << QString();
+        QTest::newRow("ini without URL") << "[general]\nuser = x\n"
+                                         << "{dir}/srcsafe.ini" << QString();
         QTest::newRow("empty argument") << QString() << "" << QString();
     }
 
@@ -123,13 +138,20 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("project");
         QTest::addColumn<QString>("folder");
-        QTest::newRow("root") << "$\\" << "";
-        QTest::newRow("bare dollar") << "$" << "";
-        QTest::newRow("two levels") << "$\\A\\B\\" << "A/B";
-        QTest::newRow("forward slashes") << "$/A/B" << "A/B";
-        QTest::newRow("no dollar") << "A\\B" << "A/B";
-        QTest::newRow("blank inside") << "$\\My Project\\" << "My Project";
-        QTest::newRow("dot-dot refused") << "$\\A\\..\\B" << "!";
+        QTest::newRow("root") << "$\\"
+                              << "";
+        QTest::newRow("bare dollar") << "$"
+                                     << "";
+        QTest::newRow("two levels") << "$\\A\\B\\"
+                                    << "A/B";
+        QTest::newRow("forward slashes") << "$/A/B"
+                                         << "A/B";
+        QTest::newRow("no dollar") << "A\\B"
+                                   << "A/B";
+        QTest::newRow("blank inside") << "$\\My Project\\"
+                                      << "My Project";
+        QTest::newRow("dot-dot refused") << "$\\A\\..\\B"
+                                         << "!";
     }
 
     void projectFolder()
@@ -150,11 +172,17 @@ private Q_SLOTS:
         QTest::addColumn<QString>("error"); // a part of the expected error; empty for success
         QTest::newRow("URL") << "{url}" << project << "";
         QTest::newRow("ini file") << "{root}/srcsafe.ini" << project << "";
-        QTest::newRow("root project") << "{url}" << "$\\" << "";
+        QTest::newRow("root project") << "{url}"
+                                      << "$\\"
+                                      << "";
         QTest::newRow("missing ini file") << "{root}/nothere.ini" << project << "The ini file";
         QTest::newRow("wrong URL") << "{url}-missing" << project << "Unable to connect";
-        QTest::newRow("missing project") << "{url}" << "$\\Db\\Nope\\" << "File or project '$\\Db\\Nope\\' not found";
-        QTest::newRow("item as project") << "{url}" << "$\\Db\\Objects\\x.sp\\" << "not found";
+        QTest::newRow("missing project") << "{url}"
+                                         << "$\\Db\\Nope\\"
+                                         << "File or project '$\\Db\\Nope\\' not found";
+        QTest::newRow("item as project") << "{url}"
+                                         << "$\\Db\\Objects\\x.sp\\"
+                                         << "not found";
     }
 
     void openConnection()
@@ -171,7 +199,8 @@ private Q_SLOTS:
         KORVOVSS vss(ui);
         if (!error.isEmpty())
             ui.answer(UiServices::Answer::Ok);
-        const QString result = vss.OpenConnection(ini, QStringLiteral("alice"), QString(), project, noSeparator, false, true);
+        const QString result
+            = vss.OpenConnection(ini, QStringLiteral("alice"), QString(), project, noSeparator, false, true);
         if (error.isEmpty()) {
             QCOMPARE(result, QString());
             QVERIFY(ui.boxes.isEmpty());
@@ -206,10 +235,10 @@ private Q_SLOTS:
         QTest::addColumn<bool>("prompted");
         QTest::addColumn<QString>("result");
         QTest::newRow("prompt confirmed") << false << false << false << true << false << true << "";
-        QTest::newRow("prompt cancelled") << false << false << false << false << false << true
-                                          << "Password was not entered!";
-        QTest::newRow("prompt cancelled, silent") << false << false << false << false << true << true
-                                                  << "Password was not entered!";
+        QTest::newRow("prompt cancelled")
+            << false << false << false << false << false << true << "Password was not entered!";
+        QTest::newRow("prompt cancelled, silent")
+            << false << false << false << false << true << true << "Password was not entered!";
         QTest::newRow("blank password given") << false << true << false << false << false << false << "";
         QTest::newRow("stored password") << true << false << false << false << false << false << "";
         QTest::newRow("connected before") << false << false << true << false << false << false << "";
@@ -264,14 +293,30 @@ private Q_SLOTS:
         QTest::addColumn<QString>("parent");
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("result");
-        QTest::newRow("new") << "$\\Db\\" << "Fresh" << "";
-        QTest::newRow("with blank and umlaut") << "$\\Db\\" << "Ärger Projekt" << "";
-        QTest::newRow("exists") << "$\\Db\\" << "Objects" << "The Project 'Objects' already exists!";
-        QTest::newRow("slash") << "$\\Db\\" << "a/b" << "The New Project Name 'a/b' is invalid!";
-        QTest::newRow("empty") << "$\\Db\\" << "" << "The New Project Name '' is invalid!";
-        QTest::newRow("trailing dot") << "$\\Db\\" << "x." << "The Project 'x.' could not be added (Problem with the name structure)!";
-        QTest::newRow("leading blank") << "$\\" << " x" << "The Project ' x' could not be added (Problem with the name structure)!";
-        QTest::newRow("missing parent") << "$\\Nope\\" << "x" << "File or project '$\\Nope\\' not found";
+        QTest::newRow("new") << "$\\Db\\"
+                             << "Fresh"
+                             << "";
+        QTest::newRow("with blank and umlaut") << "$\\Db\\"
+                                               << "Ärger Projekt"
+                                               << "";
+        QTest::newRow("exists") << "$\\Db\\"
+                                << "Objects"
+                                << "The Project 'Objects' already exists!";
+        QTest::newRow("slash") << "$\\Db\\"
+                               << "a/b"
+                               << "The New Project Name 'a/b' is invalid!";
+        QTest::newRow("empty") << "$\\Db\\"
+                               << ""
+                               << "The New Project Name '' is invalid!";
+        QTest::newRow("trailing dot") << "$\\Db\\"
+                                      << "x."
+                                      << "The Project 'x.' could not be added (Problem with the name structure)!";
+        QTest::newRow("leading blank") << "$\\"
+                                       << " x"
+                                       << "The Project ' x' could not be added (Problem with the name structure)!";
+        QTest::newRow("missing parent") << "$\\Nope\\"
+                                        << "x"
+                                        << "File or project '$\\Nope\\' not found";
     }
 
     void projectsAndNewProject()
@@ -280,11 +325,11 @@ private Q_SLOTS:
         QFETCH(QString, name);
         QFETCH(QString, result);
         QCOMPARE(mVss->CreateNewProject(parent, name), result);
-        QStringList expected{QString(), QStringLiteral("Objects"), QStringLiteral("Other")};
+        QStringList expected { QString(), QStringLiteral("Objects"), QStringLiteral("Other") };
         if (result.isEmpty() && parent == QLatin1String("$\\Db\\")) {
             expected.append(name);
             std::sort(expected.begin() + 1, expected.end(),
-                      [](const QString &a, const QString &b) { return a.compare(b, Qt::CaseInsensitive) < 0; });
+                [](const QString &a, const QString &b) { return a.compare(b, Qt::CaseInsensitive) < 0; });
         }
         QCOMPARE(mVss->GetProjectSubFolders(QStringLiteral("$\\Db\\")), expected);
         QVERIFY(mUi->boxes.isEmpty());
@@ -296,16 +341,17 @@ private Q_SLOTS:
         QTest::addColumn<bool>("includeDeleted");
         QTest::addColumn<bool>("onlyDeleted");
         QTest::addColumn<QStringList>("expected");
-        QTest::newRow("*.sp drops .desc") << "*.sp" << false << false << QStringList{"1.sp", "4.sp*alice"};
-        QTest::newRow("*.sp with deleted") << "*.sp" << true << false << QStringList{"1.sp", "3.sp", "4.sp*alice"};
-        QTest::newRow("only deleted") << "*.sp" << true << true << QStringList{"3.sp"};
-        QTest::newRow("only deleted needs include") << "*.sp" << false << true << QStringList{};
-        QTest::newRow("case-sensitive") << "*.SP" << false << false << QStringList{"5.SP"};
-        QTest::newRow("*.desc") << "*.desc" << true << false << QStringList{"1.sp.desc"};
+        QTest::newRow("*.sp drops .desc") << "*.sp" << false << false << QStringList { "1.sp", "4.sp*alice" };
+        QTest::newRow("*.sp with deleted") << "*.sp" << true << false << QStringList { "1.sp", "3.sp", "4.sp*alice" };
+        QTest::newRow("only deleted") << "*.sp" << true << true << QStringList { "3.sp" };
+        QTest::newRow("only deleted needs include") << "*.sp" << false << true << QStringList {};
+        QTest::newRow("case-sensitive") << "*.SP" << false << false << QStringList { "5.SP" };
+        QTest::newRow("*.desc") << "*.desc" << true << false << QStringList { "1.sp.desc" };
         QTest::newRow("all") << "*" << false << false
-                             << QStringList{"1.sp", "1.sp.desc", "2.vw", "4.sp*alice", "5.SP", "SyncHistory"};
+                             << QStringList { "1.sp", "1.sp.desc", "2.vw", "4.sp*alice", "5.SP", "SyncHistory" };
         QTest::newRow("empty filter") << "" << false << false
-                                      << QStringList{"1.sp", "1.sp.desc", "2.vw", "4.sp*alice", "5.SP", "SyncHistory"};
+                                      << QStringList { "1.sp", "1.sp.desc", "2.vw", "4.sp*alice", "5.SP",
+                                             "SyncHistory" };
     }
 
     void itemsFilter()
@@ -314,12 +360,12 @@ private Q_SLOTS:
         QFETCH(bool, includeDeleted);
         QFETCH(bool, onlyDeleted);
         QFETCH(QStringList, expected);
-        for (const char *n : {"1.sp", "1.sp.desc", "2.vw", "3.sp", "4.sp", "5.SP", "SyncHistory"})
+        for (const char *n : { "1.sp", "1.sp.desc", "2.vw", "3.sp", "4.sp", "5.SP", "SyncHistory" })
             QVERIFY(mVss->AddItem(QLatin1String(n), QStringLiteral("text of %1").arg(QLatin1String(n)), false, {}));
         QVERIFY(mVss->RemoveItem(QStringLiteral("3.sp"), false));
         QVERIFY(mVss->CheckOut(QStringLiteral("4.sp"), false));
         // A sub-project is not an item.
-        QVERIFY(mRepo->MakeFolders({QStringLiteral("Db/Objects/Sub.sp")}));
+        QVERIFY(mRepo->MakeFolders({ QStringLiteral("Db/Objects/Sub.sp") }));
         const auto items = mVss->Items(filter, includeDeleted, onlyDeleted);
         QCOMPARE(names(items), expected);
         QCOMPARE(items->Count(), expected.size());
@@ -345,7 +391,7 @@ private Q_SLOTS:
         QVERIFY(mVss->CheckOut(item, false));
         QCOMPARE(mVss->CheckOutStatus(item), 2);
         QCOMPARE(mVss->CheckedOutBy(item), QStringLiteral("alice"));
-        QCOMPARE(mVss->Checkouts(item), QStringList{QStringLiteral("alice")});
+        QCOMPARE(mVss->Checkouts(item), QStringList { QStringLiteral("alice") });
         QCOMPARE(mVss->Item(item)->CheckedOutBy, QStringLiteral("alice"));
         QVERIFY(!WorkingFiles::IsReadOnly(local));
         // A second check-out is refused without a message.
@@ -381,7 +427,7 @@ private Q_SLOTS:
         QVERIFY(mVss->CheckOut(item, false));
         QVERIFY(mVss->CheckIn(item, QStringLiteral("CREATE PROCEDURE a AS SELECT 2"), QStringLiteral("same"), false));
         const auto history = mVss->GetItemHistory(item, false);
-        QCOMPARE(actions(history), (QStringList{"Checked in", "Created"}));
+        QCOMPARE(actions(history), (QStringList { "Checked in", "Created" }));
         QCOMPARE(history[0].Comment, QStringLiteral("second"));
         QCOMPARE(history[1].Comment, QStringLiteral("first"));
         QCOMPARE(history[0].UserName, QStringLiteral("alice"));
@@ -407,10 +453,10 @@ private Q_SLOTS:
 
         QVERIFY(mVss->CheckOut(item, false));
         QCOMPARE(bob->CheckOutStatus(item), 1);
-        QCOMPARE(bob->Checkouts(item), QStringList{QStringLiteral("alice")});
+        QCOMPARE(bob->Checkouts(item), QStringList { QStringLiteral("alice") });
         // Another user's check-out doesn't show through CheckedOutBy or Items.
         QCOMPARE(bob->CheckedOutBy(item), QString());
-        QCOMPARE(names(bob->Items(QStringLiteral("*.sp"), false, false)), QStringList{item});
+        QCOMPARE(names(bob->Items(QStringLiteral("*.sp"), false, false)), QStringList { item });
         QVERIFY(!bob->CheckOut(item, false));
         QVERIFY(!bob->CheckIn(item, QStringLiteral("bob's"), QString(), false));
         QVERIFY(!bob->UndoCheckout(item, false));
@@ -431,12 +477,13 @@ private Q_SLOTS:
     void renameKeepsHistory()
     {
         QVERIFY(mVss->AddItem(QStringLiteral("10.sp"), QStringLiteral("text 1"), false, QStringLiteral("c1")));
-        QVERIFY(mVss->ChangeItemContent(QStringLiteral("10.sp"), QStringLiteral("text 2"), QStringLiteral("c2"), false));
+        QVERIFY(
+            mVss->ChangeItemContent(QStringLiteral("10.sp"), QStringLiteral("text 2"), QStringLiteral("c2"), false));
         const auto before = mVss->GetItemHistory(QStringLiteral("10.sp"), false);
         QCOMPARE(before.size(), 2);
 
-        QVERIFY(mVss->RenameItemWithNewContent(QStringLiteral("10.sp"), QStringLiteral("20.sp"), QStringLiteral("text 3"),
-                                               QStringLiteral("Item renamed from [a] to [b]."), false));
+        QVERIFY(mVss->RenameItemWithNewContent(QStringLiteral("10.sp"), QStringLiteral("20.sp"),
+            QStringLiteral("text 3"), QStringLiteral("Item renamed from [a] to [b]."), false));
         QVERIFY(!mVss->ItemExists(QStringLiteral("10.sp")));
         QVERIFY(!mVss->ItemIsDeleted(QStringLiteral("10.sp"))); // renamed, not deleted
         QCOMPARE(mVss->CheckOutStatus(QStringLiteral("20.sp")), 0);
@@ -445,16 +492,18 @@ private Q_SLOTS:
 
         QVERIFY(mVss->RenameItem(QStringLiteral("20.sp"), QStringLiteral("30.sp"), false, true, false));
         const auto history = mVss->GetItemHistory(QStringLiteral("30.sp"), false);
-        QCOMPARE(actions(history), (QStringList{"Renamed", "Renamed", "Checked in", "Created"}));
+        QCOMPARE(actions(history), (QStringList { "Renamed", "Renamed", "Checked in", "Created" }));
         QCOMPARE(history[1].Comment, QStringLiteral("Item renamed from [a] to [b]."));
         QCOMPARE(history[2].VersionNumber, before[0].VersionNumber);
         // Versions read by number give the text of that version, under whatever name it had.
-        QCOMPARE(mVss->ItemContentForVersion(QStringLiteral("30.sp"), before[1].VersionNumber, false), QStringLiteral("text 1"));
+        QCOMPARE(mVss->ItemContentForVersion(QStringLiteral("30.sp"), before[1].VersionNumber, false),
+            QStringLiteral("text 1"));
         QCOMPARE(mVss->ItemContent(QStringLiteral("30.sp"), false, before[0].VersionNumber, false, false),
-                 QStringLiteral("text 2"));
-        QCOMPARE(mVss->ItemContentForVersion(QStringLiteral("30.sp"), history[1].VersionNumber, false), QStringLiteral("text 3"));
+            QStringLiteral("text 2"));
+        QCOMPARE(mVss->ItemContentForVersion(QStringLiteral("30.sp"), history[1].VersionNumber, false),
+            QStringLiteral("text 3"));
         // No temporary files stay behind.
-        QCOMPARE(QDir(mWork).entryList({QStringLiteral("*.tmp")}, QDir::Files), QStringList());
+        QCOMPARE(QDir(mWork).entryList({ QStringLiteral("*.tmp") }, QDir::Files), QStringList());
         // A number that isn't a version gives "" without a message.
         QCOMPARE(mVss->ItemContentForVersion(QStringLiteral("30.sp"), 999, false), QString());
         // OnlyIfExists on a missing item: false, no message.
@@ -472,7 +521,7 @@ private Q_SLOTS:
         QVERIFY(!mVss->ItemExists(item, false));
         QVERIFY(mVss->ItemExists(item, true));
         QVERIFY(mVss->ItemIsDeleted(item));
-        QCOMPARE(actions(mVss->GetItemHistory(item, true)), (QStringList{"Deleted", "Created"}));
+        QCOMPARE(actions(mVss->GetItemHistory(item, true)), (QStringList { "Deleted", "Created" }));
         QCOMPARE(mVss->ItemContent(item, true, -1, false, true), QStringLiteral("old text"));
         QVERIFY_THROWS_EXCEPTION(VssError, mVss->GetItemHistory(item, false));
 
@@ -480,7 +529,7 @@ private Q_SLOTS:
         QVERIFY(mVss->AddItem(item, QStringLiteral("new text"), false, QStringLiteral("again")));
         QVERIFY(!mVss->ItemIsDeleted(item));
         const auto history = mVss->GetItemHistory(item, false);
-        QCOMPARE(actions(history), (QStringList{"Recovered", "Deleted", "Created"}));
+        QCOMPARE(actions(history), (QStringList { "Recovered", "Deleted", "Created" }));
         QCOMPARE(history[0].Comment, QStringLiteral("again"));
         QCOMPARE(mVss->ItemContent(item, false, -1, false, false), QStringLiteral("new text"));
         QCOMPARE(mVss->ItemContentForVersion(item, created, false), QStringLiteral("old text"));
@@ -492,7 +541,7 @@ private Q_SLOTS:
         QVERIFY(!mVss->ItemIsDeleted(item));
         QVERIFY(!mVss->ItemExists(item));
         QCOMPARE(actions(mVss->GetItemHistory(QStringLiteral("41.sp"), false)),
-                 (QStringList{"Recovered", "Deleted", "Recovered", "Deleted", "Created"}));
+            (QStringList { "Recovered", "Deleted", "Recovered", "Deleted", "Created" }));
         QCOMPARE(mVss->ItemContentForVersion(QStringLiteral("41.sp"), created, false), QStringLiteral("old text"));
 
         // Undelete under its own name.
@@ -512,16 +561,16 @@ private Q_SLOTS:
         QVERIFY(mVss->AddItem(QStringLiteral("51.sp"), QStringLiteral("x"), false, {}));
 
         const auto history = mVss->GetItemHistory(item, false);
-        QCOMPARE(actions(history), (QStringList{"Checked in", "Labeled 'v1.0'", "Created"}));
+        QCOMPARE(actions(history), (QStringList { "Checked in", "Labeled 'v1.0'", "Created" }));
         QVERIFY(history[1].IsLabel);
         QCOMPARE(history[1].LabelComment, QStringLiteral("Release 1"));
         QVERIFY(!history[0].IsLabel);
         QCOMPARE(history[0].LabelComment, QString());
         QCOMPARE(history[1].UserName, QStringLiteral("setup"));
         QCOMPARE(mVss->ItemContentForVersion(item, history[1].VersionNumber, false), QStringLiteral("release text"));
-        QCOMPARE(actions(mVss->GetItemHistory(QStringLiteral("51.sp"), false)), QStringList{"Created"});
+        QCOMPARE(actions(mVss->GetItemHistory(QStringLiteral("51.sp"), false)), QStringList { "Created" });
         // The tags folder is not part of the project.
-        QCOMPARE(names(mVss->Items(QStringLiteral("*"), true, false)), (QStringList{"50.sp", "51.sp"}));
+        QCOMPARE(names(mVss->Items(QStringLiteral("*"), true, false)), (QStringList { "50.sp", "51.sp" }));
     }
 
     void getDate()
@@ -582,10 +631,14 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("text");
-        QTest::newRow("blanks") << "my proc.sp" << "SELECT 'a b'";
-        QTest::newRow("umlauts") << "Größe ändern.sp" << "-- Grüße";
-        QTest::newRow("cjk") << "表.vw" << "SELECT '日本'";
-        QTest::newRow("percent and hash") << "50% #1.sp" << "x";
+        QTest::newRow("blanks") << "my proc.sp"
+                                << "SELECT 'a b'";
+        QTest::newRow("umlauts") << "Größe ändern.sp"
+                                 << "-- Grüße";
+        QTest::newRow("cjk") << "表.vw"
+                             << "SELECT '日本'";
+        QTest::newRow("percent and hash") << "50% #1.sp"
+                                          << "x";
     }
 
     void unusualNames()
@@ -594,7 +647,7 @@ private Q_SLOTS:
         QFETCH(QString, text);
         const QString renamed = QStringLiteral("new ") + name;
         QVERIFY(mVss->AddItem(name, text, false, {}));
-        QCOMPARE(names(mVss->Items(QStringLiteral("*"), false, false)), QStringList{name});
+        QCOMPARE(names(mVss->Items(QStringLiteral("*"), false, false)), QStringList { name });
         QVERIFY(mVss->CheckOut(name, false));
         QVERIFY(mVss->CheckIn(name, text + QStringLiteral(" 2"), QStringLiteral("ü"), false));
         QVERIFY(mVss->RenameItem(name, renamed, false, true, false));
@@ -603,7 +656,7 @@ private Q_SLOTS:
         QVERIFY(mVss->ItemIsDeleted(renamed));
         QVERIFY(mVss->AddItem(renamed, text, false, {}));
         const auto history = mVss->GetItemHistory(renamed, false);
-        QCOMPARE(actions(history), (QStringList{"Recovered", "Deleted", "Renamed", "Checked in", "Created"}));
+        QCOMPARE(actions(history), (QStringList { "Recovered", "Deleted", "Renamed", "Checked in", "Created" }));
         QCOMPARE(history[3].Comment, QStringLiteral("ü"));
         QCOMPARE(mVss->ItemContentForVersion(renamed, history.last().VersionNumber, false), text);
         QVERIFY(mUi->boxes.isEmpty());
@@ -614,40 +667,56 @@ private Q_SLOTS:
         QTest::addColumn<QString>("operation");
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("firstLine");
-        QTest::newRow("ItemContent") << "ItemContent" << "Could not get Item Content"
+        QTest::newRow("ItemContent") << "ItemContent"
+                                     << "Could not get Item Content"
                                      << "An error ocuured while trying to retrieve the contents for item 'no.sp'.";
-        QTest::newRow("ItemContent deleted") << "ItemContentDeleted" << "Could not get Item Content"
-                                             << "An error ocuured while trying to retrieve the contents for item 'a.sp'.";
+        QTest::newRow("ItemContent deleted")
+            << "ItemContentDeleted"
+            << "Could not get Item Content"
+            << "An error ocuured while trying to retrieve the contents for item 'a.sp'.";
         QTest::newRow("ItemContentForVersion")
-            << "ItemContentForVersion" << "Could not get Item Content"
+            << "ItemContentForVersion"
+            << "Could not get Item Content"
             << "An error ocuured while trying to retrieve the contents for item 'no.sp', version '3'.";
-        QTest::newRow("RemoveItem") << "RemoveItem" << "Could not remove Item"
+        QTest::newRow("RemoveItem") << "RemoveItem"
+                                    << "Could not remove Item"
                                     << "An error ocuured while trying to remove the item 'no.sp'.";
-        QTest::newRow("AddItem") << "AddItem" << "Could not add Item"
+        QTest::newRow("AddItem") << "AddItem"
+                                 << "Could not add Item"
                                  << "An error ocuured while trying to remove the item 'a.sp'.";
-        QTest::newRow("AddItem bad name") << "AddItemBadName" << "Could not add Item"
+        QTest::newRow("AddItem bad name") << "AddItemBadName"
+                                          << "Could not add Item"
                                           << "An error ocuured while trying to remove the item 'x\x01y.sp'.";
-        QTest::newRow("ChangeItemContent") << "ChangeItemContent" << "Could not change Item"
+        QTest::newRow("ChangeItemContent") << "ChangeItemContent"
+                                           << "Could not change Item"
                                            << "An error ocuured while trying to change the item 'no.sp'.";
-        QTest::newRow("ChangeItemContent own check-out")
-            << "ChangeItemContentCheckedOut" << "Could not change Item"
-            << "An error ocuured while trying to change the item 'a.sp'.";
-        QTest::newRow("GetLatestVersion") << "GetLatestVersion" << "Could not get latest version"
-                                          << "An error ocuured while trying to get the latest version of the item 'no.sp'.";
-        QTest::newRow("CheckOut") << "CheckOut" << "Could not check out"
+        QTest::newRow("ChangeItemContent own check-out") << "ChangeItemContentCheckedOut"
+                                                         << "Could not change Item"
+                                                         << "An error ocuured while trying to change the item 'a.sp'.";
+        QTest::newRow("GetLatestVersion")
+            << "GetLatestVersion"
+            << "Could not get latest version"
+            << "An error ocuured while trying to get the latest version of the item 'no.sp'.";
+        QTest::newRow("CheckOut") << "CheckOut"
+                                  << "Could not check out"
                                   << "An error ocuured while trying to check out the item 'no.sp'.";
-        QTest::newRow("CheckIn") << "CheckIn" << "Could not check in"
+        QTest::newRow("CheckIn") << "CheckIn"
+                                 << "Could not check in"
                                  << "An error ocuured while trying to check in the item 'no.sp'.";
-        QTest::newRow("UndoCheckout") << "UndoCheckout" << "Could not undo check out"
+        QTest::newRow("UndoCheckout") << "UndoCheckout"
+                                      << "Could not undo check out"
                                       << "An error ocuured while trying to undo the check out for the item 'no.sp'.";
-        QTest::newRow("RenameItem onto existing") << "RenameItem" << "Could not Rename Item"
+        QTest::newRow("RenameItem onto existing") << "RenameItem"
+                                                  << "Could not Rename Item"
                                                   << "An error ocuured while renaming the item 'a.sp' to 'b.sp.";
-        QTest::newRow("RenameItem missing") << "RenameItemMissing" << "Could not Rename Item"
+        QTest::newRow("RenameItem missing") << "RenameItemMissing"
+                                            << "Could not Rename Item"
                                             << "An error ocuured while renaming the item 'no.sp' to 'b.sp.";
-        QTest::newRow("RenameItemWithNewContent")
-            << "RenameItemWithNewContent" << "Could not Rename Item"
-            << "An error ocuured while renaming the item 'a.sp' to 'b.sp.";
-        QTest::newRow("closed connection") << "Closed" << "Could not check out"
+        QTest::newRow("RenameItemWithNewContent") << "RenameItemWithNewContent"
+                                                  << "Could not Rename Item"
+                                                  << "An error ocuured while renaming the item 'a.sp' to 'b.sp.";
+        QTest::newRow("closed connection") << "Closed"
+                                           << "Could not check out"
                                            << "An error ocuured while trying to check out the item 'a.sp'.";
     }
 
@@ -679,7 +748,8 @@ private Q_SLOTS:
             if (operation == QLatin1String("AddItemBadName"))
                 return mVss->AddItem(QStringLiteral("x\x01y.sp"), QStringLiteral("x"), silent, {});
             if (operation.startsWith(QLatin1String("ChangeItemContent")))
-                return mVss->ChangeItemContent(operation.endsWith(QLatin1String("Out")) ? a : no, QStringLiteral("x"), {}, silent);
+                return mVss->ChangeItemContent(
+                    operation.endsWith(QLatin1String("Out")) ? a : no, QStringLiteral("x"), {}, silent);
             if (operation == QLatin1String("GetLatestVersion"))
                 return mVss->GetLatestVersion(no, silent);
             if (operation == QLatin1String("CheckOut"))
@@ -709,7 +779,7 @@ private Q_SLOTS:
         QCOMPARE(lines.size(), 2);
         QCOMPARE(lines[0], firstLine);
         QVERIFY2(lines[1].startsWith(QLatin1Char('(')) && lines[1].endsWith(QLatin1Char(')')) && lines[1].size() > 2,
-                 qPrintable(lines[1]));
+            qPrintable(lines[1]));
         // Silent: the same outcome without a box.
         QVERIFY(!run(true));
         QCOMPARE(mUi->boxes.size(), 1);
@@ -718,7 +788,7 @@ private Q_SLOTS:
             // Nothing was committed, and nothing is left checked out that wasn't before.
             QCOMPARE(VssDatabase(mRepo->Url(), QStringLiteral("x"), {}).Repository().LatestRevision(), head);
             QCOMPARE(mVss->CheckOutStatus(QStringLiteral("a.sp")),
-                     operation == QLatin1String("ChangeItemContentCheckedOut") ? 2 : 0);
+                operation == QLatin1String("ChangeItemContentCheckedOut") ? 2 : 0);
             QCOMPARE(mVss->ItemContent(QStringLiteral("a.sp"), false, -1, false, false), QStringLiteral("text a"));
         }
     }

@@ -5,9 +5,14 @@
 #include "SvnFixtures.h"
 #include "WorkingFiles.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
 #include <QTest>
 
-namespace {
+namespace
+{
 const QString project = QStringLiteral("$\\Db\\");
 }
 
@@ -18,12 +23,13 @@ class TestVssSvnserve : public QObject
 private:
     std::unique_ptr<SvnTestRepository> mRepo;
     std::unique_ptr<SvnServe> mServer;
+    std::unique_ptr<QTemporaryDir> mHome;
 
     std::shared_ptr<KORVOVSS> connect(ScriptedUi &ui, const QString &user, const QString &password)
     {
         auto vss = std::make_shared<KORVOVSS>(ui);
         const QString error = vss->OpenConnection(mServer->Url(QStringLiteral("repo")), user, password, project,
-                                                  mRepo->Folder(QStringLiteral("work-") + user), true, false);
+            mRepo->Folder(QStringLiteral("work-") + user), true, false);
         if (!error.isEmpty())
             qWarning("%s", qPrintable(error));
         return vss;
@@ -32,17 +38,24 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
+        // Credentials must never be written to disk: a home of our own shows it.
+        mHome = std::make_unique<QTemporaryDir>(
+            qEnvironmentVariable("KORVO_TEST_TMP", QDir::tempPath()) + QStringLiteral("/home-XXXXXX"));
+        QVERIFY(mHome->isValid());
+        qputenv("HOME", QFile::encodeName(mHome->path()));
         mRepo = std::make_unique<SvnTestRepository>();
         QVERIFY(mRepo->IsValid());
-        QVERIFY(mRepo->MakeFolders({QStringLiteral("Db")}));
-        QVERIFY(mRepo->ServeUsers({{QStringLiteral("alice"), QStringLiteral("pw1")},
-                                   {QStringLiteral("bob"), QStringLiteral("pw2")}}));
+        QVERIFY(mRepo->MakeFolders({ QStringLiteral("Db") }));
+        QVERIFY(mRepo->ServeUsers(
+            { { QStringLiteral("alice"), QStringLiteral("pw1") }, { QStringLiteral("bob"), QStringLiteral("pw2") } }));
         mServer = std::make_unique<SvnServe>(mRepo->Root());
         QVERIFY2(mServer->IsRunning(), "svnserve did not start");
     }
 
     void cleanupTestCase()
     {
+        QVERIFY(!QFileInfo::exists(mHome->filePath(QStringLiteral(".subversion/auth"))));
+        QCOMPARE(QDir(mHome->path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
         mServer.reset();
         mRepo.reset();
     }
@@ -60,7 +73,7 @@ private Q_SLOTS:
         QVERIFY(alice->CheckOut(item, false));
         QCOMPARE(alice->CheckOutStatus(item), 2);
         QCOMPARE(bob->CheckOutStatus(item), 1);
-        QCOMPARE(bob->Checkouts(item), QStringList{QStringLiteral("alice")});
+        QCOMPARE(bob->Checkouts(item), QStringList { QStringLiteral("alice") });
         QCOMPARE(bob->CheckedOutBy(item), QString());
         QVERIFY(!bob->CheckOut(item, false));
         QVERIFY(!bob->CheckIn(item, QStringLiteral("bob's text"), QString(), false));
@@ -95,14 +108,14 @@ private Q_SLOTS:
         auto alice = connect(ui, QStringLiteral("alice"), QStringLiteral("pw1"));
         QVERIFY(alice->AddItem(QStringLiteral("200.sp"), QStringLiteral("one"), false, {}));
         const long first = alice->GetItemHistory(QStringLiteral("200.sp"), false).first().VersionNumber;
-        QVERIFY(alice->RenameItemWithNewContent(QStringLiteral("200.sp"), QStringLiteral("201.sp"), QStringLiteral("two"),
-                                                QStringLiteral("renamed"), false));
+        QVERIFY(alice->RenameItemWithNewContent(QStringLiteral("200.sp"), QStringLiteral("201.sp"),
+            QStringLiteral("two"), QStringLiteral("renamed"), false));
         QVERIFY(alice->RemoveItem(QStringLiteral("201.sp"), false));
         QVERIFY(alice->AddItem(QStringLiteral("201.sp"), QStringLiteral("three"), false, {}));
         QStringList actions;
         for (const auto &row : alice->GetItemHistory(QStringLiteral("201.sp"), false))
             actions.append(row.Action);
-        QCOMPARE(actions, (QStringList{"Recovered", "Deleted", "Renamed", "Created"}));
+        QCOMPARE(actions, (QStringList { "Recovered", "Deleted", "Renamed", "Created" }));
         QCOMPARE(alice->ItemContentForVersion(QStringLiteral("201.sp"), first, false), QStringLiteral("one"));
         QVERIFY(alice->Items(QStringLiteral("*.sp"), true, true)->Count() == 0);
         QVERIFY(ui.boxes.isEmpty());
@@ -112,9 +125,12 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("user");
         QTest::addColumn<QString>("password");
-        QTest::newRow("wrong password") << "alice" << "nope";
-        QTest::newRow("unknown user") << "mallory" << "pw1";
-        QTest::newRow("blank password") << "bob" << "";
+        QTest::newRow("wrong password") << "alice"
+                                        << "nope";
+        QTest::newRow("unknown user") << "mallory"
+                                      << "pw1";
+        QTest::newRow("blank password") << "bob"
+                                        << "";
     }
 
     void wrongCredentials()
@@ -125,8 +141,8 @@ private Q_SLOTS:
         KORVOVSS vss(ui);
         ui.answer(UiServices::Answer::Ok);
         const QString url = mServer->Url(QStringLiteral("repo"));
-        const QString error = vss.OpenConnection(url, user, password, project, mRepo->Folder(QStringLiteral("w")), false,
-                                                 true);
+        const QString error
+            = vss.OpenConnection(url, user, password, project, mRepo->Folder(QStringLiteral("w")), false, true);
         QVERIFY(!error.isEmpty());
         QVERIFY(!vss.ConnectionOpen());
         QCOMPARE(ui.boxes.size(), 1);
@@ -135,7 +151,7 @@ private Q_SLOTS:
         QCOMPARE(vss.TestConnection(url, user, password, project), error);
     }
 
-    // Last: it stops the server.
+    // Last: it stops the server and starts it again.
     void serverDown()
     {
         ScriptedUi ui;
@@ -152,9 +168,18 @@ private Q_SLOTS:
         // The working copy is untouched.
         QCOMPARE(WorkingFiles::ReadText(local), QStringLiteral("kept"));
         QVERIFY_THROWS_EXCEPTION(VssError, alice->Items(QStringLiteral("*.sp"), false, false));
-        QVERIFY(!alice->TestConnection(mServer->Url(QStringLiteral("repo")), QStringLiteral("alice"), QStringLiteral("pw1"),
-                                       project)
+        QVERIFY(!alice
+                     ->TestConnection(
+                         mServer->Url(QStringLiteral("repo")), QStringLiteral("alice"), QStringLiteral("pw1"), project)
                      .isEmpty());
+
+        // Back on the same port, the same connection carries on.
+        const int port = mServer->Port();
+        mServer = std::make_unique<SvnServe>(mRepo->Root(), port);
+        QVERIFY(mServer->IsRunning());
+        QVERIFY(alice->CheckOut(QStringLiteral("300.sp"), false));
+        QVERIFY(alice->CheckIn(QStringLiteral("300.sp"), QStringLiteral("after the restart"), {}, false));
+        QCOMPARE(ui.boxes.size(), 1);
     }
 };
 

@@ -11,7 +11,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-namespace {
+namespace
+{
 
 QString tempBase()
 {
@@ -33,7 +34,7 @@ bool listening(int port)
     const int s = ::socket(AF_INET, SOCK_STREAM, 0);
     if (s < 0)
         return false;
-    sockaddr_in addr{};
+    sockaddr_in addr {};
     addr.sin_family = AF_INET;
     addr.sin_port = htons(quint16(port));
     addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -49,7 +50,7 @@ int FreeLocalPort()
     const int s = ::socket(AF_INET, SOCK_STREAM, 0);
     if (s < 0)
         return 0;
-    sockaddr_in addr{};
+    sockaddr_in addr {};
     addr.sin_family = AF_INET;
     addr.sin_port = 0;
     addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -62,16 +63,24 @@ int FreeLocalPort()
     return port;
 }
 
-SvnTestRepository::SvnTestRepository(const QString &name) : mDir(tempBase() + QStringLiteral("/svn-XXXXXX")), mName(name)
+SvnTestRepository::SvnTestRepository(const QString &name)
+    : mDir(tempBase() + QStringLiteral("/svn-XXXXXX"))
+    , mName(name)
 {
     if (!mDir.isValid())
         return;
-    mValid = QProcess::execute(QStringLiteral("svnadmin"), {QStringLiteral("create"), Path()}) == 0;
+    mValid = QProcess::execute(QStringLiteral("svnadmin"), { QStringLiteral("create"), Path() }) == 0;
 }
 
-QString SvnTestRepository::Path() const { return mDir.filePath(mName); }
+QString SvnTestRepository::Path() const
+{
+    return mDir.filePath(mName);
+}
 
-QString SvnTestRepository::Url() const { return QUrl::fromLocalFile(Path()).toString(QUrl::FullyEncoded); }
+QString SvnTestRepository::Url() const
+{
+    return QUrl::fromLocalFile(Path()).toString(QUrl::FullyEncoded);
+}
 
 QString SvnTestRepository::Folder(const QString &name) const
 {
@@ -84,10 +93,11 @@ QString SvnTestRepository::Folder(const QString &name) const
 bool SvnTestRepository::Svn(const QStringList &args, QString *output) const
 {
     QProcess p;
-    p.start(QStringLiteral("svn"), QStringList{QStringLiteral("--non-interactive"), QStringLiteral("--no-auth-cache"),
-                                               QStringLiteral("--config-dir"), mDir.filePath(QStringLiteral(".svnconfig")),
-                                               QStringLiteral("--username"), QStringLiteral("setup")}
-                                       + args);
+    p.start(QStringLiteral("svn"),
+        QStringList { QStringLiteral("--non-interactive"), QStringLiteral("--no-auth-cache"),
+            QStringLiteral("--config-dir"), mDir.filePath(QStringLiteral(".svnconfig")), QStringLiteral("--username"),
+            QStringLiteral("setup") }
+            + args);
     if (!p.waitForFinished(30000))
         return false;
     if (output)
@@ -99,7 +109,8 @@ bool SvnTestRepository::Svn(const QStringList &args, QString *output) const
 
 bool SvnTestRepository::MakeFolders(const QStringList &paths) const
 {
-    QStringList args{QStringLiteral("mkdir"), QStringLiteral("--parents"), QStringLiteral("-m"), QStringLiteral("folders")};
+    QStringList args { QStringLiteral("mkdir"), QStringLiteral("--parents"), QStringLiteral("-m"),
+        QStringLiteral("folders") };
     for (const QString &p : paths)
         args.append(Url() + QLatin1Char('/') + p);
     return Svn(args);
@@ -107,8 +118,8 @@ bool SvnTestRepository::MakeFolders(const QStringList &paths) const
 
 bool SvnTestRepository::Copy(const QString &from, const QString &to, const QString &message) const
 {
-    return Svn({QStringLiteral("copy"), QStringLiteral("--parents"), QStringLiteral("-m"), message,
-                Url() + QLatin1Char('/') + from, Url() + QLatin1Char('/') + to});
+    return Svn({ QStringLiteral("copy"), QStringLiteral("--parents"), QStringLiteral("-m"), message,
+        Url() + QLatin1Char('/') + from, Url() + QLatin1Char('/') + to });
 }
 
 bool SvnTestRepository::ServeUsers(const QMap<QString, QString> &users) const
@@ -121,22 +132,22 @@ bool SvnTestRepository::ServeUsers(const QMap<QString, QString> &users) const
     }
     const QString conf = Path() + QStringLiteral("/conf/");
     return writeFile(conf + QStringLiteral("svnserve.conf"),
-                     QStringLiteral("[general]\nanon-access = none\nauth-access = write\npassword-db = passwd\n"
-                                    "authz-db = authz\nrealm = test\n"))
-           && writeFile(conf + QStringLiteral("passwd"), passwd) && writeFile(conf + QStringLiteral("authz"), authz);
+               QStringLiteral("[general]\nanon-access = none\nauth-access = write\npassword-db = passwd\n"
+                              "authz-db = authz\nrealm = test\n"))
+        && writeFile(conf + QStringLiteral("passwd"), passwd) && writeFile(conf + QStringLiteral("authz"), authz);
 }
 
-SvnServe::SvnServe(const QString &root)
+SvnServe::SvnServe(const QString &root, int fixedPort)
 {
     // A port that was free a moment ago may be taken in between: try a few.
     for (int attempt = 0; attempt < 5 && mPort == 0; ++attempt) {
-        const int port = FreeLocalPort();
+        const int port = fixedPort > 0 ? fixedPort : FreeLocalPort();
         if (port == 0)
             continue;
         mProcess.start(QStringLiteral("svnserve"),
-                       {QStringLiteral("-d"), QStringLiteral("--foreground"), QStringLiteral("--threads"), QStringLiteral("--listen-host"),
-                        QStringLiteral("127.0.0.1"), QStringLiteral("--listen-port"), QString::number(port),
-                        QStringLiteral("-r"), root});
+            { QStringLiteral("-d"), QStringLiteral("--foreground"), QStringLiteral("--threads"),
+                QStringLiteral("--listen-host"), QStringLiteral("127.0.0.1"), QStringLiteral("--listen-port"),
+                QString::number(port), QStringLiteral("-r"), root });
         if (!mProcess.waitForStarted(5000))
             continue;
         QElapsedTimer timer;
@@ -153,7 +164,10 @@ SvnServe::SvnServe(const QString &root)
     }
 }
 
-SvnServe::~SvnServe() { Stop(); }
+SvnServe::~SvnServe()
+{
+    Stop();
+}
 
 void SvnServe::Stop()
 {

@@ -43,7 +43,8 @@ private:
 class SvnServe
 {
 public:
-    explicit SvnServe(const QString &root);
+    // port 0 takes a free one.
+    explicit SvnServe(const QString &root, int port = 0);
     ~SvnServe();
 
     bool IsRunning() const { return mPort > 0 && mProcess.state() == QProcess::Running; }

@@ -2,7 +2,8 @@
 
 #include "KORVOVSS.h"
 
-namespace {
+namespace
+{
 const QString descExt = QStringLiteral(".desc");
 }
 

@@ -4,8 +4,7 @@
 #include <QString>
 
 // One row of an item's history, filled by the source-control connector.
-struct KORVOHistoryData
-{
+struct KORVOHistoryData {
     long VersionNumber = 0;
     QString UserName;
     QString Action; // "Created", "Checked in", "Renamed", "Deleted", "Recovered"; labels begin with "Label"

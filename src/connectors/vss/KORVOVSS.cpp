@@ -9,7 +9,8 @@
 #include <QFileInfo>
 #include <QRandomGenerator>
 
-namespace {
+namespace
+{
 
 const QString connectionError = QStringLiteral("Connection Error");
 const QString renameTitle = QStringLiteral("Could not Rename Item");
@@ -27,7 +28,10 @@ QString contentLine(const QString &item)
 
 } // namespace
 
-KORVOVSS::KORVOVSS(UiServices &ui) : mUi(ui) { }
+KORVOVSS::KORVOVSS(UiServices &ui)
+    : mUi(ui)
+{
+}
 
 KORVOVSS::~KORVOVSS() = default;
 
@@ -52,8 +56,7 @@ void KORVOVSS::Failed(bool silent, const QString &title, const QString &firstLin
 }
 
 QString KORVOVSS::OpenConnection(const QString &iniFile, const QString &userName, const QString &password,
-                                 const QString &project, const QString &workingFolder, bool silent,
-                                 bool blankPasswordGiven)
+    const QString &project, const QString &workingFolder, bool silent, bool blankPasswordGiven)
 {
     CloseConnection();
     const QString ini = iniFile.isEmpty() ? IniFile : iniFile;
@@ -98,7 +101,7 @@ void KORVOVSS::CloseConnection()
 }
 
 QString KORVOVSS::OpenDatabase(const QString &iniFile, const QString &userName, const QString &password,
-                               const QString &project, std::unique_ptr<VssDatabase> *keep)
+    const QString &project, std::unique_ptr<VssDatabase> *keep)
 {
     try {
         auto database = std::make_unique<VssDatabase>(iniFile, userName, password);
@@ -116,15 +119,15 @@ QString KORVOVSS::OpenDatabase(const QString &iniFile, const QString &userName, 
     }
 }
 
-QString KORVOVSS::TestConnection(const QString &iniFile, const QString &userName, const QString &password,
-                                 const QString &project)
+QString KORVOVSS::TestConnection(
+    const QString &iniFile, const QString &userName, const QString &password, const QString &project)
 {
     return OpenDatabase(iniFile, userName, password, project, nullptr);
 }
 
 QStringList KORVOVSS::GetProjectSubFolders(const QString &project)
 {
-    QStringList names{QString()};
+    QStringList names { QString() };
     names += Database().SubProjects(project);
     return names;
 }
@@ -145,7 +148,10 @@ QString KORVOVSS::CreateNewProject(const QString &parent, const QString &name)
     }
 }
 
-QString KORVOVSS::GetItemFileName(const QString &item) const { return mGeneralWorkingFolder + item; }
+QString KORVOVSS::GetItemFileName(const QString &item) const
+{
+    return mGeneralWorkingFolder + item;
+}
 
 std::shared_ptr<KORVOVSSItems> KORVOVSS::Items(const QString &filter, bool includeDeleted, bool onlyDeleted)
 {
@@ -178,9 +184,15 @@ QString KORVOVSS::CheckedOutBy(const QString &item)
     return {};
 }
 
-int KORVOVSS::CheckOutStatus(const QString &item) { return Database().Item(item, false).Status; }
+int KORVOVSS::CheckOutStatus(const QString &item)
+{
+    return Database().Item(item, false).Status;
+}
 
-QStringList KORVOVSS::Checkouts(const QString &item) { return Database().Checkouts(item); }
+QStringList KORVOVSS::Checkouts(const QString &item)
+{
+    return Database().Checkouts(item);
+}
 
 bool KORVOVSS::ItemExists(const QString &item, bool deleted)
 {
@@ -191,7 +203,10 @@ bool KORVOVSS::ItemExists(const QString &item, bool deleted)
     }
 }
 
-bool KORVOVSS::ItemIsDeleted(const QString &item) { return ItemExists(item, true); }
+bool KORVOVSS::ItemIsDeleted(const QString &item)
+{
+    return ItemExists(item, true);
+}
 
 QString KORVOVSS::ItemContent(const QString &item, bool useWorkingCopy, long version, bool silent, bool deleted)
 {
@@ -226,7 +241,7 @@ QString KORVOVSS::TemporaryName()
     QRandomGenerator random(quint32(QDateTime::currentMSecsSinceEpoch()));
     const int number = qRound(random.generateDouble() * 1000 + 1);
     return QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddhhmmss")) + QString::number(number)
-           + QStringLiteral(".tmp");
+        + QStringLiteral(".tmp");
 }
 
 QString KORVOVSS::ItemContentForVersion(const QString &item, long version, bool silent)
@@ -234,8 +249,8 @@ QString KORVOVSS::ItemContentForVersion(const QString &item, long version, bool 
     try {
         VssDatabase &db = Database();
         const auto versions = db.Versions(item, false);
-        const auto it = std::find_if(versions.cbegin(), versions.cend(),
-                                     [&](const VssDatabase::Version &v) { return v.Number == version; });
+        const auto it = std::find_if(
+            versions.cbegin(), versions.cend(), [&](const VssDatabase::Version &v) { return v.Number == version; });
         if (it == versions.cend())
             return {};
         const QString scratch = GetItemFileName(TemporaryName());
@@ -245,10 +260,10 @@ QString KORVOVSS::ItemContentForVersion(const QString &item, long version, bool 
         return text;
     } catch (const VssError &e) {
         Failed(silent, contentTitle,
-               QStringLiteral("An error ocuured while trying to retrieve the contents for item '%1', version '%2'.")
-                   .arg(item)
-                   .arg(version),
-               e);
+            QStringLiteral("An error ocuured while trying to retrieve the contents for item '%1', version '%2'.")
+                .arg(item)
+                .arg(version),
+            e);
         return {};
     }
 }
@@ -272,7 +287,7 @@ bool KORVOVSS::AddItem(const QString &item, const QString &content, bool silent,
         return true;
     } catch (const VssError &e) {
         Failed(silent, QStringLiteral("Could not add Item"),
-               QStringLiteral("An error ocuured while trying to remove the item '%1'.").arg(item), e);
+            QStringLiteral("An error ocuured while trying to remove the item '%1'.").arg(item), e);
         return false;
     }
 }
@@ -289,7 +304,7 @@ bool KORVOVSS::ChangeItemContent(const QString &item, const QString &content, co
         return true;
     } catch (const VssError &e) {
         Failed(silent, QStringLiteral("Could not change Item"),
-               QStringLiteral("An error ocuured while trying to change the item '%1'.").arg(item), e);
+            QStringLiteral("An error ocuured while trying to change the item '%1'.").arg(item), e);
         return false;
     }
 }
@@ -303,13 +318,12 @@ bool KORVOVSS::RemoveItem(const QString &item, bool silent)
         return true;
     } catch (const VssError &e) {
         Failed(silent, QStringLiteral("Could not remove Item"),
-               QStringLiteral("An error ocuured while trying to remove the item '%1'.").arg(item), e);
+            QStringLiteral("An error ocuured while trying to remove the item '%1'.").arg(item), e);
         return false;
     }
 }
 
-bool KORVOVSS::RenameItem(const QString &oldName, const QString &newName, bool silent, bool onlyIfExists,
-                          bool deleted)
+bool KORVOVSS::RenameItem(const QString &oldName, const QString &newName, bool silent, bool onlyIfExists, bool deleted)
 {
     try {
         VssDatabase &db = Database();
@@ -329,8 +343,8 @@ bool KORVOVSS::RenameItem(const QString &oldName, const QString &newName, bool s
     }
 }
 
-bool KORVOVSS::RenameItemWithNewContent(const QString &oldName, const QString &newName, const QString &content,
-                                        const QString &comment, bool silent)
+bool KORVOVSS::RenameItemWithNewContent(
+    const QString &oldName, const QString &newName, const QString &content, const QString &comment, bool silent)
 {
     try {
         VssDatabase &db = Database();
@@ -367,8 +381,7 @@ bool KORVOVSS::GetLatestVersion(const QString &item, bool silent)
         return true;
     } catch (const VssError &e) {
         Failed(silent, QStringLiteral("Could not get latest version"),
-               QStringLiteral("An error ocuured while trying to get the latest version of the item '%1'.").arg(item),
-               e);
+            QStringLiteral("An error ocuured while trying to get the latest version of the item '%1'.").arg(item), e);
         return false;
     }
 }
@@ -383,7 +396,7 @@ bool KORVOVSS::CheckOut(const QString &item, bool silent)
         return true;
     } catch (const VssError &e) {
         Failed(silent, QStringLiteral("Could not check out"),
-               QStringLiteral("An error ocuured while trying to check out the item '%1'.").arg(item), e);
+            QStringLiteral("An error ocuured while trying to check out the item '%1'.").arg(item), e);
         return false;
     }
 }
@@ -404,7 +417,7 @@ bool KORVOVSS::CheckIn(const QString &item, const QString &content, const QStrin
         return true;
     } catch (const VssError &e) {
         Failed(silent, QStringLiteral("Could not check in"),
-               QStringLiteral("An error ocuured while trying to check in the item '%1'.").arg(item), e);
+            QStringLiteral("An error ocuured while trying to check in the item '%1'.").arg(item), e);
         return false;
     }
 }
@@ -419,7 +432,7 @@ bool KORVOVSS::UndoCheckout(const QString &item, bool silent)
         return true;
     } catch (const VssError &e) {
         Failed(silent, QStringLiteral("Could not undo check out"),
-               QStringLiteral("An error ocuured while trying to undo the check out for the item '%1'.").arg(item), e);
+            QStringLiteral("An error ocuured while trying to undo the check out for the item '%1'.").arg(item), e);
         return false;
     }
 }

@@ -39,11 +39,10 @@ public:
     bool ConnectionOpen() const { return mConnectionOpen; }
 
     QString OpenConnection(const QString &iniFile, const QString &userName, const QString &password,
-                           const QString &project, const QString &workingFolder, bool silent,
-                           bool blankPasswordGiven);
+        const QString &project, const QString &workingFolder, bool silent, bool blankPasswordGiven);
     void CloseConnection();
-    QString TestConnection(const QString &iniFile, const QString &userName, const QString &password,
-                           const QString &project);
+    QString TestConnection(
+        const QString &iniFile, const QString &userName, const QString &password, const QString &project);
     // Element 0 is empty, the sub-projects follow.
     QStringList GetProjectSubFolders(const QString &project);
     QString CreateNewProject(const QString &parent, const QString &name);
@@ -60,8 +59,8 @@ public:
     bool ChangeItemContent(const QString &item, const QString &content, const QString &comment, bool silent);
     bool RemoveItem(const QString &item, bool silent);
     bool RenameItem(const QString &oldName, const QString &newName, bool silent, bool onlyIfExists, bool deleted);
-    bool RenameItemWithNewContent(const QString &oldName, const QString &newName, const QString &content,
-                                  const QString &comment, bool silent);
+    bool RenameItemWithNewContent(
+        const QString &oldName, const QString &newName, const QString &content, const QString &comment, bool silent);
     bool GetLatestVersion(const QString &item, bool silent);
     bool CheckOut(const QString &item, bool silent);
     bool CheckIn(const QString &item, const QString &content, const QString &comment, bool silent);
@@ -81,7 +80,7 @@ private:
     VssDatabase &Database();
     void Failed(bool silent, const QString &title, const QString &firstLine, const VssError &error);
     QString OpenDatabase(const QString &iniFile, const QString &userName, const QString &password,
-                         const QString &project, std::unique_ptr<VssDatabase> *keep);
+        const QString &project, std::unique_ptr<VssDatabase> *keep);
     static QString TemporaryName();
 
     UiServices &mUi;

@@ -14,7 +14,9 @@ class KORVOVSSItem
 public:
     KORVOVSSItem() = default;
     KORVOVSSItem(const QString &name, const QString &checkedOutBy, std::shared_ptr<KORVOVSS> connection)
-        : Name(name), CheckedOutBy(checkedOutBy), mConnection(std::move(connection))
+        : Name(name)
+        , CheckedOutBy(checkedOutBy)
+        , mConnection(std::move(connection))
     {
     }
 
@@ -33,7 +35,10 @@ private:
 class KORVOVSSItems
 {
 public:
-    explicit KORVOVSSItems(std::shared_ptr<KORVOVSS> connection = nullptr) : mConnection(std::move(connection)) { }
+    explicit KORVOVSSItems(std::shared_ptr<KORVOVSS> connection = nullptr)
+        : mConnection(std::move(connection))
+    {
+    }
 
     // The item of that name, or null.
     std::shared_ptr<KORVOVSSItem> Item(const QString &name) const;

@@ -19,22 +19,31 @@
 
 #include <QSet>
 
-#include <csignal>
+#include <algorithm>
+#include <iterator>
+
 #include <QTimeZone>
+#include <csignal>
 
 VssError::VssError(const QString &description, int code, QList<int> causes)
-    : std::runtime_error(description.toStdString()), mDescription(description), mCode(code),
-      mCauses(std::move(causes))
+    : std::runtime_error(description.toStdString())
+    , mDescription(description)
+    , mCode(code)
+    , mCauses(std::move(causes))
 {
 }
 
-namespace {
+namespace
+{
 
 // A scratch pool that is destroyed with the scope.
 class Pool
 {
 public:
-    explicit Pool(apr_pool_t *parent) : mPool(svn_pool_create(parent)) { }
+    explicit Pool(apr_pool_t *parent)
+        : mPool(svn_pool_create(parent))
+    {
+    }
     ~Pool() { svn_pool_destroy(mPool); }
     Pool(const Pool &) = delete;
     Pool &operator=(const Pool &) = delete;
@@ -44,9 +53,15 @@ private:
     apr_pool_t *mPool;
 };
 
-QByteArray utf8(const QString &s) { return s.toUtf8(); }
+QByteArray utf8(const QString &s)
+{
+    return s.toUtf8();
+}
 
-QString fromSvn(const char *s) { return s ? QString::fromUtf8(s) : QString(); }
+QString fromSvn(const char *s)
+{
+    return s ? QString::fromUtf8(s) : QString();
+}
 
 QDateTime fromSvnTime(apr_time_t t)
 {
@@ -79,14 +94,13 @@ SvnRepository::Kind kindOf(svn_node_kind_t k)
 }
 
 // Callbacks must never let a C++ exception through; they copy what they get.
-struct LockBaton
-{
+struct LockBaton {
     apr_pool_t *pool;
     svn_error_t *error = nullptr;
 };
 
-svn_error_t *lockCallback(void *baton, const char *, svn_boolean_t, const svn_lock_t *, svn_error_t *raErr,
-                          apr_pool_t *)
+svn_error_t *lockCallback(
+    void *baton, const char *, svn_boolean_t, const svn_lock_t *, svn_error_t *raErr, apr_pool_t *)
 {
     auto *b = static_cast<LockBaton *>(baton);
     if (raErr && !b->error)
@@ -94,8 +108,7 @@ svn_error_t *lockCallback(void *baton, const char *, svn_boolean_t, const svn_lo
     return SVN_NO_ERROR;
 }
 
-struct LogBaton
-{
+struct LogBaton {
     QList<SvnRepository::LogEntry> *entries;
 };
 
@@ -129,8 +142,7 @@ svn_error_t *logReceiver(void *baton, svn_log_entry_t *entry, apr_pool_t *pool)
     return SVN_NO_ERROR;
 }
 
-struct CommitBaton
-{
+struct CommitBaton {
     long revision = -1;
     QString postCommitError;
 };
@@ -146,8 +158,7 @@ svn_error_t *commitCallback(const svn_commit_info_t *info, void *baton, apr_pool
 // The prompts are never shown: credentials come from the program through the
 // default-username and default-password parameters. Reaching a prompt means
 // they were refused.
-svn_error_t *noSimplePrompt(svn_auth_cred_simple_t **, void *, const char *, const char *, svn_boolean_t,
-                            apr_pool_t *)
+svn_error_t *noSimplePrompt(svn_auth_cred_simple_t **, void *, const char *, const char *, svn_boolean_t, apr_pool_t *)
 {
     return svn_error_create(SVN_ERR_AUTHN_FAILED, nullptr, "Invalid user name or password");
 }
@@ -157,12 +168,14 @@ svn_error_t *noUsernamePrompt(svn_auth_cred_username_t **, void *, const char *,
     return svn_error_create(SVN_ERR_AUTHN_FAILED, nullptr, "No user name given");
 }
 
-const char *dupInPool(apr_pool_t *pool, const QString &s) { return apr_pstrdup(pool, utf8(s).constData()); }
+const char *dupInPool(apr_pool_t *pool, const QString &s)
+{
+    return apr_pstrdup(pool, utf8(s).constData());
+}
 
 } // namespace
 
-struct SvnRepository::Auth
-{
+struct SvnRepository::Auth {
     svn_auth_baton_t *baton = nullptr;
 };
 
@@ -205,54 +218,95 @@ void SvnRepository::Check(svn_error_t *err)
 }
 
 SvnRepository::SvnRepository(const QString &url, const QString &userName, const QString &password)
-    : mUrl(url), mUserName(userName), mAuth(std::make_unique<Auth>())
+    : mUrl(url)
+    , mUserName(userName)
+    , mAuth(std::make_unique<Auth>())
 {
     mPool = svn_pool_create(RootPool());
+    apr_array_header_t *providers = apr_array_make(mPool, 2, sizeof(svn_auth_provider_object_t *));
+    svn_auth_provider_object_t *provider;
+    svn_auth_get_simple_prompt_provider(&provider, noSimplePrompt, nullptr, 0, mPool);
+    APR_ARRAY_PUSH(providers, svn_auth_provider_object_t *) = provider;
+    svn_auth_get_username_prompt_provider(&provider, noUsernamePrompt, nullptr, 0, mPool);
+    APR_ARRAY_PUSH(providers, svn_auth_provider_object_t *) = provider;
+    svn_auth_open(&mAuth->baton, providers, mPool);
+    // Parameter values are not copied: they live as long as this object.
+    svn_auth_set_parameter(mAuth->baton, SVN_AUTH_PARAM_DEFAULT_USERNAME, dupInPool(mPool, userName));
+    svn_auth_set_parameter(mAuth->baton, SVN_AUTH_PARAM_DEFAULT_PASSWORD, dupInPool(mPool, password));
+    svn_auth_set_parameter(mAuth->baton, SVN_AUTH_PARAM_NO_AUTH_CACHE, "");
+    svn_auth_set_parameter(mAuth->baton, SVN_AUTH_PARAM_NON_INTERACTIVE, "");
     try {
-        apr_array_header_t *providers = apr_array_make(mPool, 2, sizeof(svn_auth_provider_object_t *));
-        svn_auth_provider_object_t *provider;
-        svn_auth_get_simple_prompt_provider(&provider, noSimplePrompt, nullptr, 0, mPool);
-        APR_ARRAY_PUSH(providers, svn_auth_provider_object_t *) = provider;
-        svn_auth_get_username_prompt_provider(&provider, noUsernamePrompt, nullptr, 0, mPool);
-        APR_ARRAY_PUSH(providers, svn_auth_provider_object_t *) = provider;
-        svn_auth_open(&mAuth->baton, providers, mPool);
-        // Parameter values are not copied: they live in the session pool.
-        svn_auth_set_parameter(mAuth->baton, SVN_AUTH_PARAM_DEFAULT_USERNAME, dupInPool(mPool, userName));
-        svn_auth_set_parameter(mAuth->baton, SVN_AUTH_PARAM_DEFAULT_PASSWORD, dupInPool(mPool, password));
-        svn_auth_set_parameter(mAuth->baton, SVN_AUTH_PARAM_NO_AUTH_CACHE, "");
-        svn_auth_set_parameter(mAuth->baton, SVN_AUTH_PARAM_NON_INTERACTIVE, "");
-
-        svn_ra_callbacks2_t *callbacks;
-        Check(svn_ra_create_callbacks(&callbacks, mPool));
-        callbacks->auth_baton = mAuth->baton;
-
-        const QByteArray raw = utf8(url);
-        const char *canonical = nullptr;
-        Check(svn_uri_canonicalize_safe(&canonical, nullptr, raw.constData(), mPool, mPool));
-        if (!svn_path_is_url(canonical))
-            throw VssError(QStringLiteral("'%1' is not a repository URL").arg(url), VssError::IniFile);
-        const char *corrected = nullptr;
-        const char *redirect = nullptr;
-        Check(svn_ra_open5(&mSession, &corrected, &redirect, canonical, nullptr, callbacks, nullptr, nullptr,
-                           mPool));
-        if (!mSession)
-            throw VssError(QStringLiteral("The repository has moved to '%1'").arg(fromSvn(corrected)));
-        mUrl = fromSvn(canonical);
-        const char *root = nullptr;
-        Check(svn_ra_get_repos_root2(mSession, &root, mPool));
-        mRootUrl = fromSvn(root);
-        const char *rel = nullptr;
-        Check(svn_ra_get_path_relative_to_root(mSession, &rel, canonical, mPool));
-        mRootPath = fromSvn(rel);
+        Open();
     } catch (...) {
         svn_pool_destroy(mPool);
         throw;
     }
 }
 
+void SvnRepository::Open()
+{
+    apr_pool_t *pool = svn_pool_create(mPool);
+    try {
+        svn_ra_callbacks2_t *callbacks;
+        Check(svn_ra_create_callbacks(&callbacks, pool));
+        callbacks->auth_baton = mAuth->baton;
+
+        const QByteArray raw = utf8(mUrl);
+        const char *canonical = nullptr;
+        Check(svn_uri_canonicalize_safe(&canonical, nullptr, raw.constData(), pool, pool));
+        if (!svn_path_is_url(canonical))
+            throw VssError(QStringLiteral("'%1' is not a repository URL").arg(mUrl), VssError::IniFile);
+        const char *corrected = nullptr;
+        const char *redirect = nullptr;
+        // No configuration: nothing of the user's Subversion set-up is read.
+        svn_ra_session_t *session = nullptr;
+        Check(svn_ra_open5(&session, &corrected, &redirect, canonical, nullptr, callbacks, nullptr, nullptr, pool));
+        if (!session)
+            throw VssError(QStringLiteral("The repository has moved to '%1'").arg(fromSvn(corrected)));
+        const char *root = nullptr;
+        Check(svn_ra_get_repos_root2(session, &root, pool));
+        const char *rel = nullptr;
+        Check(svn_ra_get_path_relative_to_root(session, &rel, canonical, pool));
+        mUrl = fromSvn(canonical);
+        mRootUrl = fromSvn(root);
+        mRootPath = fromSvn(rel);
+        mSession = session;
+        mSessionPool = pool;
+    } catch (...) {
+        svn_pool_destroy(pool);
+        throw;
+    }
+}
+
+svn_ra_session_t *SvnRepository::Session()
+{
+    if (!mSession)
+        Open();
+    return mSession;
+}
+
+void SvnRepository::Call(svn_error_t *err)
+{
+    if (!err)
+        return;
+    // A connection that broke is dropped, and the next request opens a new one.
+    static const apr_status_t broken[] = { SVN_ERR_RA_SVN_CONNECTION_CLOSED, SVN_ERR_RA_SVN_IO_ERROR };
+    bool drop = std::any_of(std::begin(broken), std::end(broken),
+        [&](apr_status_t code) { return svn_error_find_cause(err, code) != nullptr; });
+    for (svn_error_t *e = err; e && !drop; e = e->child)
+        drop = APR_STATUS_IS_ECONNRESET(e->apr_err) || APR_STATUS_IS_EPIPE(e->apr_err)
+            || APR_STATUS_IS_ECONNREFUSED(e->apr_err);
+    if (drop && mSessionPool) {
+        svn_pool_destroy(mSessionPool);
+        mSessionPool = nullptr;
+        mSession = nullptr;
+    }
+    Check(err);
+}
+
 SvnRepository::~SvnRepository()
 {
-    // Destroying the pool closes the session.
+    // Destroying the pools closes the session.
     svn_pool_destroy(mPool);
 }
 
@@ -271,7 +325,10 @@ QString SvnRepository::Parent(const QString &path)
     return i < 0 ? QString() : path.left(i);
 }
 
-QString SvnRepository::BaseName(const QString &path) { return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1); }
+QString SvnRepository::BaseName(const QString &path)
+{
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
 
 QString SvnRepository::AbsolutePath(const QString &path) const
 {
@@ -294,7 +351,7 @@ long SvnRepository::LatestRevision()
 {
     Pool pool(mPool);
     svn_revnum_t rev = SVN_INVALID_REVNUM;
-    Check(svn_ra_get_latest_revnum(mSession, &rev, pool));
+    Call(svn_ra_get_latest_revnum(Session(), &rev, pool));
     return long(rev);
 }
 
@@ -302,7 +359,7 @@ SvnRepository::Kind SvnRepository::CheckPath(const QString &path, long revision)
 {
     Pool pool(mPool);
     svn_node_kind_t kind = svn_node_none;
-    Check(svn_ra_check_path(mSession, utf8(path).constData(), revision, &kind, pool));
+    Call(svn_ra_check_path(Session(), utf8(path).constData(), revision, &kind, pool));
     return kindOf(kind);
 }
 
@@ -310,14 +367,14 @@ QList<SvnRepository::DirEntry> SvnRepository::ListDir(const QString &path, long 
 {
     Pool pool(mPool);
     apr_hash_t *dirents = nullptr;
-    Check(svn_ra_get_dir2(mSession, &dirents, nullptr, nullptr, utf8(path).constData(), revision, SVN_DIRENT_KIND,
-                          pool));
+    Call(svn_ra_get_dir2(
+        Session(), &dirents, nullptr, nullptr, utf8(path).constData(), revision, SVN_DIRENT_KIND, pool));
     QList<DirEntry> result;
     for (apr_hash_index_t *hi = apr_hash_first(pool, dirents); hi; hi = apr_hash_next(hi)) {
         const void *key;
         void *val;
         apr_hash_this(hi, &key, nullptr, &val);
-        result.append({fromSvn(static_cast<const char *>(key)), kindOf(static_cast<svn_dirent_t *>(val)->kind)});
+        result.append({ fromSvn(static_cast<const char *>(key)), kindOf(static_cast<svn_dirent_t *>(val)->kind) });
     }
     return result;
 }
@@ -327,21 +384,21 @@ QByteArray SvnRepository::FileContent(const QString &path, long revision)
     Pool pool(mPool);
     svn_stringbuf_t *buf = svn_stringbuf_create_empty(pool);
     svn_stream_t *stream = svn_stream_from_stringbuf(buf, pool);
-    Check(svn_ra_get_file(mSession, utf8(path).constData(), revision, stream, nullptr, nullptr, pool));
+    Call(svn_ra_get_file(Session(), utf8(path).constData(), revision, stream, nullptr, nullptr, pool));
     return QByteArray(buf->data, qsizetype(buf->len));
 }
 
 static SvnRepository::Lock copyLock(const svn_lock_t *l)
 {
-    return {fromSvn(l->path), fromSvn(l->token), fromSvn(l->owner), fromSvn(l->comment),
-            fromSvnTime(l->creation_date)};
+    return { fromSvn(l->path), fromSvn(l->token), fromSvn(l->owner), fromSvn(l->comment),
+        fromSvnTime(l->creation_date) };
 }
 
 QHash<QString, SvnRepository::Lock> SvnRepository::FolderLocks(const QString &folder)
 {
     Pool pool(mPool);
     apr_hash_t *locks = nullptr;
-    Check(svn_ra_get_locks2(mSession, &locks, utf8(folder).constData(), svn_depth_files, pool));
+    Call(svn_ra_get_locks2(Session(), &locks, utf8(folder).constData(), svn_depth_files, pool));
     const QString prefix = AbsolutePath(folder) + QLatin1Char('/');
     QHash<QString, Lock> result;
     for (apr_hash_index_t *hi = apr_hash_first(pool, locks); hi; hi = apr_hash_next(hi)) {
@@ -359,7 +416,7 @@ std::optional<SvnRepository::Lock> SvnRepository::GetLock(const QString &path)
 {
     Pool pool(mPool);
     svn_lock_t *lock = nullptr;
-    Check(svn_ra_get_lock(mSession, &lock, utf8(path).constData(), pool));
+    Call(svn_ra_get_lock(Session(), &lock, utf8(path).constData(), pool));
     if (!lock)
         return std::nullopt;
     return copyLock(lock);
@@ -372,9 +429,9 @@ void SvnRepository::LockFile(const QString &path, const QString &comment)
     auto *rev = static_cast<svn_revnum_t *>(apr_palloc(pool, sizeof(svn_revnum_t)));
     *rev = SVN_INVALID_REVNUM;
     svn_hash_sets(revs, dupInPool(pool, path), rev);
-    LockBaton baton{pool};
-    Check(svn_ra_lock(mSession, revs, comment.isEmpty() ? nullptr : dupInPool(pool, comment), FALSE, lockCallback,
-                      &baton, pool));
+    LockBaton baton { pool };
+    Call(svn_ra_lock(
+        Session(), revs, comment.isEmpty() ? nullptr : dupInPool(pool, comment), FALSE, lockCallback, &baton, pool));
     // Per-path failures (locked by someone else) arrive only in the callback.
     Check(baton.error);
 }
@@ -384,8 +441,8 @@ void SvnRepository::UnlockFile(const QString &path, const QString &token)
     Pool pool(mPool);
     apr_hash_t *tokens = apr_hash_make(pool);
     svn_hash_sets(tokens, dupInPool(pool, path), dupInPool(pool, token));
-    LockBaton baton{pool};
-    Check(svn_ra_unlock(mSession, tokens, FALSE, lockCallback, &baton, pool));
+    LockBaton baton { pool };
+    Call(svn_ra_unlock(Session(), tokens, FALSE, lockCallback, &baton, pool));
     Check(baton.error);
 }
 
@@ -399,9 +456,9 @@ QList<SvnRepository::LogEntry> SvnRepository::Log(const QString &path, long star
     APR_ARRAY_PUSH(revprops, const char *) = SVN_PROP_REVISION_DATE;
     APR_ARRAY_PUSH(revprops, const char *) = SVN_PROP_REVISION_LOG;
     QList<LogEntry> entries;
-    LogBaton baton{&entries};
-    Check(svn_ra_get_log2(mSession, paths, start, end, 0, TRUE, strictNodeHistory, FALSE, revprops, logReceiver,
-                          &baton, pool));
+    LogBaton baton { &entries };
+    Call(svn_ra_get_log2(
+        Session(), paths, start, end, 0, TRUE, strictNodeHistory, FALSE, revprops, logReceiver, &baton, pool));
     return entries;
 }
 
@@ -409,7 +466,7 @@ SvnRepository::RevisionInfo SvnRepository::Revision(long revision)
 {
     Pool pool(mPool);
     apr_hash_t *props = nullptr;
-    Check(svn_ra_rev_proplist(mSession, revision, &props, pool));
+    Call(svn_ra_rev_proplist(Session(), revision, &props, pool));
     auto value = [&](const char *name) {
         const svn_string_t *v = static_cast<const svn_string_t *>(svn_hash_gets(props, name));
         return v ? QString::fromUtf8(v->data, qsizetype(v->len)) : QString();
@@ -425,12 +482,12 @@ long SvnRepository::DeletedRevision(const QString &path, long peg, long end)
 {
     Pool pool(mPool);
     svn_revnum_t deleted = SVN_INVALID_REVNUM;
-    Check(svn_ra_get_deleted_rev(mSession, utf8(path).constData(), peg, end, &deleted, pool));
+    Call(svn_ra_get_deleted_rev(Session(), utf8(path).constData(), peg, end, &deleted, pool));
     return SVN_IS_VALID_REVNUM(deleted) ? long(deleted) : -1;
 }
 
 long SvnRepository::Commit(const QString &folder, const QString &message, const QList<Change> &changes,
-                           const QHash<QString, QString> &lockTokens)
+    const QHash<QString, QString> &lockTokens)
 {
     Pool pool(mPool);
     for (const Change &c : changes) {
@@ -451,15 +508,15 @@ long SvnRepository::Commit(const QString &folder, const QString &message, const 
     const svn_delta_editor_t *editor = nullptr;
     void *editBaton = nullptr;
     CommitBaton commitBaton;
-    Check(svn_ra_get_commit_editor3(mSession, &editor, &editBaton, revprops, commitCallback, &commitBaton, tokens,
-                                    FALSE, pool));
+    Call(svn_ra_get_commit_editor3(
+        Session(), &editor, &editBaton, revprops, commitCallback, &commitBaton, tokens, FALSE, pool));
 
     // Drives the editor; on any error the edit is aborted so that nothing is left
     // half-written in the repository.
     auto drive = [&]() -> svn_error_t * {
         void *root = nullptr;
         SVN_ERR(editor->open_root(editBaton, head, pool, &root));
-        QList<void *> dirs{root};
+        QList<void *> dirs { root };
         QString opened;
         for (const QString &part : folder.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
             opened = Join(opened, part);
@@ -478,8 +535,8 @@ long SvnRepository::Commit(const QString &folder, const QString &message, const 
                 break;
             case Change::AddDir: {
                 void *dir = nullptr;
-                SVN_ERR(editor->add_directory(path, dirs.last(), copyFrom, copyFrom ? c.CopyFromRev : SVN_INVALID_REVNUM,
-                                              pool, &dir));
+                SVN_ERR(editor->add_directory(
+                    path, dirs.last(), copyFrom, copyFrom ? c.CopyFromRev : SVN_INVALID_REVNUM, pool, &dir));
                 SVN_ERR(editor->close_directory(dir, pool));
                 break;
             }
@@ -487,8 +544,8 @@ long SvnRepository::Commit(const QString &folder, const QString &message, const 
             case Change::ModifyFile: {
                 void *file = nullptr;
                 if (c.Operation == Change::AddFile)
-                    SVN_ERR(editor->add_file(path, dirs.last(), copyFrom, copyFrom ? c.CopyFromRev : SVN_INVALID_REVNUM,
-                                             pool, &file));
+                    SVN_ERR(editor->add_file(
+                        path, dirs.last(), copyFrom, copyFrom ? c.CopyFromRev : SVN_INVALID_REVNUM, pool, &file));
                 else
                     SVN_ERR(editor->open_file(path, dirs.last(), head, pool, &file));
                 const char *checksum = nullptr;
@@ -496,7 +553,7 @@ long SvnRepository::Commit(const QString &folder, const QString &message, const 
                     svn_txdelta_window_handler_t handler;
                     void *handlerBaton;
                     SVN_ERR(editor->apply_textdelta(file, nullptr, pool, &handler, &handlerBaton));
-                    svn_string_t text{c.Content->constData(), apr_size_t(c.Content->size())};
+                    svn_string_t text { c.Content->constData(), apr_size_t(c.Content->size()) };
                     SVN_ERR(svn_txdelta_send_string(&text, handler, handlerBaton, pool));
                     svn_checksum_t *md5;
                     SVN_ERR(svn_checksum(&md5, svn_checksum_md5, text.data, text.len, pool));
@@ -513,7 +570,7 @@ long SvnRepository::Commit(const QString &folder, const QString &message, const 
     };
     if (svn_error_t *err = drive()) {
         svn_error_clear(editor->abort_edit(editBaton, pool));
-        Check(err);
+        Call(err);
     }
     if (!commitBaton.postCommitError.isEmpty())
         qWarning("post-commit: %s", qPrintable(commitBaton.postCommitError));

@@ -27,14 +27,12 @@ public:
 
     enum class Kind { None, File, Dir };
 
-    struct DirEntry
-    {
+    struct DirEntry {
         QString Name;
         Kind NodeKind = Kind::None;
     };
 
-    struct Lock
-    {
+    struct Lock {
         QString Path; // absolute repository path
         QString Token;
         QString Owner;
@@ -42,16 +40,14 @@ public:
         QDateTime Created;
     };
 
-    struct ChangedPath
-    {
+    struct ChangedPath {
         char Action = 'M'; // A, D, R or M
         Kind NodeKind = Kind::None; // None when the server doesn't say
         QString CopyFromPath; // absolute repository path, empty without a copy
         long CopyFromRev = -1;
     };
 
-    struct LogEntry
-    {
+    struct LogEntry {
         long Revision = -1;
         QString Author;
         QDateTime Date; // UTC
@@ -59,16 +55,14 @@ public:
         QHash<QString, ChangedPath> Changes; // keyed by absolute repository path
     };
 
-    struct RevisionInfo
-    {
+    struct RevisionInfo {
         QString Author;
         QDateTime Date;
         QString Message;
     };
 
     // One change of a commit, below the commit's folder.
-    struct Change
-    {
+    struct Change {
         enum Op { AddFile, ModifyFile, Delete, AddDir } Operation = ModifyFile;
         QString Name; // a direct child of the folder
         std::optional<QByteArray> Content; // new text of a file; none keeps a copy's text
@@ -104,7 +98,7 @@ public:
     // Commits the changes below folder in one revision and returns its number.
     // Paths in lockTokens are session-relative; their locks are released.
     long Commit(const QString &folder, const QString &message, const QList<Change> &changes,
-                const QHash<QString, QString> &lockTokens = {});
+        const QHash<QString, QString> &lockTokens = {});
 
     // Absolute repository path ("/...") of a session-relative path, and back.
     QString AbsolutePath(const QString &path) const;
@@ -121,12 +115,18 @@ public:
     static void Check(svn_error_t *err);
 
 private:
+    void Open();
+    svn_ra_session_t *Session();
+    // As Check, dropping the session when its connection broke.
+    void Call(svn_error_t *err);
+
     struct Auth;
     QString mUrl;
     QString mUserName;
     QString mRootUrl; // repository root URL
     QString mRootPath; // session URL relative to the repository root, "" or "a/b"
-    apr_pool_t *mPool = nullptr;
+    apr_pool_t *mPool = nullptr; // credentials; outlives the sessions
+    apr_pool_t *mSessionPool = nullptr;
     svn_ra_session_t *mSession = nullptr;
     std::unique_ptr<Auth> mAuth;
 };

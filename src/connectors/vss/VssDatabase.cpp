@@ -9,7 +9,8 @@
 
 #include <algorithm>
 
-namespace {
+namespace
+{
 
 bool hasScheme(const QString &s)
 {
@@ -17,7 +18,10 @@ bool hasScheme(const QString &s)
     return re.match(s).hasMatch();
 }
 
-QString fileUrl(const QString &path) { return QUrl::fromLocalFile(QDir::cleanPath(path)).toString(QUrl::FullyEncoded); }
+QString fileUrl(const QString &path)
+{
+    return QUrl::fromLocalFile(QDir::cleanPath(path)).toString(QUrl::FullyEncoded);
+}
 
 // Parent of an absolute repository path; "/" is its own top.
 QString absParent(const QString &abs)
@@ -49,8 +53,8 @@ QString VssDatabase::ResolveUrl(const QString &iniFile)
     if (!info.isFile() || !file.open(QIODevice::ReadOnly))
         throw VssError(QStringLiteral("The ini file '%1' was not found").arg(given), VssError::IniFile);
 
-    static const QRegularExpression line(QStringLiteral("^\\s*URL\\s*=\\s*(.*?)\\s*$"),
-                                         QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression line(
+        QStringLiteral("^\\s*URL\\s*=\\s*(.*?)\\s*$"), QRegularExpression::CaseInsensitiveOption);
     QString url;
     for (const QString &l : QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'))) {
         const auto m = line.match(l.trimmed());
@@ -90,7 +94,10 @@ VssDatabase::VssDatabase(const QString &iniFile, const QString &userName, const 
 {
 }
 
-void VssDatabase::SetCurrentProject(const QString &project) { mFolder = ProjectFolder(project); }
+void VssDatabase::SetCurrentProject(const QString &project)
+{
+    mFolder = ProjectFolder(project);
+}
 
 void VssDatabase::CheckProject(const QString &project)
 {
@@ -112,18 +119,19 @@ QStringList VssDatabase::SubProjects(const QString &project)
 void VssDatabase::NewSubproject(const QString &parent, const QString &name)
 {
     static const QString forbidden = QStringLiteral("\\/:*?\"<>|;,$@");
-    if (name.trimmed().isEmpty()
-        || std::any_of(name.begin(), name.end(), [](QChar c) { return forbidden.contains(c) || c.category() == QChar::Other_Control; }))
+    if (name.trimmed().isEmpty() || std::any_of(name.begin(), name.end(), [](QChar c) {
+            return forbidden.contains(c) || c.category() == QChar::Other_Control;
+        }))
         throw VssError(QStringLiteral("'%1' is not a valid project name").arg(name), VssError::InvalidName);
     if (name != name.trimmed() || name.startsWith(QLatin1Char('.')) || name.endsWith(QLatin1Char('.')))
-        throw VssError(QStringLiteral("'%1' may not begin or end with a blank or a dot").arg(name),
-                       VssError::BadNameStructure);
+        throw VssError(
+            QStringLiteral("'%1' may not begin or end with a blank or a dot").arg(name), VssError::BadNameStructure);
     const QString folder = ProjectFolder(parent);
     if (mRepo.CheckPath(folder) != SvnRepository::Kind::Dir)
         throw VssError(QStringLiteral("File or project '%1' not found").arg(parent), VssError::NotFound);
     if (mRepo.CheckPath(SvnRepository::Join(folder, name)) != SvnRepository::Kind::None)
         throw VssError(QStringLiteral("'%1' already exists").arg(name), VssError::AlreadyExists);
-    mRepo.Commit(folder, QString(), {{SvnRepository::Change::AddDir, name, std::nullopt, {}, -1}});
+    mRepo.Commit(folder, QString(), { { SvnRepository::Change::AddDir, name, std::nullopt, {}, -1 } });
 }
 
 QString VssDatabase::Spec(const QString &name) const
@@ -141,8 +149,7 @@ void VssDatabase::NotFound(const QString &name) const
 QString VssDatabase::ItemPath(const QString &name) const
 {
     // An item is a file directly in the project folder.
-    if (name.isEmpty() || name.contains(QLatin1Char('/')) || name == QLatin1String(".")
-        || name == QLatin1String(".."))
+    if (name.isEmpty() || name.contains(QLatin1Char('/')) || name == QLatin1String(".") || name == QLatin1String(".."))
         throw VssError(QStringLiteral("'%1' is not a valid item name").arg(name), VssError::InvalidName);
     return SvnRepository::Join(mFolder, name);
 }
@@ -152,7 +159,7 @@ const VssDatabase::FolderScan &VssDatabase::Scan()
     // The folder's history is read once and then only from where it was left.
     const long head = mRepo.LatestRevision();
     if (mScan.Folder != mFolder || mScan.UpTo > head)
-        mScan = FolderScan{mFolder, 0, {}, {}, {}};
+        mScan = FolderScan { mFolder, 0, {}, {}, {} };
     if (mScan.UpTo >= head)
         return mScan;
     if (mRepo.CheckPath(mFolder, head) != SvnRepository::Kind::Dir)
@@ -174,17 +181,17 @@ const VssDatabase::FolderScan &VssDatabase::Scan()
             if (it->Action == 'D') {
                 // A file deleted as the source of a copy in the same revision was renamed.
                 const QString path = it.key();
-                const bool renamed = std::any_of(e.Changes.cbegin(), e.Changes.cend(),
-                                                 [&](const auto &c) { return c.CopyFromPath == path; });
-                n = renamed ? NameEntry{NameState::Gone, -1} : NameEntry{NameState::Deleted, e.Revision};
+                const bool renamed = std::any_of(
+                    e.Changes.cbegin(), e.Changes.cend(), [&](const auto &c) { return c.CopyFromPath == path; });
+                n = renamed ? NameEntry { NameState::Gone, -1 } : NameEntry { NameState::Deleted, e.Revision };
             } else {
-                n = NameEntry{NameState::Live, -1};
+                n = NameEntry { NameState::Live, -1 };
                 // Undeleted under another name: the old name no longer lies deleted.
                 if (!it->CopyFromPath.isEmpty() && absParent(it->CopyFromPath) == folderAbs) {
                     const auto source = mScan.Names.find(SvnRepository::BaseName(it->CopyFromPath));
                     if (source != mScan.Names.end() && source->State == NameState::Deleted
                         && it->CopyFromRev < source->Revision)
-                        *source = NameEntry{NameState::Gone, -1};
+                        *source = NameEntry { NameState::Gone, -1 };
                 }
             }
         }
@@ -204,8 +211,7 @@ long VssDatabase::DeletionRevision(const QString &name)
     const QString path = ItemPath(name);
     const auto &names = Scan().Names;
     const auto it = names.constFind(name);
-    if (it == names.cend() || it->State != NameState::Deleted
-        || mRepo.CheckPath(path) != SvnRepository::Kind::None)
+    if (it == names.cend() || it->State != NameState::Deleted || mRepo.CheckPath(path) != SvnRepository::Kind::None)
         NotFound(name);
     return it->Revision;
 }
@@ -219,7 +225,7 @@ QList<VssDatabase::ItemInfo> VssDatabase::Items(bool includeDeleted)
     for (const auto &e : entries) {
         if (e.NodeKind != SvnRepository::Kind::File)
             continue;
-        ItemInfo info{e.Name, false, NotCheckedOut, {}};
+        ItemInfo info { e.Name, false, NotCheckedOut, {} };
         const auto lock = locks.constFind(e.Name);
         if (lock != locks.cend()) {
             info.LockOwner = lock->Owner;
@@ -232,9 +238,10 @@ QList<VssDatabase::ItemInfo> VssDatabase::Items(bool includeDeleted)
         const auto &names = Scan().Names;
         for (auto it = names.cbegin(); it != names.cend(); ++it)
             if (it->State == NameState::Deleted && !live.contains(it.key()))
-                items.append(ItemInfo{it.key(), true, NotCheckedOut, {}});
+                items.append(ItemInfo { it.key(), true, NotCheckedOut, {} });
     }
-    std::sort(items.begin(), items.end(), [](const ItemInfo &a, const ItemInfo &b) { return lessByName(a.Name, b.Name); });
+    std::sort(
+        items.begin(), items.end(), [](const ItemInfo &a, const ItemInfo &b) { return lessByName(a.Name, b.Name); });
     return items;
 }
 
@@ -243,11 +250,11 @@ VssDatabase::ItemInfo VssDatabase::Item(const QString &name, bool deleted)
     const QString path = ItemPath(name);
     if (deleted) {
         DeletionRevision(name);
-        return ItemInfo{name, true, NotCheckedOut, {}};
+        return ItemInfo { name, true, NotCheckedOut, {} };
     }
     if (mRepo.CheckPath(path) != SvnRepository::Kind::File)
         NotFound(name);
-    ItemInfo info{name, false, NotCheckedOut, {}};
+    ItemInfo info { name, false, NotCheckedOut, {} };
     if (const auto lock = mRepo.GetLock(path)) {
         info.LockOwner = lock->Owner;
         info.Status = lock->Owner == UserName() ? CheckedOutToMe : CheckedOutToOther;
@@ -272,7 +279,7 @@ bool VssDatabase::Exists(const QString &name, bool deleted)
 QStringList VssDatabase::Checkouts(const QString &name)
 {
     const ItemInfo info = Item(name, false);
-    return info.LockOwner.isEmpty() ? QStringList() : QStringList{info.LockOwner};
+    return info.LockOwner.isEmpty() ? QStringList() : QStringList { info.LockOwner };
 }
 
 QByteArray VssDatabase::Get(const QString &name, bool deleted)
@@ -309,8 +316,8 @@ void VssDatabase::Checkin(const QString &name, const QByteArray &content, const 
     if (mRepo.FileContent(path) == content)
         mRepo.UnlockFile(path, lock->Token); // nothing to commit: only the check-out ends
     else
-        mRepo.Commit(mFolder, comment, {{SvnRepository::Change::ModifyFile, name, content, {}, -1}},
-                     {{path, lock->Token}});
+        mRepo.Commit(mFolder, comment, { { SvnRepository::Change::ModifyFile, name, content, {}, -1 } },
+            { { path, lock->Token } });
 }
 
 QByteArray VssDatabase::UndoCheckout(const QString &name)
@@ -326,9 +333,9 @@ QByteArray VssDatabase::UndoCheckout(const QString &name)
 void VssDatabase::Add(const QString &name, const QByteArray &content, const QString &comment)
 {
     if (mRepo.CheckPath(ItemPath(name)) != SvnRepository::Kind::None)
-        throw VssError(QStringLiteral("An item with the name '%1' already exists").arg(Spec(name)),
-                       VssError::AlreadyExists);
-    mRepo.Commit(mFolder, comment, {{SvnRepository::Change::AddFile, name, content, {}, -1}});
+        throw VssError(
+            QStringLiteral("An item with the name '%1' already exists").arg(Spec(name)), VssError::AlreadyExists);
+    mRepo.Commit(mFolder, comment, { { SvnRepository::Change::AddFile, name, content, {}, -1 } });
 }
 
 void VssDatabase::Delete(const QString &name)
@@ -339,37 +346,37 @@ void VssDatabase::Delete(const QString &name)
     QHash<QString, QString> tokens;
     if (const auto lock = OwnLock(name))
         tokens.insert(path, lock->Token);
-    mRepo.Commit(mFolder, QString(), {{SvnRepository::Change::Delete, name, std::nullopt, {}, -1}}, tokens);
+    mRepo.Commit(mFolder, QString(), { { SvnRepository::Change::Delete, name, std::nullopt, {}, -1 } }, tokens);
 }
 
-void VssDatabase::Recover(const QString &name, const QString &newName, const std::optional<QByteArray> &content,
-                          const QString &comment)
+void VssDatabase::Recover(
+    const QString &name, const QString &newName, const std::optional<QByteArray> &content, const QString &comment)
 {
     const long deletedAt = DeletionRevision(name);
     if (mRepo.CheckPath(ItemPath(newName)) != SvnRepository::Kind::None)
-        throw VssError(QStringLiteral("An item with the name '%1' already exists").arg(Spec(newName)),
-                       VssError::AlreadyExists);
-    mRepo.Commit(mFolder, comment,
-                 {{SvnRepository::Change::AddFile, newName, content, ItemPath(name), deletedAt - 1}});
+        throw VssError(
+            QStringLiteral("An item with the name '%1' already exists").arg(Spec(newName)), VssError::AlreadyExists);
+    mRepo.Commit(
+        mFolder, comment, { { SvnRepository::Change::AddFile, newName, content, ItemPath(name), deletedAt - 1 } });
 }
 
-void VssDatabase::Rename(const QString &oldName, const QString &newName, const std::optional<QByteArray> &content,
-                         const QString &comment)
+void VssDatabase::Rename(
+    const QString &oldName, const QString &newName, const std::optional<QByteArray> &content, const QString &comment)
 {
     const QString oldPath = ItemPath(oldName);
     if (mRepo.CheckPath(oldPath) != SvnRepository::Kind::File)
         NotFound(oldName);
     if (mRepo.CheckPath(ItemPath(newName)) != SvnRepository::Kind::None)
-        throw VssError(QStringLiteral("An item with the name '%1' already exists").arg(Spec(newName)),
-                       VssError::AlreadyExists);
+        throw VssError(
+            QStringLiteral("An item with the name '%1' already exists").arg(Spec(newName)), VssError::AlreadyExists);
     QHash<QString, QString> tokens;
     if (const auto lock = OwnLock(oldName))
         tokens.insert(oldPath, lock->Token);
     const long head = mRepo.LatestRevision();
     mRepo.Commit(mFolder, comment,
-                 {{SvnRepository::Change::AddFile, newName, content, oldPath, head},
-                  {SvnRepository::Change::Delete, oldName, std::nullopt, {}, -1}},
-                 tokens);
+        { { SvnRepository::Change::AddFile, newName, content, oldPath, head },
+            { SvnRepository::Change::Delete, oldName, std::nullopt, {}, -1 } },
+        tokens);
 }
 
 QList<VssDatabase::Label> VssDatabase::Labels()
@@ -393,11 +400,12 @@ QList<VssDatabase::Label> VssDatabase::Labels()
     for (const auto &e : mRepo.Log(tags, head, 0, true)) { // newest first: the first add of a name is the tag now
         for (auto it = e.Changes.cbegin(); it != e.Changes.cend(); ++it) {
             const QString name = SvnRepository::BaseName(it.key());
-            if (absParent(it.key()) != tagsAbs || (it->Action != 'A' && it->Action != 'R')
-                || it->CopyFromPath.isEmpty() || !present.contains(name) || seen.contains(name))
+            if (absParent(it.key()) != tagsAbs || (it->Action != 'A' && it->Action != 'R') || it->CopyFromPath.isEmpty()
+                || !present.contains(name) || seen.contains(name))
                 continue;
             seen.insert(name);
-            mLabels.append(Label{name, e.Revision, {e.Author, e.Date, e.Message}, it->CopyFromPath, it->CopyFromRev});
+            mLabels.append(
+                Label { name, e.Revision, { e.Author, e.Date, e.Message }, it->CopyFromPath, it->CopyFromRev });
         }
     }
     return mLabels;
@@ -413,13 +421,13 @@ QList<VssDatabase::Version> VssDatabase::Versions(const QString &name, bool dele
         const long deletedAt = DeletionRevision(name);
         peg = deletedAt - 1;
         const auto info = mRepo.Revision(deletedAt);
-        rows.append(Version{deletedAt, info.Author, QStringLiteral("Deleted"), info.Date, info.Message, {}, path, peg});
+        rows.append(
+            Version { deletedAt, info.Author, QStringLiteral("Deleted"), info.Date, info.Message, {}, path, peg });
     } else {
         peg = mRepo.LatestRevision();
     }
 
-    struct Copy
-    {
+    struct Copy {
         qsizetype Row;
         QString Source;
         long SourceRevision, Revision;
@@ -427,8 +435,8 @@ QList<VssDatabase::Version> VssDatabase::Versions(const QString &name, bool dele
     QList<Copy> copies;
     QString current = mRepo.AbsolutePath(path);
     for (const auto &e : mRepo.Log(path, peg, 0, false)) {
-        Version v{e.Revision, e.Author, QStringLiteral("Checked in"), e.Date, e.Message, {}, mRepo.RelativePath(current),
-                  e.Revision};
+        Version v { e.Revision, e.Author, QStringLiteral("Checked in"), e.Date, e.Message, {},
+            mRepo.RelativePath(current), e.Revision };
         const auto it = e.Changes.constFind(current);
         if (it != e.Changes.cend()) {
             if (!it->CopyFromPath.isEmpty()) {
@@ -437,7 +445,7 @@ QList<VssDatabase::Version> VssDatabase::Versions(const QString &name, bool dele
                     v.Action = QStringLiteral("Renamed");
                 } else {
                     v.Action = QStringLiteral("Recovered");
-                    copies.append({rows.size(), it->CopyFromPath, it->CopyFromRev, e.Revision});
+                    copies.append({ rows.size(), it->CopyFromPath, it->CopyFromRev, e.Revision });
                 }
                 current = it->CopyFromPath;
             } else if (it->Action != 'M') {
@@ -457,41 +465,43 @@ QList<VssDatabase::Version> VssDatabase::Versions(const QString &name, bool dele
     // A copy whose source was gone before it is an undelete; its deletion is a row too.
     for (const Copy &c : copies) {
         const QString source = mRepo.RelativePath(c.Source);
-        const long deletedAt = c.SourceRevision < c.Revision - 1
-                                   ? mRepo.DeletedRevision(source, c.SourceRevision, c.Revision - 1)
-                                   : -1;
+        const long deletedAt
+            = c.SourceRevision < c.Revision - 1 ? mRepo.DeletedRevision(source, c.SourceRevision, c.Revision - 1) : -1;
         if (deletedAt < 0) {
             rows[c.Row].Action = QStringLiteral("Branched");
             continue;
         }
         const auto info = mRepo.Revision(deletedAt);
-        rows.append(
-            Version{deletedAt, info.Author, QStringLiteral("Deleted"), info.Date, info.Message, {}, source, deletedAt - 1});
+        rows.append(Version {
+            deletedAt, info.Author, QStringLiteral("Deleted"), info.Date, info.Message, {}, source, deletedAt - 1 });
     }
     std::stable_sort(rows.begin(), rows.end(), [](const Version &a, const Version &b) { return a.Number > b.Number; });
 
     // Labels: the tag copied the project folder at a revision in which this item lay in it.
     QList<Version> labels;
     for (const Label &l : Labels()) {
-        const auto at = std::find_if(rows.cbegin(), rows.cend(),
-                                     [&](const Version &v) { return v.Number <= l.SourceRevision; });
+        const auto at
+            = std::find_if(rows.cbegin(), rows.cend(), [&](const Version &v) { return v.Number <= l.SourceRevision; });
         if (at == rows.cend() || at->Action == QLatin1String("Deleted")
             || absParent(mRepo.AbsolutePath(at->Path)) != l.SourcePath)
             continue;
-        labels.append(Version{l.Revision, l.Info.Author, QStringLiteral("Labeled '%1'").arg(l.Name), l.Info.Date,
-                              l.Info.Message, l.Info.Message, at->Path, l.SourceRevision});
+        labels.append(Version { l.Revision, l.Info.Author, QStringLiteral("Labeled '%1'").arg(l.Name), l.Info.Date,
+            l.Info.Message, l.Info.Message, at->Path, l.SourceRevision });
     }
     rows.append(labels);
     std::stable_sort(rows.begin(), rows.end(), [](const Version &a, const Version &b) { return a.Number > b.Number; });
     return rows;
 }
 
-QByteArray VssDatabase::VersionContent(const Version &version) { return mRepo.FileContent(version.Path, version.Revision); }
+QByteArray VssDatabase::VersionContent(const Version &version)
+{
+    return mRepo.FileContent(version.Path, version.Revision);
+}
 
 void VssDatabase::DateRange(QDateTime &first, QDateTime &last)
 {
     const FolderScan &scan = Scan();
-    QList<QDateTime> dates{scan.First, scan.Last};
+    QList<QDateTime> dates { scan.First, scan.Last };
     const QString folderAbs = mRepo.AbsolutePath(mFolder);
     for (const Label &l : Labels())
         if (l.SourcePath == folderAbs)

@@ -21,16 +21,14 @@ public:
     // Check-out status of an item, as SourceSafe counts it.
     enum Status { NotCheckedOut = 0, CheckedOutToOther = 1, CheckedOutToMe = 2 };
 
-    struct ItemInfo
-    {
+    struct ItemInfo {
         QString Name;
         bool Deleted = false;
         int Status = NotCheckedOut;
         QString LockOwner;
     };
 
-    struct Version
-    {
+    struct Version {
         long Number = 0; // the revision
         QString UserName;
         QString Action;
@@ -82,12 +80,12 @@ public:
     // A deleted item comes back under newName (which may be its own name),
     // copied from the revision before its deletion so that its history goes on;
     // with content, that text is its new version.
-    void Recover(const QString &name, const QString &newName, const std::optional<QByteArray> &content,
-                 const QString &comment);
+    void Recover(
+        const QString &name, const QString &newName, const std::optional<QByteArray> &content, const QString &comment);
     // A live item takes a new name, with history; with content, also new text.
     // A check-out of the user's own on the old name is used and released.
     void Rename(const QString &oldName, const QString &newName, const std::optional<QByteArray> &content,
-                const QString &comment);
+        const QString &comment);
 
     // History of an item, newest first, following renames and undeletes, with
     // "Deleted" rows and label rows.
@@ -102,20 +100,17 @@ public:
 
 private:
     enum class NameState { Live, Deleted, Gone };
-    struct NameEntry
-    {
+    struct NameEntry {
         NameState State = NameState::Live;
         long Revision = -1; // of the deletion
     };
-    struct FolderScan
-    {
+    struct FolderScan {
         QString Folder;
         long UpTo = 0;
         QHash<QString, NameEntry> Names;
         QDateTime First, Last;
     };
-    struct Label
-    {
+    struct Label {
         QString Name;
         long Revision = -1;
         SvnRepository::RevisionInfo Info;

@@ -6,15 +6,18 @@
 #include <QFile>
 #include <QFileInfo>
 
-namespace WorkingFiles {
+namespace WorkingFiles
+{
 
-namespace {
+namespace
+{
 
 constexpr QFile::Permissions writeBits = QFile::WriteOwner | QFile::WriteUser | QFile::WriteGroup | QFile::WriteOther;
 
 [[noreturn]] void fail(const QString &path, const QFile &file)
 {
-    throw VssError(QStringLiteral("Could not write the file '%1': %2").arg(QDir::toNativeSeparators(path), file.errorString()));
+    throw VssError(
+        QStringLiteral("Could not write the file '%1': %2").arg(QDir::toNativeSeparators(path), file.errorString()));
 }
 
 void ensureFolder(const QString &path)
@@ -50,11 +53,20 @@ QByteArray ReadBytes(const QString &path)
     return file.readAll();
 }
 
-QString ReadText(const QString &path) { return QString::fromUtf8(ReadBytes(path)); }
+QString ReadText(const QString &path)
+{
+    return QString::fromUtf8(ReadBytes(path));
+}
 
-void WriteNew(const QString &path, const QString &text) { write(path, text.toUtf8(), true); }
+void WriteNew(const QString &path, const QString &text)
+{
+    write(path, text.toUtf8(), true);
+}
 
-void Overwrite(const QString &path, const QString &text) { write(path, text.toUtf8(), false); }
+void Overwrite(const QString &path, const QString &text)
+{
+    write(path, text.toUtf8(), false);
+}
 
 void Fetch(const QString &path, const QByteArray &content, bool writable)
 {
@@ -76,7 +88,8 @@ void ForceDelete(const QString &path)
     SetReadOnly(path, false);
     QFile file(path);
     if (!file.remove())
-        throw VssError(QStringLiteral("Could not delete the file '%1': %2").arg(QDir::toNativeSeparators(path), file.errorString()));
+        throw VssError(QStringLiteral("Could not delete the file '%1': %2")
+                           .arg(QDir::toNativeSeparators(path), file.errorString()));
 }
 
 bool IsReadOnly(const QString &path)

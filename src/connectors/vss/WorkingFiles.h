@@ -5,7 +5,8 @@
 
 // The working folder's files: plain UTF-8 text; a file that this user has not
 // checked out is kept read-only. Failures throw VssError.
-namespace WorkingFiles {
+namespace WorkingFiles
+{
 
 // The whole file; a missing or empty file gives "".
 QString ReadText(const QString &path);
