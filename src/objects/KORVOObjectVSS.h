@@ -1,0 +1,137 @@
+#pragma once
+
+#include "KORVOContextMenu.h"
+#include "KORVODBTItem.h"
+#include "KORVOIcons.h"
+#include "KORVOObjectTypes.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+class KORVODescription;
+class KORVOFields;
+class KORVOPermissions;
+class KORVOSQL;
+class KORVOTypedObject;
+class KORVOVSS;
+
+// A programmable object that lives twice: as an object in the database and as
+// the file DBID + VSSExt in the source-control project. The typed classes hold
+// one each and differ only by the type table they give it.
+class KORVOObjectVSS
+{
+public:
+    KORVOObjectVSS(const KORVOObjectTypeInfo &type, KORVOTypedObject *parent);
+    ~KORVOObjectVSS();
+    KORVOObjectVSS(const KORVOObjectVSS &) = delete;
+    KORVOObjectVSS &operator=(const KORVOObjectVSS &) = delete;
+
+    // --- Type descriptor ---
+    const KORVOObjectTypeInfo &Type() const { return mType; }
+    const QString &ObjectType() const { return mType.ObjectType; }
+    const QString &ObjectDisplayName() const { return mType.ObjectDisplayName; }
+    const QString &ParentObjectType() const { return mType.ParentObjectType; }
+    const QString &VSSExt() const { return mType.VSSExt; }
+    const QString &IconPrefix() const { return mType.IconPrefix; }
+    const QString &DocumentMiddleName() const { return mType.DocumentMiddleName; }
+    bool HasPermissions() const { return mType.HasPermissions; }
+    bool ObjectPermissionExecuteOnly() const { return mType.ObjectPermissionExecuteOnly; }
+    bool ObjectPermissionExecAndRefOnly() const { return mType.ObjectPermissionExecAndRefOnly; }
+    const QString &BlankFieldDisplayName() const { return mType.BlankFieldDisplayName; }
+    // The keyword sequences that begin the type's CREATE text on the connection's server.
+    SQLKeywordPatterns Parse() const;
+    // The type's catalogue statements on the connection's server.
+    ServerKind::VersionedStatements Statements() const;
+
+    // --- State ---
+    QString Name;
+    QString Owner;
+    QString DBID;
+    bool InSQL = false;
+    bool InVSS = false;
+    QString CheckedOutBy;
+
+    bool IsNew() const { return mIsNew; }
+    // True makes the temporary file of a new object; false deletes it if it was made here.
+    void SetIsNew(bool isNew);
+
+    const std::shared_ptr<KORVOSQL> &ActiveDBConnection() const { return mSQL; }
+    void SetActiveDBConnection(const std::shared_ptr<KORVOSQL> &connection) { mSQL = connection; }
+    const std::shared_ptr<KORVOVSS> &ActiveVSSConnection() const { return mVSS; }
+    void SetActiveVSSConnection(const std::shared_ptr<KORVOVSS> &connection);
+    const KORVOIconsPtr &Icons() const { return mIcons; }
+    void SetIcons(const KORVOIconsPtr &icons) { mIcons = icons; }
+
+    // --- Derived ---
+    bool IsEditable() const { return true; }
+    bool IsCheckedOut() const { return !CheckedOutBy.isEmpty(); }
+    bool IsCheckedOutByMe() const;
+    // The object lives on one side only, or on none.
+    bool RemovalRequest() const { return !(InSQL && InVSS); }
+    const QString &FileExtension() const { return mType.VSSExt; }
+    const QString &TreeParentObjectType() const { return mType.ParentObjectType; }
+    const QString &TreeParentObjectKey() const { return mType.ParentObjectType; }
+    // The object's item in the source-control project.
+    QString ItemName() const { return DBID + mType.VSSExt; }
+    bool IsDeleted() const;
+    // The latest checked-in text against the server's text, white space at both
+    // ends ignored, case-sensitive.
+    bool SQLAndVSSDiffer() const;
+    QDateTime FirstDate() const;
+    QDateTime LastDate() const;
+    // One row per version: date, comment, version number; sorted by date.
+    QList<QStringList> DateSummary(bool ascending) const;
+    QString DropScript() const;
+    QString Description() const;
+    void SetDescription(const QString &description);
+
+    // The working file; a new object's temporary file, made on first demand.
+    QString FileName();
+    // Only while new: forgets (and deletes) the temporary file made here and uses path.
+    void SetFileName(const QString &path);
+
+    QString IconToUse(bool plain = false) const;
+    std::shared_ptr<KORVOFields> GetFields(bool showNullability) const;
+    // The nodes under the object in the tree; key is accepted and not used.
+    KORVODBTItemsPtr GetItemInfo(bool showOwner, const QString &key, bool noExtras, bool showNullability) const;
+    KORVOContextMenu GetContextMenu(bool showOwner) const;
+    // The owner's node under the object, when it is to be shown.
+    void AddOwnerItem(KORVODBTItems &items) const;
+
+    // Settles InSQL, InVSS, Name, Owner, CheckedOutBy (and DBID of an object that
+    // was dropped and recreated) from the two sides.
+    void RefreshState();
+    // Fresh state as a tree node: KeyChanged holds the old DBID when it changed,
+    // RemoveItem is set when the object is not on both sides.
+    KORVODBTItemPtr Refresh(bool showOwner);
+    std::shared_ptr<KORVOPermissions> GetPermissions(bool quickList, int show) const;
+
+    // Rename, delete and undelete arrive with the version-control operations;
+    // until then they refuse and change nothing.
+    bool RenameItem(const QString &newName, bool silent);
+    bool DeleteItem();
+    bool UnDelete(bool silent);
+
+    // Tells the typed object that a new object was checked in for the first time.
+    void RaiseNewItemCreated();
+
+private:
+    QString MakeTemporaryFile();
+    void DeleteTemporaryFile();
+    // The history rows of the object's item, dates read back.
+    QList<QPair<QDateTime, int>> HistoryDates() const;
+
+    const KORVOObjectTypeInfo &mType;
+    KORVOTypedObject *mParent;
+    std::shared_ptr<KORVOSQL> mSQL;
+    std::shared_ptr<KORVOVSS> mVSS;
+    KORVOIconsPtr mIcons;
+    std::unique_ptr<KORVODescription> mDescription;
+    bool mIsNew = false;
+    QString mTempFile;
+    bool mTempFileMadeHere = false;
+};

@@ -1,0 +1,456 @@
+#include "KORVOVersionedObjects.h"
+
+#include "sql/KORVOSQL.h"
+#include "KORVOVSS.h"
+#include "KORVOVSSItems.h"
+#include "driver/Recordset.h"
+#include "SQLParser.h"
+
+#include <QSet>
+
+#include <stdexcept>
+
+namespace {
+
+// Numeric as the file names of objects are: "123" but not "dbo.usp_x".
+bool IsNumeric(const QString &text)
+{
+    bool ok = false;
+    text.trimmed().toDouble(&ok);
+    return ok;
+}
+
+} // namespace
+
+KORVOVersionedObjects::KORVOVersionedObjects(ObjectClass cls) : mType(ObjectTypeInfo(cls)) { }
+
+KORVOVersionedObjects::~KORVOVersionedObjects() = default;
+
+QString KORVOVersionedObjects::SubObjectType() const
+{
+    return MakeObject()->ObjectType();
+}
+
+QString KORVOVersionedObjects::SubObjectDisplayName() const
+{
+    return MakeObject()->ObjectDisplayName();
+}
+
+bool KORVOVersionedObjects::IsEditable() const
+{
+    return MakeObject()->IsEditable();
+}
+
+SQLKeywordPatterns KORVOVersionedObjects::Keywords() const
+{
+    return mSQL ? mSQL->Kind().CreatePatterns(mType.Class) : ServerKind::SQLServer()->CreatePatterns(mType.Class);
+}
+
+void KORVOVersionedObjects::LoadIcons()
+{
+    if (!mIcons)
+        return;
+    const QString plain = mType.IconPrefix.chopped(1);
+    mIcons->Add(IconToUse());
+    mIcons->Add(plain);
+    for (const char *state : {":NEW", ":VSSBROKEN", ":SQLBROKEN", ":CHECKEDIN", ":CHECKEDINOUT", ":CHECKEDOUT"})
+        mIcons->Add(plain + QLatin1String(state));
+}
+
+void KORVOTriggers::LoadIcons()
+{
+    KORVOVersionedObjects::LoadIcons();
+    if (const KORVOIconsPtr &icons = Icons()) {
+        for (const char *event : {"TRIGGER:INSERT", "TRIGGER:UPDATE", "TRIGGER:DELETE"})
+            icons->Add(QLatin1String(event));
+    }
+}
+
+KORVOTypedObjectPtr KORVOVersionedObjects::Adopt(const KORVOTypedObjectPtr &object) const
+{
+    object->SetActiveDBConnection(mSQL);
+    object->SetActiveVSSConnection(mVSS);
+    object->SetIcons(mIcons);
+    object->SetCollection(std::const_pointer_cast<KORVOVersionedObjects>(shared_from_this()));
+    return object;
+}
+
+QString KORVOVersionedObjects::ResolveKey(const QString &key) const
+{
+    if (mByKey.contains(key))
+        return key;
+    return key.mid(1);
+}
+
+int KORVOVersionedObjects::IndexOfKey(const QString &key) const
+{
+    return int(mKeys.indexOf(key));
+}
+
+void KORVOVersionedObjects::Insert(int index, const QString &key, const KORVOTypedObjectPtr &object)
+{
+    if (index < 0 || index > mItems.size())
+        index = int(mItems.size());
+    mItems.insert(index, object);
+    mKeys.insert(index, key);
+    mByKey.insert(key, object);
+}
+
+void KORVOVersionedObjects::RemoveAt(int index)
+{
+    mByKey.remove(mKeys.at(index));
+    mItems.removeAt(index);
+    mKeys.removeAt(index);
+}
+
+KORVOTypedObjectPtr KORVOVersionedObjects::Object(const QString &key, bool deleted, bool silent) const
+{
+    const QHash<QString, KORVOTypedObjectPtr> &list = deleted ? mDeleted : mByKey;
+    KORVOTypedObjectPtr object = list.value(key);
+    if (!object)
+        object = list.value(key.mid(1));
+    if (!object && !silent)
+        throw std::out_of_range("Invalid procedure call or argument");
+    return object;
+}
+
+KORVODBObjectPtr KORVOVersionedObjects::Item(const QString &key, bool deleted, bool silent)
+{
+    return Object(key, deleted, silent);
+}
+
+bool KORVOVersionedObjects::ObjectIsOfThisType(const QString &key)
+{
+    return Object(key) != nullptr;
+}
+
+QString KORVOVersionedObjects::NameFromText(const QString &text) const
+{
+    const QString name = ExtractNameAfterPattern(Keywords(), text);
+    return KORVOSQL::IsValidObjectName(name) ? name : QString();
+}
+
+void KORVOVersionedObjects::RefreshList(bool &cancel)
+{
+    if (!mSQL || !mSQL->ConnectionOpen())
+        return;
+    for (const KORVOTypedObjectPtr &object : std::as_const(mItems)) {
+        object->Generic().InSQL = false;
+        object->Generic().InVSS = false;
+    }
+
+    const ServerKind::VersionedStatements statements = mSQL->Kind().VersionedObjectStatements(mType.Class);
+    const std::shared_ptr<Recordset> rows = mSQL->OpenRecordset(statements.ListQuery);
+    const bool withVSS = !mCheckSQLOnly && mVSS;
+    std::shared_ptr<KORVOVSSItems> files;
+    if (withVSS)
+        files = mVSS->Items(QLatin1Char('*') + mType.VSSExt, false, false);
+
+    long position = 0;
+    long total = 0;
+    if (rows && rows->RecordCount() > 0)
+        total = 2 * long(rows->RecordCount());
+    if (files)
+        total += files->Count();
+    RaiseRetrieveStatusChange(position, total, cancel);
+    if (cancel)
+        return;
+
+    for (; rows && !rows->Eof(); rows->MoveNext()) {
+        const QString id = rows->FieldText(QStringLiteral("id"));
+        KORVOTypedObjectPtr object = mByKey.value(id);
+        if (!object) {
+            object = Adopt(MakeObject());
+            object->Generic().DBID = id;
+            Insert(-1, id, object);
+        }
+        KORVOObjectVSS &state = object->Generic();
+        state.Name = rows->FieldText(QStringLiteral("name"));
+        state.Owner = mSQL->GetObjectOwnerName(id);
+        state.InSQL = true;
+        state.InVSS = false;
+        state.CheckedOutBy.clear();
+        ReadListRow(*object, *rows);
+        position += 2;
+        RaiseRetrieveStatusChange(position, total, cancel);
+        if (cancel)
+            return;
+    }
+
+    if (files) {
+        for (std::shared_ptr<KORVOVSSItem> file : *files) {
+            QString base = file->Name.chopped(mType.VSSExt.size());
+            if (!IsNumeric(base)) {
+                // A file of the earlier form owner.name.sp or name.sp moves to
+                // the id's name, with its description.
+                QString owner = QStringLiteral("dbo");
+                QString name = base;
+                if (const qsizetype dot = base.indexOf(QLatin1Char('.')); dot >= 0) {
+                    owner = base.left(dot);
+                    name = base.mid(dot + 1);
+                }
+                const QString id = mSQL->GetObjectID(name, owner);
+                if (!id.isEmpty() && mVSS->RenameItem(file->Name, id + mType.VSSExt, false, false, false)) {
+                    // ".sp.desc" whatever the type.
+                    mVSS->RenameItem(file->Name + QStringLiteral(".desc"), id + QStringLiteral(".sp.desc"), true,
+                                     true, false);
+                    base = id;
+                    file = mVSS->Item(id + mType.VSSExt);
+                }
+            }
+            if (IsNumeric(base)) {
+                KORVOTypedObjectPtr known = mByKey.value(base);
+                if (known && known->Generic().InSQL) {
+                    known->Generic().InVSS = true;
+                    known->Generic().CheckedOutBy = file->CheckedOutBy;
+                } else {
+                    // SQL does not know the object under this id. It may have
+                    // been dropped and recreated: its text names it.
+                    const QString text = mVSS->ItemContent(file->Name, true, -1, false, false);
+                    const QString name = NameFromText(text);
+                    const std::shared_ptr<Recordset> found =
+                        mSQL->OpenRecordset(mSQL->Kind().ObjectLookupStatement(mType.Class, name));
+                    const QString id = found && !found->Eof() ? found->FieldText(QStringLiteral("id")) : QString();
+                    if (!id.isEmpty()) {
+                        mVSS->RenameItem(file->Name, id + mType.VSSExt, false, false, false);
+                        if (KORVOTypedObjectPtr recreated = mByKey.value(id)) {
+                            recreated->Generic().InVSS = true;
+                            recreated->Generic().CheckedOutBy = file->CheckedOutBy;
+                        }
+                    } else {
+                        // Only in source control. An object left under this key
+                        // by an earlier refresh keeps its place.
+                        KORVOTypedObjectPtr object = known ? known : Adopt(MakeObject());
+                        KORVOObjectVSS &state = object->Generic();
+                        if (!name.isEmpty()) {
+                            const QStringList parts = mSQL->ExtractOwnerAndItemName(name);
+                            state.Owner = parts.value(0);
+                            state.Name = parts.value(1);
+                        } else {
+                            state.Owner.clear();
+                            state.Name = file->Name.chopped(3);
+                        }
+                        state.DBID = base;
+                        state.InSQL = false;
+                        state.InVSS = true;
+                        state.CheckedOutBy = file->CheckedOutBy;
+                        if (!known)
+                            Insert(-1, base, object);
+                    }
+                }
+            }
+            position += 1;
+            RaiseRetrieveStatusChange(position, total, cancel);
+            if (cancel)
+                return;
+        }
+    }
+
+    for (int i = int(mItems.size()) - 1; i >= 0; --i) {
+        const KORVOObjectVSS &state = mItems.at(i)->Generic();
+        if (!state.InSQL && !state.InVSS)
+            RemoveAt(i);
+    }
+    RaiseCompletedCurrentStatus();
+}
+
+QString KORVOVersionedObjects::Caption(const KORVOTypedObject &object, bool showOwner) const
+{
+    QString caption = showOwner && !object.Owner().isEmpty() ? object.Owner() + QLatin1Char('.') + object.Name()
+                                                             : object.Name();
+    if (!object.CheckedOutBy().isEmpty())
+        caption += QStringLiteral(" (Checked out by ") + object.CheckedOutBy() + QLatin1Char(')');
+    return caption;
+}
+
+KORVODBTItemsPtr KORVOVersionedObjects::GetItemInfo(bool showOwner, const KORVODBObjectPtr &table)
+{
+    bool cancel = false;
+    RefreshList(cancel);
+    if (cancel)
+        return nullptr;
+    const long total = Count();
+    RaiseAddingStatusChange(0, total, cancel);
+    if (cancel)
+        return nullptr;
+
+    // One listing of the descriptions saves asking for each object's ".desc"
+    // item that does not exist.
+    QSet<QString> descriptions;
+    const bool withVSS = !mCheckSQLOnly && mVSS && mVSS->ConnectionOpen();
+    if (withVSS) {
+        for (const std::shared_ptr<KORVOVSSItem> &file : *mVSS->Items(QStringLiteral("*.desc"), false, false))
+            descriptions.insert(file->Name);
+    }
+
+    auto items = std::make_shared<KORVODBTItems>();
+    long position = 0;
+    for (const KORVOTypedObjectPtr &object : std::as_const(mItems)) {
+        if (ListedUnder(*object, table)) {
+            KORVODBTItemPtr item = items->Add(QStringLiteral("I") + object->DBID());
+            item->Text = Caption(*object, showOwner);
+            item->ImageName = object->IconToUse(false);
+            item->Tag = object->ObjectType();
+            if (descriptions.contains(object->Generic().ItemName() + QStringLiteral(".desc")))
+                item->SetToolTipText(object->Description());
+            KORVODBTItemPtr placeholder = item->Children().Add(item->Key + QStringLiteral("_tmp"));
+            placeholder->Tag = QStringLiteral("temp");
+        }
+        RaiseAddingStatusChange(++position, total, cancel);
+        if (cancel)
+            return nullptr;
+    }
+    RaiseCompletedCurrentStatus();
+    return items;
+}
+
+KORVOTypedObjectPtr KORVOVersionedObjects::NewObject()
+{
+    KORVOTypedObjectPtr object = Adopt(MakeObject());
+    object->Generic().InSQL = false;
+    object->Generic().InVSS = false;
+    object->Generic().SetIsNew(true);
+    mNew.append(object);
+    return object;
+}
+
+void KORVOVersionedObjects::ItemAdded_Event(KORVOTypedObject *object)
+{
+    const qsizetype at = std::find_if(mNew.cbegin(), mNew.cend(), [object](const KORVOTypedObjectPtr &p) {
+                             return p.get() == object;
+                         })
+        - mNew.cbegin();
+    if (at >= mNew.size())
+        return;
+    const KORVOTypedObjectPtr added = mNew.takeAt(at);
+    int index = 0;
+    while (index < mItems.size() && !(mItems.at(index)->Name() > added->Name()))
+        ++index;
+    Insert(index, added->DBID(), added);
+}
+
+void KORVOVersionedObjects::ChangeKey(const QString &oldKey, int position)
+{
+    const int index = IndexOfKey(ResolveKey(oldKey));
+    if (index < 0)
+        return;
+    const KORVOTypedObjectPtr object = mItems.at(index);
+    RemoveAt(index);
+    Insert(position >= 1 && position <= mItems.size() ? position - 1 : -1, object->DBID(), object);
+}
+
+void KORVOVersionedObjects::RemoveItem(const QString &key, bool deleted)
+{
+    const QString bare = IsNumeric(key) ? key : key.mid(1);
+    if (deleted) {
+        mDeleted.remove(bare);
+        return;
+    }
+    const int index = IndexOfKey(bare);
+    if (index >= 0)
+        RemoveAt(index);
+}
+
+bool KORVOVersionedObjects::RenameItem(const QString &key, const QString &newName)
+{
+    const KORVOTypedObjectPtr object = Object(key);
+    if (!object)
+        return false;
+    const int position = int(mItems.indexOf(object)) + 1;
+    if (!object->RenameItem(newName, false))
+        return false;
+    ChangeKey(key, position);
+    return true;
+}
+
+bool KORVOVersionedObjects::DeleteItem(const QString &key)
+{
+    const KORVOTypedObjectPtr object = Object(key);
+    if (!object || !object->DeleteItem())
+        return false;
+    RemoveItem(key, false);
+    return true;
+}
+
+KORVODBTItemsPtr KORVOVersionedObjects::GetDeletedItems(bool showOwner)
+{
+    mDeleted.clear();
+    if (!mVSS)
+        return std::make_shared<KORVODBTItems>();
+    const std::shared_ptr<KORVOVSSItems> files = mVSS->Items(QLatin1Char('*') + mType.VSSExt, true, true);
+    const long total = files->Count();
+    bool cancel = false;
+    RaiseRetrieveStatusChange(0, total, cancel);
+    if (cancel)
+        return nullptr;
+    auto items = std::make_shared<KORVODBTItems>();
+    long position = 0;
+    for (const std::shared_ptr<KORVOVSSItem> &file : *files) {
+        const QString base = file->Name.chopped(mType.VSSExt.size());
+        if (IsNumeric(base)) {
+            const QString text = mVSS->ItemContent(file->Name, true, -1, false, true);
+            const QString name = NameFromText(text);
+            KORVOTypedObjectPtr object = Adopt(MakeObject());
+            KORVOObjectVSS &state = object->Generic();
+            if (!name.isEmpty()) {
+                const QStringList parts = mSQL ? mSQL->ExtractOwnerAndItemName(name)
+                                               : ServerKind::SQLServer()->SplitName(name);
+                state.Owner = parts.value(0);
+                state.Name = parts.value(1);
+                if (state.Owner.isEmpty() && mSQL)
+                    state.Owner = mSQL->DatabaseUserName();
+            } else {
+                state.Name = file->Name.chopped(3);
+            }
+            state.DBID = base;
+            state.InSQL = false;
+            state.InVSS = true;
+            state.CheckedOutBy = file->CheckedOutBy;
+            mDeleted.insert(base, object);
+
+            KORVODBTItemPtr item = items->Add(QStringLiteral("I") + base);
+            item->Text = Caption(*object, showOwner) + DeletedCaptionSuffix(text);
+            item->ImageName = object->IconToUse(false);
+            item->Tag = object->ObjectType();
+            item->SetToolTipText(object->Description());
+        }
+        RaiseRetrieveStatusChange(++position, total, cancel);
+        if (cancel)
+            return nullptr;
+    }
+    RaiseCompletedCurrentStatus();
+    return items;
+}
+
+bool KORVOVersionedObjects::UnDeleteObject(const QString &key)
+{
+    const KORVOTypedObjectPtr object = Object(key, true);
+    if (!object)
+        return false;
+    const bool done = object->UnDelete(false);
+    for (auto it = mDeleted.begin(); it != mDeleted.end(); ++it) {
+        if (it.value() == object) {
+            mDeleted.erase(it);
+            break;
+        }
+    }
+    return done;
+}
+
+void KORVOTriggers::ReadListRow(KORVOTypedObject &object, const Recordset &row) const
+{
+    static_cast<KORVOTrigger &>(object).ParentTableDBID = row.FieldText(QStringLiteral("parent_obj"));
+}
+
+bool KORVOTriggers::ListedUnder(const KORVOTypedObject &object, const KORVODBObjectPtr &table) const
+{
+    return !table || static_cast<const KORVOTrigger &>(object).ParentTableDBID == table->DBID();
+}
+
+QString KORVOTriggers::DeletedCaptionSuffix(const QString &text) const
+{
+    const QString table = ActiveDBConnection()
+        ? ActiveDBConnection()->ExtractTableNameFromTrigger(text, Keywords())
+        : ServerKind::SQLServer()->ExtractTableNameFromTrigger(text, Keywords());
+    return table.isEmpty() ? QString() : QStringLiteral(" on ") + table;
+}
