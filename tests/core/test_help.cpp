@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
-#include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -40,14 +39,6 @@ private Q_SLOTS:
         QFETCH(int, topic);
         QFETCH(QString, page);
         QCOMPARE(HelpIntegration::TopicPage(topic), page);
-    }
-
-    void tableHasNoRepeats()
-    {
-        QSet<QString> seen;
-        for (int t = 1; t <= HelpIntegration::TopicCount; ++t)
-            seen.insert(HelpIntegration::TopicPage(t));
-        QCOMPARE(seen.size(), HelpIntegration::TopicCount);
     }
 
     // Every page the table names exists in the manual with its anchor.

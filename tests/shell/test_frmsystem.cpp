@@ -158,19 +158,6 @@ private Q_SLOTS:
             QVERIFY(mOpened[0].toLocalFile().endsWith(QStringLiteral("/GettingStarted_Firstly.htm")));
         });
     }
-
-    void findComponentVersionUsesTheProbe()
-    {
-        QStringList tried;
-        frmSystem dialog(mUi, *mHelp, [&](const QString &n) {
-            tried << n;
-            return n == QLatin1String("ADODB.Recordset.2.6");
-        });
-        QCOMPARE(dialog.FindComponentVersion(QStringLiteral("ADODB.Recordset"), 2, 2, 8, 4), QStringLiteral("2.6"));
-        QCOMPARE(tried, (QStringList { "ADODB.Recordset.2.8", "ADODB.Recordset.2.7", "ADODB.Recordset.2.6" }));
-        dialog.AddMissingComponent(QStringLiteral("X"), QStringLiteral("1.0"), QStringLiteral("https://x"));
-        QCOMPARE(dialog.MissingComponentCount(), 1);
-    }
 };
 
 QTEST_MAIN(TestFrmSystem)
