@@ -1,8 +1,8 @@
 // Both driver implementations against the test run's PostgreSQL cluster: libpq
 // directly, and ODBC through PostgreSQL's ODBC driver.
-#include "OdbcDriver.h"
-#include "PgDriver.h"
 #include "PgTestServer.h"
+#include "driver/OdbcDriver.h"
+#include "driver/PgDriver.h"
 
 #include <QTest>
 
@@ -21,7 +21,8 @@ std::unique_ptr<SqlDriver> driverFor(Via via)
 QString connectionString(Via via, const PgTestDatabase &db, const QString &password)
 {
     if (via == Via::Odbc)
-        return QStringLiteral("Driver={PostgreSQL Unicode};Servername=%1;Port=5432;Database=%2;Uid=%3;Pwd=%4;")
+        return QStringLiteral(
+            "Driver={PostgreSQL Unicode};Servername=%1;Port=5432;Database=%2;Uid=%3;Pwd=%4;OptionalErrors=1;")
             .arg(db.Server, db.Database, db.UserName, password);
     return PgTestServer::conninfo(db.Server, db.Database, db.UserName, password);
 }

@@ -1,6 +1,6 @@
 #include "PgTestServer.h"
 
-#include "PgDriver.h"
+#include "driver/PgDriver.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SqlDriver.h"
+#include "driver/SqlDriver.h"
 
 #include <QString>
 

@@ -1,5 +1,7 @@
 #include "OdbcDriver.h"
 
+#include <QRegularExpression>
+
 #include <sql.h>
 #include <sqlext.h>
 #include <sqlucode.h>
@@ -65,7 +67,20 @@ bool isInfo(const Diagnostic &d)
     return d.state.startsWith(QLatin1String("00")) || d.state.startsWith(QLatin1String("01"));
 }
 
-SqlError errorFrom(const QList<Diagnostic> &records, const QStringList &messages)
+// psqlODBC (with OptionalErrors=1) appends "STATEMENT_POSITION: n;" to its
+// text: turned into the line of the statement, as SQL Server drivers give it.
+QString withLine(const QString &text, const QString &sql)
+{
+    static const QRegularExpression position(QStringLiteral("\\s*STATEMENT_POSITION: (\\d+);?"));
+    const QRegularExpressionMatch m = position.match(text);
+    if (!m.hasMatch() || sql.isEmpty() || text.startsWith(QLatin1String("Line ")))
+        return text;
+    QString rest = text;
+    rest.remove(m.capturedStart(), m.capturedLength());
+    return QStringLiteral("Line %1: %2").arg(LineOfPosition(sql, m.captured(1).toLongLong())).arg(rest);
+}
+
+SqlError errorFrom(const QList<Diagnostic> &records, const QStringList &messages, const QString &sql = QString())
 {
     const Diagnostic *first = nullptr;
     for (const Diagnostic &d : records) {
@@ -76,7 +91,7 @@ SqlError errorFrom(const QList<Diagnostic> &records, const QStringList &messages
     }
     if (!first && !records.isEmpty())
         first = &records.first();
-    SqlError error = first ? SqlError(first->native, Source, first->text, first->state)
+    SqlError error = first ? SqlError(first->native, Source, withLine(first->text, sql), first->state)
                            : SqlError(0, Source, QStringLiteral("Unknown ODBC error"));
     error.Messages = messages;
     return error;
@@ -128,9 +143,17 @@ public:
         if (!mOpen)
             throw SqlError(0, Source, QStringLiteral("Connection is not open"), QStringLiteral("08003"));
         SQLHSTMT stmt = SQL_NULL_HSTMT;
-        if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, mDbc, &stmt)))
-            fail(diagnostics(SQL_HANDLE_DBC, mDbc), {});
+        if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, mDbc, &stmt))) {
+            try {
+                fail(diagnostics(SQL_HANDLE_DBC, mDbc), {});
+            } catch (...) {
+                if (mBroken)
+                    Close();
+                throw;
+            }
+        }
         BatchResult result;
+        mCurrentSql = sql;
         try {
             SQLRETURN rc = SQLExecDirectW(stmt, const_cast<SQLWCHAR *>(wide(sql)), SQL_NTS);
             for (;;) {
@@ -143,6 +166,8 @@ public:
             }
         } catch (...) {
             SQLFreeHandle(SQL_HANDLE_STMT, stmt);
+            if (mBroken)
+                Close();
             throw;
         }
         SQLFreeHandle(SQL_HANDLE_STMT, stmt);
@@ -166,13 +191,14 @@ private:
 
     [[noreturn]] void fail(const QList<Diagnostic> &records, const QStringList &messages)
     {
-        const SqlError error = errorFrom(records, messages);
-        // A broken link leaves the connection unusable.
+        const SqlError error = errorFrom(records, messages, mCurrentSql);
+        // A broken link leaves the connection unusable; it is closed once the
+        // statement handle is gone.
         SQLUINTEGER dead = SQL_CD_FALSE;
         if (error.State.startsWith(QLatin1String("08"))
             || (SQL_SUCCEEDED(SQLGetConnectAttrW(mDbc, SQL_ATTR_CONNECTION_DEAD, &dead, 0, nullptr))
                 && dead == SQL_CD_TRUE))
-            Close();
+            mBroken = true;
         throw error;
     }
 
@@ -253,6 +279,8 @@ private:
         }
     }
 
+    QString mCurrentSql; // the text being run, for error positions
+    bool mBroken = false;
     SQLHENV mEnv = SQL_NULL_HENV;
     SQLHDBC mDbc = SQL_NULL_HDBC;
     bool mOpen = false;
