@@ -8,7 +8,7 @@
 set -euo pipefail
 
 cmd=${1:?start or stop}
-dir=${2:?cluster folder}
+dir=$(realpath -m "${2:?cluster folder}")
 port=${3:-5432}
 
 PGBIN=$(pg_config --bindir 2>/dev/null || true)
