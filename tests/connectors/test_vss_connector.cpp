@@ -51,6 +51,9 @@ private:
     std::unique_ptr<ScriptedUi> mUi;
     std::shared_ptr<KORVOVSS> mVss;
     QString mWork;
+    std::unique_ptr<SvnTestRepository> mListRepo;
+    std::unique_ptr<ScriptedUi> mListUi;
+    std::shared_ptr<KORVOVSS> mListVss;
 
     // A connection of user on the test repository, with a working folder of its own.
     std::shared_ptr<KORVOVSS> connect(ScriptedUi &ui, const QString &user, const QString &folder)
@@ -360,18 +363,30 @@ private Q_SLOTS:
         QFETCH(bool, includeDeleted);
         QFETCH(bool, onlyDeleted);
         QFETCH(QStringList, expected);
-        for (const char *n : { "1.sp", "1.sp.desc", "2.vw", "3.sp", "4.sp", "5.SP", "SyncHistory" })
-            QVERIFY(mVss->AddItem(QLatin1String(n), QStringLiteral("text of %1").arg(QLatin1String(n)), false, {}));
-        QVERIFY(mVss->RemoveItem(QStringLiteral("3.sp"), false));
-        QVERIFY(mVss->CheckOut(QStringLiteral("4.sp"), false));
-        // A sub-project is not an item.
-        QVERIFY(mRepo->MakeFolders({ QStringLiteral("Db/Objects/Sub.sp") }));
-        const auto items = mVss->Items(filter, includeDeleted, onlyDeleted);
+        // The rows only read: one project serves them all.
+        if (!mListVss) {
+            mListRepo = std::make_unique<SvnTestRepository>();
+            QVERIFY(mListRepo->MakeFolders({ QStringLiteral("Db/Objects") }));
+            mListUi = std::make_unique<ScriptedUi>();
+            mListVss = std::make_shared<KORVOVSS>(*mListUi);
+            QCOMPARE(mListVss->OpenConnection(mListRepo->Url(), QStringLiteral("alice"), {}, project,
+                         mListRepo->Folder(QStringLiteral("work")), false, true),
+                QString());
+            for (const char *n : { "1.sp", "1.sp.desc", "2.vw", "3.sp", "4.sp", "5.SP", "SyncHistory" })
+                QVERIFY(
+                    mListVss->AddItem(QLatin1String(n), QStringLiteral("text of %1").arg(QLatin1String(n)), false, {}));
+            QVERIFY(mListVss->RemoveItem(QStringLiteral("3.sp"), false));
+            QVERIFY(mListVss->CheckOut(QStringLiteral("4.sp"), false));
+            // A sub-project is not an item.
+            QVERIFY(mListRepo->MakeFolders({ QStringLiteral("Db/Objects/Sub.sp") }));
+        }
+        const auto &vss = mListVss;
+        const auto items = vss->Items(filter, includeDeleted, onlyDeleted);
         QCOMPARE(names(items), expected);
         QCOMPARE(items->Count(), expected.size());
-        QCOMPARE(items->ActiveVSSConnection(), mVss);
+        QCOMPARE(items->ActiveVSSConnection(), vss);
         if (!expected.isEmpty()) {
-            QCOMPARE(items->at(0)->ActiveVSSConnection(), mVss);
+            QCOMPARE(items->at(0)->ActiveVSSConnection(), vss);
             QCOMPARE(items->Item(items->at(0)->Name), items->at(0));
         }
         QVERIFY(!items->Item(QStringLiteral("nothing")));
@@ -571,6 +586,23 @@ private Q_SLOTS:
         QCOMPARE(actions(mVss->GetItemHistory(QStringLiteral("51.sp"), false)), QStringList { "Created" });
         // The tags folder is not part of the project.
         QCOMPARE(names(mVss->Items(QStringLiteral("*"), true, false)), (QStringList { "50.sp", "51.sp" }));
+    }
+
+    void movedProjectKeepsHistory()
+    {
+        QVERIFY(mVss->AddItem(QStringLiteral("80.sp"), QStringLiteral("before the move"), false, {}));
+        QVERIFY(mRepo->Svn({ QStringLiteral("move"), QStringLiteral("-m"), QStringLiteral("move"),
+            mRepo->Url() + QStringLiteral("/Db/Objects"), mRepo->Url() + QStringLiteral("/Db/Moved") }));
+        ScriptedUi ui;
+        KORVOVSS moved(ui);
+        QCOMPARE(moved.OpenConnection(mRepo->Url(), QStringLiteral("alice"), {}, QStringLiteral("$\\Db\\Moved\\"),
+                     mRepo->Folder(QStringLiteral("moved")), false, true),
+            QString());
+        const auto history = moved.GetItemHistory(QStringLiteral("80.sp"), false);
+        QCOMPARE(actions(history), (QStringList { "Moved", "Created" }));
+        QCOMPARE(moved.ItemContentForVersion(QStringLiteral("80.sp"), history[1].VersionNumber, false),
+            QStringLiteral("before the move"));
+        QVERIFY(ui.boxes.isEmpty());
     }
 
     void getDate()
