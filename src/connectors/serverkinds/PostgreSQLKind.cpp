@@ -24,13 +24,13 @@ const char *const UserSchemas = "n.nspname NOT IN ('pg_catalog','information_sch
 QString objectsUnion()
 {
     return QStringLiteral(
-        "(SELECT p.oid::bigint AS id, p.proname::text AS name, n.nspname::text AS owner, n.nspname AS nspname "
+        "(SELECT p.oid::bigint AS id, p.proname AS name, n.nspname AS owner, n.nspname AS nspname "
         "FROM pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace "
         "WHERE p.prokind IN ('f','p') "
-        "UNION ALL SELECT c.oid::bigint, c.relname::text, n.nspname::text, n.nspname "
+        "UNION ALL SELECT c.oid::bigint, c.relname, n.nspname, n.nspname "
         "FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
         "WHERE c.relkind IN ('v','r','p') "
-        "UNION ALL SELECT t.oid::bigint, t.tgname::text, n.nspname::text, n.nspname "
+        "UNION ALL SELECT t.oid::bigint, t.tgname, n.nspname, n.nspname "
         "FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class c ON c.oid = t.tgrelid "
         "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace WHERE NOT t.tgisinternal) o");
 }
