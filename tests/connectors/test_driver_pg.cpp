@@ -3,6 +3,7 @@
 #include "PgTestServer.h"
 #include "driver/OdbcDriver.h"
 #include "driver/PgDriver.h"
+#include "serverkinds/ServerKind.h"
 
 #include <QTest>
 
@@ -54,6 +55,7 @@ private Q_SLOTS:
     void serverGoesAway();
     void longText_data() { drivers(); }
     void longText();
+    void sqlServerDriverIsRegistered();
 
 private:
     void drivers()
@@ -195,6 +197,21 @@ void TestDriverPg::longText()
     const QString text = QString(5000, QLatin1Char('x')) + QStringLiteral("é") + QString(3000, QLatin1Char('y'));
     const auto rs = c->OpenRecordset(QStringLiteral("SELECT '%1'::text AS v").arg(text));
     QCOMPARE(rs->FieldText(QStringLiteral("v")), text);
+}
+
+// The SQL Server kind's connection strings name the driver "SQL Server": it
+// must load (FreeTDS here) and report a refused server as such.
+void TestDriverPg::sqlServerDriverIsRegistered()
+{
+    const QString conn = ServerKind::SQLServer()->CreateConnectionString(
+        QStringLiteral("127.0.0.1,1"), QStringLiteral("master"), QStringLiteral("sa"), QStringLiteral("x"), false);
+    try {
+        OdbcDriver().Open(conn);
+        QFAIL("a server on port 1?");
+    } catch (const SqlError &e) {
+        QVERIFY2(!e.State.startsWith(QLatin1String("IM")), qPrintable(e.Description)); // driver manager errors
+        QCOMPARE(ServerKind::SQLServer()->ClassifyConnectError(e), ServerKind::ConnectFailure::ServerNotFound);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestDriverPg)
