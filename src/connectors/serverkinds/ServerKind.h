@@ -170,6 +170,14 @@ public:
     // CREATE keywords of a text, names; no row when there is none.
     virtual QString ObjectLookupStatement(ObjectClass cls, const QString &nameAsWritten) const = 0;
 
+    // --- Object operations (check-in, rename, rollback of versioned objects) ---
+    // The name put into an object's CREATE text in place of the name it carries,
+    // for an object of this owner and name.
+    virtual QString NameForText(ObjectClass cls, const QString &owner, const QString &name) const = 0;
+    // Whether source control takes the object's text as the server keeps it after
+    // a change, rather than the text that was sent, so that both sides compare equal.
+    virtual bool SourceControlTakesServerText() const = 0;
+
     // --- Parse-only check ---
     // The statement that switches a fresh connection to parse-only; empty when the
     // kind has none, and then ParseOnlyMissingText() is the check's error text.
@@ -234,6 +242,10 @@ public:
     // Versioned objects
     VersionedStatements VersionedObjectStatements(ObjectClass cls) const override;
     QString ObjectLookupStatement(ObjectClass cls, const QString &nameAsWritten) const override;
+
+    // Object operations
+    QString NameForText(ObjectClass cls, const QString &owner, const QString &name) const override;
+    bool SourceControlTakesServerText() const override;
 
     QString ParseOnlyStatement() const override { return QStringLiteral("SET PARSEONLY ON"); }
 
@@ -304,6 +316,10 @@ public:
     // Versioned objects
     VersionedStatements VersionedObjectStatements(ObjectClass cls) const override;
     QString ObjectLookupStatement(ObjectClass cls, const QString &nameAsWritten) const override;
+
+    // Object operations
+    QString NameForText(ObjectClass cls, const QString &owner, const QString &name) const override;
+    bool SourceControlTakesServerText() const override;
 
     QString ParseOnlyStatement() const override { return QString(); }
     QString ParseOnlyMissingText() const override;
