@@ -279,7 +279,8 @@ KORVODBTItemsPtr KORVOObjectVSS::GetItemInfo(bool showOwner, const QString &, bo
     if (showOwner && !noExtras)
         AddOwnerItem(*items);
     int n = 0;
-    for (const KORVOFieldPtr &field : *GetFields(showNullability)) {
+    const std::shared_ptr<KORVOFields> fields = GetFields(showNullability);
+    for (const KORVOFieldPtr &field : *fields) {
         const QString fieldKey = QStringLiteral("F%1_field_%2").arg(DBID).arg(++n);
         KORVODBTItemPtr node = AddNode(*items, fieldKey, field->Name, QStringLiteral("FIELD"));
         int m = 0;

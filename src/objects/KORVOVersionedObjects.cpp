@@ -279,7 +279,8 @@ KORVODBTItemsPtr KORVOVersionedObjects::GetItemInfo(bool showOwner, const KORVOD
     QSet<QString> descriptions;
     const bool withVSS = !mCheckSQLOnly && mVSS && mVSS->ConnectionOpen();
     if (withVSS) {
-        for (const std::shared_ptr<KORVOVSSItem> &file : *mVSS->Items(QStringLiteral("*.desc"), false, false))
+        const std::shared_ptr<KORVOVSSItems> files = mVSS->Items(QStringLiteral("*.desc"), false, false);
+        for (const std::shared_ptr<KORVOVSSItem> &file : *files)
             descriptions.insert(file->Name);
     }
 
