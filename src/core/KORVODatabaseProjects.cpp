@@ -88,6 +88,12 @@ std::shared_ptr<KORVOProjects> KORVODatabase::FindAllProjects(bool loadValues, b
     for (const auto &key : *folder->SubKeys) {
         if (key->GetValueData(QStringLiteral("PrjName")).isEmpty())
             continue;
+        // A key whose name is no number cannot be told apart from others by
+        // its Sequence: it is no project.
+        bool numeric = false;
+        key->Name.toLong(&numeric);
+        if (!numeric)
+            continue;
         if (KORVOProjectPtr project = LoadProjectFromKey(*key))
             projects->Add(QString(), project);
     }
@@ -184,7 +190,8 @@ void KORVODatabase::MakeProjectMostRecent(long sequence)
     if (sequence < 2)
         return;
     std::map<long, KORVOProjectPtr> first;
-    for (const KORVOProjectPtr &project : *FindAllProjects(true, true)) {
+    const auto projects = FindAllProjects(true, true);
+    for (const KORVOProjectPtr &project : *projects) {
         if (project->Sequence >= 1 && project->Sequence <= sequence)
             first[project->Sequence] = project;
     }

@@ -233,7 +233,7 @@ frmProjectDetails::~frmProjectDetails() = default;
 KORVOProjectPtr frmProjectDetails::newProject()
 {
     mEditing = false;
-    mProject = std::make_shared<KORVOProject>(mUi);
+    mProject = MakeProject ? MakeProject() : std::make_shared<KORVOProject>(mUi);
     Setup();
     exec();
     return mCancelled ? nullptr : mProject;

@@ -4,6 +4,8 @@
 
 #include <QDialog>
 
+#include <functional>
+
 class HelpIntegration;
 class KORVODatabase;
 class QCheckBox;
@@ -28,6 +30,8 @@ public:
 
     // The new project, or nothing when cancelled.
     KORVOProjectPtr newProject();
+    // Makes the project that newProject fills; a plain project when not set.
+    std::function<KORVOProjectPtr()> MakeProject;
     // The edited project, or nothing when cancelled.
     KORVOProjectPtr EditProject(const KORVOProjectPtr &project);
 
