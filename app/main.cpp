@@ -1,7 +1,25 @@
+#include "HelpIntegration.h"
+#include "KORVODatabase.h"
+#include "KORVOObjectFactory.h"
+#include "QtUiServices.h"
+#include "frmInitialize.h"
+#include "mdiMain.h"
+
 #include <QApplication>
 
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("KORVO"));
+    QApplication::setApplicationVersion(QStringLiteral("%1.%2").arg(KORVO_VERSION_MAJOR).arg(KORVO_VERSION_MINOR));
+
+    // These live for the whole run; the windows are handed references.
+    QtUiServices ui;
+    HelpIntegration help(ui);
+    frmInitialize splash(ui, help, [&ui] {
+        return std::make_shared<KORVODatabase>(
+            ui, std::make_shared<KORVOObjectFactory>(), [] { return std::make_unique<mdiMain>(); });
+    });
+    splash.StartKORVO();
     return app.exec();
 }
