@@ -22,7 +22,8 @@ KORVODBTItemsPtr KORVOObjectNonVSS::GetItemInfo(bool showOwner)
     }
 
     int n = 0;
-    for (const KORVOFieldPtr &field : *GetFields()) {
+    const KORVOFieldsPtr fields = GetFields();
+    for (const KORVOFieldPtr &field : *fields) {
         KORVODBTItemPtr node = items->Add(QStringLiteral("F%1_field_%2").arg(DBID).arg(++n));
         node->Text = field->Name;
         node->ImageName = QStringLiteral("FIELD");
