@@ -39,6 +39,9 @@ public:
     // Replaces the kind's own driver (tests plug in a scripted server here).
     void SetDriver(std::shared_ptr<SqlDriver> driver) { mDriver = std::move(driver); }
     SqlDriver &Driver() const;
+    // The user-interface services the connection shows its boxes through; the
+    // objects that work on this connection show theirs there too.
+    UiServices &Ui() const { return mUi; }
 
     // --- Connection data ---
     QString Server() const { return mServer; }
