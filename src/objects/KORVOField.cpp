@@ -2,6 +2,8 @@
 
 #include "KORVOFields.h"
 
-KORVOField::KORVOField(const QString &name) : Name(name), mChildren(std::make_shared<KORVOFields>())
+KORVOField::KORVOField(const QString &name)
+    : Name(name)
+    , mChildren(std::make_shared<KORVOFields>())
 {
 }

@@ -21,7 +21,7 @@ QString FieldTypeText(const Recordset &columns)
             return type + QLatin1Char('(') + columns.FieldText(QStringLiteral("ColXprec")) + QStringLiteral(", ")
                 + columns.FieldText(QStringLiteral("ColScale")) + QLatin1Char(')');
     } else if (type == QLatin1String("varchar") || type == QLatin1String("char") || type == QLatin1String("nchar")
-               || type == QLatin1String("nvarchar")) {
+        || type == QLatin1String("nvarchar")) {
         if (!columns.IsNull(QStringLiteral("ColLength")))
             return type + QLatin1Char('(') + columns.FieldText(QStringLiteral("ColLength")) + QLatin1Char(')');
     }
@@ -35,8 +35,8 @@ static bool IsTrue(const QVariant &value)
     if (value.typeId() == QMetaType::Bool)
         return value.toBool();
     const QString text = value.toString().trimmed().toLower();
-    return !(text.isEmpty() || text == QLatin1String("0") || text == QLatin1String("f")
-             || text == QLatin1String("false"));
+    return !(
+        text.isEmpty() || text == QLatin1String("0") || text == QLatin1String("f") || text == QLatin1String("false"));
 }
 
 KORVOFieldsPtr FieldsFromColumns(Recordset &columns, const QString &blankFieldDisplayName, bool showNullability)
@@ -52,8 +52,9 @@ KORVOFieldsPtr FieldsFromColumns(Recordset &columns, const QString &blankFieldDi
         KORVOFieldPtr field = fields->Add(name);
         field->Children().Add(FieldTypeText(columns));
         if (showNullability && !blank)
-            field->Children().Add(IsTrue(columns.Field(QStringLiteral("ColNullable"))) ? QStringLiteral("Nullable")
-                                                                                         : QStringLiteral("Not Nullable"));
+            field->Children().Add(IsTrue(columns.Field(QStringLiteral("ColNullable")))
+                    ? QStringLiteral("Nullable")
+                    : QStringLiteral("Not Nullable"));
     }
     return fields;
 }

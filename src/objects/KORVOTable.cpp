@@ -2,7 +2,8 @@
 
 #include "sql/KORVOSQL.h"
 
-namespace {
+namespace
+{
 
 void TakeStatements(KORVOObjectNonVSS &object, const ServerKind &kind)
 {

@@ -30,7 +30,10 @@ public:
     // Also takes the server kind's statements for tables.
     void SetActiveDBConnection(const std::shared_ptr<KORVOSQL> &connection);
     const std::shared_ptr<KORVOVSS> &ActiveVSSConnection() const { return mObject.ActiveVSSConnection; }
-    void SetActiveVSSConnection(const std::shared_ptr<KORVOVSS> &connection) { mObject.ActiveVSSConnection = connection; }
+    void SetActiveVSSConnection(const std::shared_ptr<KORVOVSS> &connection)
+    {
+        mObject.ActiveVSSConnection = connection;
+    }
     const KORVOIconsPtr &Icons() const { return mObject.Icons; }
     void SetIcons(const KORVOIconsPtr &icons) { mObject.Icons = icons; }
 

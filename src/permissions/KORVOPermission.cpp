@@ -2,7 +2,8 @@
 
 #include <array>
 
-namespace {
+namespace
+{
 const std::array<const char *, 6> ActionWords = { "EXECUTE", "SELECT", "INSERT", "UPDATE", "DELETE", "REFERENCES" };
 }
 

@@ -3,7 +3,8 @@
 #include "KORVODBTItem.h"
 #include "sql/KORVOSQL.h"
 
-namespace {
+namespace
+{
 
 // The permission kind of the object follows from the two type flags.
 ObjectClass ClassOf(bool executeOnly, bool execAndRefOnly)
@@ -93,7 +94,8 @@ void KORVOPermissions::ReadFullForm(const ObjectInfo &object)
     if (Show != 2)
         sources.append({ kind.PermissionRolesStatement(), QStringLiteral("RoleID"), QStringLiteral("RoleName"), true });
     if (Show != 1)
-        sources.append({ kind.PermissionUsersStatement(), QStringLiteral("UserID"), QStringLiteral("UserName"), false });
+        sources.append(
+            { kind.PermissionUsersStatement(), QStringLiteral("UserID"), QStringLiteral("UserName"), false });
 
     for (const Source &source : sources) {
         std::shared_ptr<Recordset> rs = sql.OpenRecordset(source.Statement);
@@ -116,7 +118,7 @@ void KORVOPermissions::ReadFullForm(const ObjectInfo &object)
                     = sql.OpenRecordset(kind.GranteeRightsStatement(object.FullName, DatabaseID, cls, name));
                 for (; rights && !rights->Eof(); rights->MoveNext())
                     ApplyProtectRow(*permission, rights->FieldText(QStringLiteral("Action")),
-                                    rights->FieldText(QStringLiteral("ProtectType")));
+                        rights->FieldText(QStringLiteral("ProtectType")));
             } catch (const SqlError &) {
                 // No rights at all is reported as an error: the row keeps its zeros.
             }
@@ -145,8 +147,7 @@ void KORVOPermissions::ReadQuickForm(const ObjectInfo &object)
     for (; !rs->Eof(); rs->MoveNext()) {
         const QString grantee = rs->FieldText(QStringLiteral("Grantee"));
         std::shared_ptr<Recordset> known = sql.OpenRecordset(kind.KnownGranteeStatement(grantee));
-        const bool isRole
-            = known && !known->Eof() && known->Field(QStringLiteral("Exists")).toLongLong() == 1;
+        const bool isRole = known && !known->Eof() && known->Field(QStringLiteral("Exists")).toLongLong() == 1;
         if ((Show == 1 && !isRole) || (Show == 2 && isRole))
             continue;
         if (!current || current->Name != grantee) {
@@ -154,7 +155,8 @@ void KORVOPermissions::ReadQuickForm(const ObjectInfo &object)
                 mItems.append(current);
             current = NewPermission(grantee, isRole, object);
         }
-        ApplyProtectRow(*current, rs->FieldText(QStringLiteral("Action")), rs->FieldText(QStringLiteral("ProtectType")));
+        ApplyProtectRow(
+            *current, rs->FieldText(QStringLiteral("Action")), rs->FieldText(QStringLiteral("ProtectType")));
     }
     if (current && !Item(current->Name))
         mItems.append(current);
@@ -188,8 +190,8 @@ QString KORVOPermissions::CreateScript(const QString &objectName, const QString 
         return {};
     QString fullName;
     if (!objectName.isEmpty() && !ownerName.isEmpty()) {
-        fullName = ActiveDBConnection->Kind().PermissionObjectName(ownerName, objectName,
-                                                                   ClassOf(HasExecuteOnly, HasExecAndRefOnly));
+        fullName = ActiveDBConnection->Kind().PermissionObjectName(
+            ownerName, objectName, ClassOf(HasExecuteOnly, HasExecAndRefOnly));
     } else {
         const ObjectInfo object = FindObject();
         if (!object.Found)
@@ -245,8 +247,8 @@ std::shared_ptr<KORVODBTItems> GetPermissionItems(const QString &dbid, const KOR
                 continue;
             KORVODBTItemPtr right = row->Children().Add(row->Key + QLatin1Char('_') + QString::number(++m));
             right->Text = PermissionActionWord(action);
-            right->ImageName = value == PermissionGrant ? QStringLiteral("PERMISSION:GRANT")
-                                                        : QStringLiteral("PERMISSION:DENY");
+            right->ImageName
+                = value == PermissionGrant ? QStringLiteral("PERMISSION:GRANT") : QStringLiteral("PERMISSION:DENY");
         }
     }
     return items;

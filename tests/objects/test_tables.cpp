@@ -6,7 +6,8 @@
 
 #include <QtTest>
 
-namespace {
+namespace
+{
 
 // Counts the progress events and can cancel at the first of a kind.
 class Sink : public KORVOCollectionStatusSink
@@ -91,8 +92,8 @@ void TestTables::fieldTypeText_data()
     QTest::newRow("case counts") << QVariant("VARCHAR") << QVariant(20) << QVariant(0) << QVariant(0) << "VARCHAR";
     QTest::newRow("size in the name") << QVariant("character varying(20)") << QVariant() << QVariant() << QVariant()
                                       << "character varying(20)";
-    QTest::newRow("numeric without sizes") << QVariant("numeric") << QVariant() << QVariant() << QVariant()
-                                           << "numeric";
+    QTest::newRow("numeric without sizes")
+        << QVariant("numeric") << QVariant() << QVariant() << QVariant() << "numeric";
 }
 
 void TestTables::fieldTypeText()
@@ -120,9 +121,8 @@ void TestTables::fieldsFromColumns_data()
     QTest::newRow("return value has no nullability")
         << QList<QVariantList> { { "", 0, "int" }, { "@a", 1, "int" } } << "(Return Value)" << true
         << QStringList { "(Return Value): int", "@a: int|Nullable" };
-    QTest::newRow("blank row without display name vanishes")
-        << QList<QVariantList> { { "", 0, "int" }, { "@a", 0, "int" } } << QString() << true
-        << QStringList { "@a: int|Not Nullable" };
+    QTest::newRow("blank row without display name vanishes") << QList<QVariantList> { { "", 0, "int" },
+        { "@a", 0, "int" } } << QString() << true << QStringList { "@a: int|Not Nullable" };
     QTest::newRow("boolean and text flags")
         << QList<QVariantList> { { "a", true, "int" }, { "b", "f", "int" }, { "c", QVariant(), "int" } } << QString()
         << true << QStringList { "a: int|Nullable", "b: int|Not Nullable", "c: int|Not Nullable" };

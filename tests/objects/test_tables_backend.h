@@ -156,7 +156,7 @@ public:
         auto rs = db->exec(QStringLiteral("SELECT 'GRANT ' || a.privilege_type AS r FROM pg_class c CROSS JOIN LATERAL "
                                           "aclexplode(coalesce(c.relacl, acldefault('r', c.relowner))) a WHERE c.oid "
                                           "= '%1.%2'::regclass AND a.grantee = %3 ORDER BY 1")
-                              .arg(owner, table, who))
+                               .arg(owner, table, who))
                       .Results.first();
         QStringList out;
         for (; !rs->Eof(); rs->MoveNext())
@@ -188,8 +188,8 @@ public:
         AddTableAndPermissionStatements(server);
         sql = std::make_shared<KORVOSQL>(ui, ServerKind::SQLServer());
         sql->SetDriver(server.driver());
-        why = sql->OpenConnection(QStringLiteral("SQLTEST"), dbName, QStringLiteral("sa"), QStringLiteral("sa-pw"),
-                                  KORVOSQL::UseNTNo, true);
+        why = sql->OpenConnection(
+            QStringLiteral("SQLTEST"), dbName, QStringLiteral("sa"), QStringLiteral("sa-pw"), KORVOSQL::UseNTNo, true);
         return why.isEmpty();
     }
 
@@ -207,9 +207,9 @@ public:
     QString CreateTable(const QString &owner, const QString &name) override
     {
         return QString::number(server.addObject(dbName, owner, name, QStringLiteral("U"),
-                                                QStringLiteral("CREATE TABLE [%1].[%2] (id int NOT NULL, label "
-                                                               "varchar(20) NULL, amount numeric(10,2) NOT NULL)")
-                                                    .arg(owner, name)));
+            QStringLiteral("CREATE TABLE [%1].[%2] (id int NOT NULL, label "
+                           "varchar(20) NULL, amount numeric(10,2) NOT NULL)")
+                .arg(owner, name)));
     }
     QStringList ColumnTypes() const override
     {
@@ -239,8 +239,8 @@ public:
         const ScriptedSqlServer::Object *o = server.findObject(dbName, owner, table);
         return o ? o->Id : 0;
     }
-    void Protect(const QString &owner, const QString &table, const QString &action, const QString &grantee,
-                 const QString &type)
+    void Protect(
+        const QString &owner, const QString &table, const QString &action, const QString &grantee, const QString &type)
     {
         const QString word = action.left(1) + action.mid(1).toLower();
         db().Protections.append({ TableId(owner, table), server.uidOf(db(), grantee), word, type });
@@ -300,4 +300,4 @@ inline std::unique_ptr<TestBackend> TestBackend::Make(const QString &kind, QStri
     QString why_##var;                                                                                                 \
     std::unique_ptr<TestBackend> var = TestBackend::Make(kind, why_##var);                                             \
     if (!var)                                                                                                          \
-        QFAIL(qPrintable(kind + QStringLiteral(": ") + why_##var))
+    QFAIL(qPrintable(kind + QStringLiteral(": ") + why_##var))

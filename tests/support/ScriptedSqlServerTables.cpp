@@ -71,7 +71,8 @@ void AddTableAndPermissionStatements(ScriptedSqlServer &server)
     const QStringList tableFields { QStringLiteral("id"), QStringLiteral("name"), QStringLiteral("UserName") };
 
     server.addStatement(
-        ScriptedSqlServer::exact(QStringLiteral("SELECT id, name FROM sysobjects WHERE OBJECTPROPERTY(id, N'IsUserTable') = 1 ORDER BY name")),
+        ScriptedSqlServer::exact(QStringLiteral(
+            "SELECT id, name FROM sysobjects WHERE OBJECTPROPERTY(id, N'IsUserTable') = 1 ORDER BY name")),
         [](Call &c) {
             QList<const Object *> tables;
             for (const Object &o : c.db.Objects) {
@@ -85,14 +86,15 @@ void AddTableAndPermissionStatements(ScriptedSqlServer &server)
                 data.append({ qlonglong(o->Id), o->Name });
             return table({ QStringLiteral("id"), QStringLiteral("name") }, data);
         });
-    server.addStatement(ScriptedSqlServer::exact(tableColumns + QStringLiteral("so.id =  {num}")), [tableFields](Call &c) {
-        QList<QVariantList> data;
-        for (const Object &o : c.db.Objects) {
-            if (QString::number(o.Id) == c.arg(1))
-                data.append({ qlonglong(o.Id), o.Name, c.server.userName(c.db, o.Uid) });
-        }
-        return table(tableFields, data);
-    });
+    server.addStatement(
+        ScriptedSqlServer::exact(tableColumns + QStringLiteral("so.id =  {num}")), [tableFields](Call &c) {
+            QList<QVariantList> data;
+            for (const Object &o : c.db.Objects) {
+                if (QString::number(o.Id) == c.arg(1))
+                    data.append({ qlonglong(o.Id), o.Name, c.server.userName(c.db, o.Uid) });
+            }
+            return table(tableFields, data);
+        });
     server.addStatement(ScriptedSqlServer::exact(tableColumns
                             + QStringLiteral("OBJECTPROPERTY(so.id, N'IsUserTable') = 1 AND so.name =  {text}"))
             + QStringLiteral("(?: AND su\\.name =  (NULL|'(?:[^']|'')*'))?"),
@@ -122,8 +124,9 @@ void AddTableAndPermissionStatements(ScriptedSqlServer &server)
         });
 
     // Permissions.
-    server.addStatement(ScriptedSqlServer::exact(QStringLiteral("SELECT so.name AS [ObjectName], su.name AS [OwnerName] FROM sysobjects so INNER "
-                                      "JOIN sysusers su ON so.uid = su.uid WHERE so.id = {num} ")),
+    server.addStatement(ScriptedSqlServer::exact(QStringLiteral(
+                            "SELECT so.name AS [ObjectName], su.name AS [OwnerName] FROM sysobjects so INNER "
+                            "JOIN sysusers su ON so.uid = su.uid WHERE so.id = {num} ")),
         [](Call &c) {
             QList<QVariantList> data;
             for (const Object &o : c.db.Objects) {
@@ -159,7 +162,8 @@ void AddTableAndPermissionStatements(ScriptedSqlServer &server)
                          QStringLiteral("DefDBName"), QStringLiteral("UserID"), QStringLiteral("SID") },
             data);
     });
-    server.addStatement(ScriptedSqlServer::exact(QStringLiteral("EXECUTE sp_helprotect {text}")) + QStringLiteral("(?:,(NULL|'(?:[^']|'')*'))?"),
+    server.addStatement(ScriptedSqlServer::exact(QStringLiteral("EXECUTE sp_helprotect {text}"))
+            + QStringLiteral("(?:,(NULL|'(?:[^']|'')*'))?"),
         [](Call &c) {
             const Object *o = resolve(c, c.arg(1));
             const bool oneGrantee = c.match.capturedLength(2) > 0;
@@ -169,7 +173,8 @@ void AddTableAndPermissionStatements(ScriptedSqlServer &server)
                     found.append(&p);
             }
             if (found.isEmpty())
-                throw ScriptedSqlServer::serverError(15330, QStringLiteral("There are no matching rows on which to report."));
+                throw ScriptedSqlServer::serverError(
+                    15330, QStringLiteral("There are no matching rows on which to report."));
             std::stable_sort(found.begin(), found.end(), [&](const Protection *a, const Protection *b) {
                 return c.server.userName(c.db, a->Uid).compare(c.server.userName(c.db, b->Uid), Qt::CaseInsensitive)
                     < 0;
@@ -183,21 +188,24 @@ void AddTableAndPermissionStatements(ScriptedSqlServer &server)
                              QStringLiteral("Column") },
                 data);
         });
-    server.addStatement(ScriptedSqlServer::exact(QStringLiteral("SELECT COUNT(*) As [Exists] FROM sysusers WHERE name = {text}")), [](Call &c) {
-        int count = 0;
-        for (const User &u : c.db.Users) {
-            if (same(u.Name, c.arg(1)))
-                ++count;
-        }
-        return table({ QStringLiteral("Exists") }, { { count } });
-    });
-    server.addStatement(QStringLiteral("(GRANT|DENY|REVOKE) (EXECUTE|SELECT|INSERT|UPDATE|DELETE|REFERENCES) ON (.+) TO "
-                                "\\[(.*)\\]"),
+    server.addStatement(
+        ScriptedSqlServer::exact(QStringLiteral("SELECT COUNT(*) As [Exists] FROM sysusers WHERE name = {text}")),
+        [](Call &c) {
+            int count = 0;
+            for (const User &u : c.db.Users) {
+                if (same(u.Name, c.arg(1)))
+                    ++count;
+            }
+            return table({ QStringLiteral("Exists") }, { { count } });
+        });
+    server.addStatement(
+        QStringLiteral("(GRANT|DENY|REVOKE) (EXECUTE|SELECT|INSERT|UPDATE|DELETE|REFERENCES) ON (.+) TO "
+                       "\\[(.*)\\]"),
         [](Call &c) {
             const Object *o = resolve(c, c.match.captured(3));
             if (!o)
-                throw ScriptedSqlServer::serverError(
-                    15151, QStringLiteral("Cannot find the object '%1'.").arg(c.match.captured(3)), QStringLiteral("42000"));
+                throw ScriptedSqlServer::serverError(15151,
+                    QStringLiteral("Cannot find the object '%1'.").arg(c.match.captured(3)), QStringLiteral("42000"));
             const int uid = c.server.uidOf(c.db, c.match.captured(4));
             if (uid < 0)
                 throw ScriptedSqlServer::serverError(15151,
@@ -205,9 +213,8 @@ void AddTableAndPermissionStatements(ScriptedSqlServer &server)
                                    "permission.")
                         .arg(c.match.captured(4)));
             const QString action = actionWord(c.match.captured(2));
-            c.db.Protections.removeIf([&](const Protection &p) {
-                return p.Id == o->Id && p.Uid == uid && same(p.Action, action);
-            });
+            c.db.Protections.removeIf(
+                [&](const Protection &p) { return p.Id == o->Id && p.Uid == uid && same(p.Action, action); });
             const QString verb = c.match.captured(1);
             if (verb != QLatin1String("REVOKE"))
                 c.db.Protections.append({ o->Id, uid, action, actionWord(verb) });
@@ -243,7 +250,8 @@ QList<QVariantList> TableColumnRows(const QString &createTableText)
     static const QRegularExpression column(
         QStringLiteral("^\\s*\\[?(\\w+)\\]?\\s+(\\w+)(?:\\s*\\(\\s*(\\d+)(?:\\s*,\\s*(\\d+))?\\s*\\))?(.*)$"),
         QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
-    static const QRegularExpression notNull(QStringLiteral("\\bNOT\\s+NULL\\b"), QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression notNull(
+        QStringLiteral("\\bNOT\\s+NULL\\b"), QRegularExpression::CaseInsensitiveOption);
     static const QMap<QString, int> fixedLength { { QStringLiteral("int"), 4 }, { QStringLiteral("smallint"), 2 },
         { QStringLiteral("bigint"), 8 }, { QStringLiteral("datetime"), 8 }, { QStringLiteral("bit"), 1 } };
     for (const QString &text : columns) {

@@ -2,7 +2,8 @@
 // permission model reads and restates the rights on an object.
 #include "ServerKind.h"
 
-namespace {
+namespace
+{
 
 // The quoted form of a text: every ' doubled, no leading blank.
 QString quoted(const QString &text)
@@ -68,11 +69,14 @@ bool isPublic(const QString &grantee)
 ServerKind::TableStatements SQLServerKind::TableObjectStatements() const
 {
     TableStatements s;
-    s.ListQuery = QStringLiteral("SELECT id, name FROM sysobjects WHERE OBJECTPROPERTY(id, N'IsUserTable') = 1 ORDER BY name");
-    s.DBQuery = QStringLiteral("SELECT so.id, so.name, su.name AS [UserName] FROM sysobjects so INNER JOIN sysusers su ON "
-                               "so.uid = su.uid WHERE so.id = ");
-    s.DBQueryByName = QStringLiteral("SELECT so.id, so.name, su.name AS [UserName] FROM sysobjects so INNER JOIN sysusers "
-                                     "su ON so.uid = su.uid WHERE OBJECTPROPERTY(so.id, N'IsUserTable') = 1 AND so.name = ");
+    s.ListQuery
+        = QStringLiteral("SELECT id, name FROM sysobjects WHERE OBJECTPROPERTY(id, N'IsUserTable') = 1 ORDER BY name");
+    s.DBQuery
+        = QStringLiteral("SELECT so.id, so.name, su.name AS [UserName] FROM sysobjects so INNER JOIN sysusers su ON "
+                         "so.uid = su.uid WHERE so.id = ");
+    s.DBQueryByName
+        = QStringLiteral("SELECT so.id, so.name, su.name AS [UserName] FROM sysobjects so INNER JOIN sysusers "
+                         "su ON so.uid = su.uid WHERE OBJECTPROPERTY(so.id, N'IsUserTable') = 1 AND so.name = ");
     s.DBQueryByOwner = QStringLiteral(" AND su.name = ");
     s.ParameterQuery1 = QStringLiteral(
         "SELECT c.name AS ColName, c.length AS ColLength, c.xprec AS ColXprec, c.xscale AS ColScale, c.isnullable AS "
@@ -91,8 +95,8 @@ QString SQLServerKind::PermissionObjectStatement(const QString &id, ObjectClass)
 
 QString SQLServerKind::PermissionObjectNameFromRow(const Recordset &row, ObjectClass cls) const
 {
-    return PermissionObjectName(row.FieldText(QStringLiteral("OwnerName")), row.FieldText(QStringLiteral("ObjectName")),
-                                cls);
+    return PermissionObjectName(
+        row.FieldText(QStringLiteral("OwnerName")), row.FieldText(QStringLiteral("ObjectName")), cls);
 }
 
 QString SQLServerKind::PermissionObjectName(const QString &owner, const QString &name, ObjectClass) const
@@ -117,8 +121,8 @@ bool SQLServerKind::PermissionRoleListed(qint64 roleId) const
     return roleId == 0 || roleId >= 16400;
 }
 
-QString SQLServerKind::GranteeRightsStatement(const QString &objectName, const QString &, ObjectClass,
-                                              const QString &grantee) const
+QString SQLServerKind::GranteeRightsStatement(
+    const QString &objectName, const QString &, ObjectClass, const QString &grantee) const
 {
     return QStringLiteral("EXECUTE sp_helprotect ") + quoted(objectName) + QLatin1Char(',') + quoted(grantee);
 }
@@ -169,7 +173,8 @@ QString PostgreSQLKind::PermissionObjectStatement(const QString &id, ObjectClass
                    "SELECT p.proname::text AS \"ObjectName\", pg_catalog.pg_get_userbyid(p.proowner)::text AS "
                    "\"OwnerName\", n.nspname::text AS \"SchemaName\", "
                    "pg_catalog.pg_get_function_identity_arguments(p.oid) AS \"Signature\" FROM pg_catalog.pg_proc p "
-                   "JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace WHERE p.prokind = '%1' AND p.oid::bigint = ")
+                   "JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace WHERE p.prokind = '%1' AND p.oid::bigint "
+                   "= ")
                    .arg(cls == ObjectClass::StoredProcedure ? QLatin1Char('p') : QLatin1Char('f'))
             + pgId(id);
     return QStringLiteral("SELECT c.relname::text AS \"ObjectName\", pg_catalog.pg_get_userbyid(c.relowner)::text AS "
@@ -181,8 +186,8 @@ QString PostgreSQLKind::PermissionObjectStatement(const QString &id, ObjectClass
 
 QString PostgreSQLKind::PermissionObjectNameFromRow(const Recordset &row, ObjectClass cls) const
 {
-    QString name = PermissionObjectName(row.FieldText(QStringLiteral("SchemaName")),
-                                        row.FieldText(QStringLiteral("ObjectName")), cls);
+    QString name = PermissionObjectName(
+        row.FieldText(QStringLiteral("SchemaName")), row.FieldText(QStringLiteral("ObjectName")), cls);
     if (isRoutine(cls))
         name += QLatin1Char('(') + row.FieldText(QStringLiteral("Signature")) + QLatin1Char(')');
     return name;
@@ -209,8 +214,9 @@ QString PostgreSQLKind::PermissionRolesStatement() const
 
 QString PostgreSQLKind::PermissionUsersStatement() const
 {
-    return QStringLiteral("SELECT r.oid::bigint AS \"UserID\", r.rolname::text AS \"UserName\" FROM pg_catalog.pg_roles "
-                          "r WHERE r.rolcanlogin AND r.rolname !~ '^pg_' ORDER BY 2");
+    return QStringLiteral(
+        "SELECT r.oid::bigint AS \"UserID\", r.rolname::text AS \"UserName\" FROM pg_catalog.pg_roles "
+        "r WHERE r.rolcanlogin AND r.rolname !~ '^pg_' ORDER BY 2");
 }
 
 bool PostgreSQLKind::PermissionRoleListed(qint64) const
@@ -219,8 +225,8 @@ bool PostgreSQLKind::PermissionRoleListed(qint64) const
     return true;
 }
 
-QString PostgreSQLKind::GranteeRightsStatement(const QString &, const QString &id, ObjectClass cls,
-                                               const QString &grantee) const
+QString PostgreSQLKind::GranteeRightsStatement(
+    const QString &, const QString &id, ObjectClass cls, const QString &grantee) const
 {
     const QString granteeOid = isPublic(grantee)
         ? QStringLiteral("0")
