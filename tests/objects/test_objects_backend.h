@@ -6,8 +6,10 @@
 // objects in its own dialect, so that one test body runs on both kinds.
 
 #include "KORVOVSS.h"
+#include "KORVOVSSItems.h"
 #include "PgTestServer.h"
 #include "ScriptedSqlServer.h"
+#include "ScriptedSqlServerTables.h"
 #include "ScriptedSqlServerVersioned.h"
 #include "ScriptedUi.h"
 #include "SvnFixtures.h"
@@ -190,6 +192,7 @@ public:
     bool Open(QString &why)
     {
         server.addDatabase(QStringLiteral("korvotest"));
+        AddTableAndPermissionStatements(server);
         AddVersionedObjectStatements(server);
         sql = std::make_shared<KORVOSQL>(ui);
         Bind(*sql);

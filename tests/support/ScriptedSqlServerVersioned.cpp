@@ -1,6 +1,7 @@
 #include "ScriptedSqlServerVersioned.h"
 
 #include "ScriptedSqlServer.h"
+#include "ScriptedSqlServerTables.h"
 #include "SQLParser.h"
 #include "serverkinds/ServerKind.h"
 
@@ -36,6 +37,39 @@ const QList<TypeTest> &typeTests()
 bool nameLess(const Object *a, const Object *b)
 {
     return a->Name.compare(b->Name, Qt::CaseInsensitive) < 0;
+}
+
+// The parameters of a procedure or function as syscolumns lists them, read
+// from its CREATE text: the return value of a scalar function first, without
+// a name, then "@name type[(size[, scale])]".
+QList<QVariantList> parameterRows(const Object &o)
+{
+    QList<QVariantList> rows;
+    static const QRegularExpression as(QStringLiteral("\\bAS\\b"), QRegularExpression::CaseInsensitiveOption);
+    const qsizetype end = o.Text.indexOf(as);
+    const QString header = end < 0 ? o.Text : o.Text.left(end);
+    auto row = [](const QString &name, const QString &type, const QString &size, const QString &scale) {
+        const QString t = type.toLower();
+        const bool precise = t == QLatin1String("numeric") || t == QLatin1String("decimal");
+        return QVariantList{name, QVariant(size.isEmpty() ? 4 : size.toInt()), QVariant(precise ? size.toInt() : 0),
+                            QVariant(precise ? scale.toInt() : 0), QVariant(1), t};
+    };
+    static const QRegularExpression returns(
+        QStringLiteral("RETURNS\\s+(\\w+)(?:\\s*\\(\\s*(\\d+)(?:\\s*,\\s*(\\d+))?\\s*\\))?"),
+        QRegularExpression::CaseInsensitiveOption);
+    if (o.XType == QLatin1String("FN")) {
+        const QRegularExpressionMatch m = returns.match(header);
+        if (m.hasMatch())
+            rows.append(row(QString(), m.captured(1), m.captured(2), m.captured(3)));
+    }
+    static const QRegularExpression parameter(
+        QStringLiteral("@(\\w+)\\s+(\\w+)(?:\\s*\\(\\s*(\\d+)(?:\\s*,\\s*(\\d+))?\\s*\\))?"));
+    auto it = parameter.globalMatch(header);
+    while (it.hasNext()) {
+        const QRegularExpressionMatch m = it.next();
+        rows.append(row(QLatin1Char('@') + m.captured(1), m.captured(2), m.captured(3), m.captured(4)));
+    }
+    return rows;
 }
 
 } // namespace
@@ -114,6 +148,22 @@ void AddVersionedObjectStatements(ScriptedSqlServer &server)
             return rowsOf({QStringLiteral("id")}, data);
         });
     }
+
+    // Parameters of procedures and functions; tables keep the columns of their CREATE text.
+    const ServerKind::VersionedStatements any = kind.VersionedObjectStatements(ObjectClass::StoredProcedure);
+    server.addStatement(ScriptedSqlServer::exact(any.ParameterQuery1 + QStringLiteral("{num}") + any.ParameterQuery2),
+                        [](Call &c) {
+                            QList<QVariantList> data;
+                            for (const Object &o : c.db.Objects) {
+                                if (QString::number(o.Id) != c.arg(1))
+                                    continue;
+                                data = o.XType == QLatin1String("U") ? TableColumnRows(o.Text) : parameterRows(o);
+                            }
+                            return rowsOf({QStringLiteral("ColName"), QStringLiteral("ColLength"),
+                                           QStringLiteral("ColXprec"), QStringLiteral("ColScale"),
+                                           QStringLiteral("ColNullable"), QStringLiteral("ColType")},
+                                          data);
+                        });
 
     const QString events = kind.VersionedObjectStatements(ObjectClass::Trigger).TriggerEventsQuery;
     server.addStatement(ScriptedSqlServer::exact(events + QStringLiteral("{raw}")), [](Call &c) {

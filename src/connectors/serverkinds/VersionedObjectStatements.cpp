@@ -151,8 +151,8 @@ ServerKind::VersionedStatements PostgreSQLKind::VersionedObjectStatements(Object
                                                 "pg_catalog.pg_get_function_result(p.oid) AS \"ColType\" UNION ALL ");
         s.ParameterQuery1 += QStringLiteral(
             "SELECT a.ord, coalesce(nullif(p.proargnames[a.ord], ''), '$' || a.ord), pg_catalog.format_type(a.typ, "
-            "NULL) FROM unnest(coalesce(p.proallargtypes, p.proargtypes::oid[])) WITH ORDINALITY a(typ, ord)) x "
-            "WHERE p.oid::bigint = ");
+            "NULL) FROM unnest(coalesce(p.proallargtypes, p.proargtypes::oid[])) WITH ORDINALITY a(typ, ord)) x(ord, "
+            "\"ColName\", \"ColType\") WHERE p.oid::bigint = ");
         s.ParameterQuery2 = QStringLiteral(" ORDER BY x.ord");
     } else if (cls == ObjectClass::View) {
         s.ParameterQuery1 = QStringLiteral(
