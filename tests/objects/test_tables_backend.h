@@ -8,6 +8,7 @@
 #include "PgTestServer.h"
 #include "ScriptedSqlServer.h"
 #include "ScriptedSqlServerTables.h"
+#include "ScriptedSqlServerVersioned.h"
 #include "ScriptedUi.h"
 #include "sql/KORVOSQL.h"
 
@@ -185,6 +186,7 @@ public:
         server.addDatabase(dbName);
         // A fixed database role, which the full form leaves out.
         server.addRole(dbName, QStringLiteral("db_datareader"), 16390);
+        AddVersionedObjectStatements(server);
         AddTableAndPermissionStatements(server);
         sql = std::make_shared<KORVOSQL>(ui, ServerKind::SQLServer());
         sql->SetDriver(server.driver());

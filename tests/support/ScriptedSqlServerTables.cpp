@@ -1,5 +1,5 @@
 // The scripted server's answers to the statements of tables, their columns and
-// the permission model: the table list and lookups, syscolumns, sp_helprole,
+// the permission model: the table list and lookups, sp_helprole,
 // sp_helpuser, sp_helprotect, and GRANT, DENY and REVOKE.
 #include "ScriptedSqlServerTables.h"
 
@@ -108,21 +108,6 @@ void AddTableAndPermissionStatements(ScriptedSqlServer &server)
             }
             return table(tableFields, data);
         });
-    // The columns of tables, from the CREATE TABLE text they were made with.
-    const ServerKind::TableStatements statements = SQLServerKind().TableObjectStatements();
-    server.addStatement(
-        ScriptedSqlServer::exact(statements.ParameterQuery1 + QStringLiteral("{num}") + statements.ParameterQuery2),
-        [](Call &c) {
-            QList<QVariantList> data;
-            for (const Object &o : c.db.Objects) {
-                if (QString::number(o.Id) == c.arg(1) && o.XType == QLatin1String("U"))
-                    data = TableColumnRows(o.Text);
-            }
-            return table({ QStringLiteral("ColName"), QStringLiteral("ColLength"), QStringLiteral("ColXprec"),
-                             QStringLiteral("ColScale"), QStringLiteral("ColNullable"), QStringLiteral("ColType") },
-                data);
-        });
-
     // Permissions.
     server.addStatement(ScriptedSqlServer::exact(QStringLiteral(
                             "SELECT so.name AS [ObjectName], su.name AS [OwnerName] FROM sysobjects so INNER "
