@@ -177,7 +177,7 @@ QStringList KORVODatabase::GetMostRecentProject()
         if (project->Sequence >= 1 && project->Sequence < 5)
             places[project->Sequence] = project->Name;
     }
-    QStringList result{QString()};
+    QStringList result { QString() };
     for (int i = 1; i < places.size(); ++i) {
         if (!places.at(i).isEmpty())
             result.append(places.at(i));

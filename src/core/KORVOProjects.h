@@ -13,7 +13,10 @@ class KORVOProjects
 public:
     // The UI services are handed to projects that Add makes; without them Add
     // only takes given projects.
-    explicit KORVOProjects(UiServices *ui = nullptr) : mUi(ui) {}
+    explicit KORVOProjects(UiServices *ui = nullptr)
+        : mUi(ui)
+    {
+    }
 
     // Nothing when no project has that name.
     KORVOProjectPtr Item(const QString &key) const;

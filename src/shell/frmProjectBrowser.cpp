@@ -26,15 +26,19 @@ bool SameSettings(const KORVOProject &a, const KORVOProject &b)
 {
     const KORVOSQL &sa = *a.SQL(), &sb = *b.SQL();
     const KORVOVSS &va = *a.VSS(), &vb = *b.VSS();
-    return a.Name == b.Name && sa.Database() == sb.Database() && sa.Server() == sb.Server() && sa.UserName() == sb.UserName()
-        && sa.Password() == sb.Password() && sa.UseWinNTAuth() == sb.UseWinNTAuth() && va.UserName == vb.UserName
-        && va.Password == vb.Password && va.IniFile == vb.IniFile && va.Project == vb.Project;
+    return a.Name == b.Name && sa.Database() == sb.Database() && sa.Server() == sb.Server()
+        && sa.UserName() == sb.UserName() && sa.Password() == sb.Password() && sa.UseWinNTAuth() == sb.UseWinNTAuth()
+        && va.UserName == vb.UserName && va.Password == vb.Password && va.IniFile == vb.IniFile
+        && va.Project == vb.Project;
 }
 } // namespace
 
-frmProjectBrowser::frmProjectBrowser(std::shared_ptr<KORVODatabase> database, UiServices &ui, HelpIntegration &help,
-                                     QWidget *parent)
-    : QDialog(parent), mDatabase(std::move(database)), mUi(ui), mHelp(help)
+frmProjectBrowser::frmProjectBrowser(
+    std::shared_ptr<KORVODatabase> database, UiServices &ui, HelpIntegration &help, QWidget *parent)
+    : QDialog(parent)
+    , mDatabase(std::move(database))
+    , mUi(ui)
+    , mHelp(help)
 {
     setObjectName(QStringLiteral("frmProjectBrowser"));
     setWindowTitle(QStringLiteral("Project Browser"));
@@ -44,9 +48,9 @@ frmProjectBrowser::frmProjectBrowser(std::shared_ptr<KORVODatabase> database, Ui
     lvwProjects->setRootIsDecorated(false);
     lvwProjects->setSelectionBehavior(QAbstractItemView::SelectRows);
     lvwProjects->setSelectionMode(QAbstractItemView::SingleSelection);
-    lvwProjects->setHeaderLabels(
-        {QStringLiteral("Name"), QStringLiteral("SQL Server"), QStringLiteral("SQL Database"), QStringLiteral("VSS Ini File")});
-    const int widths[] = {1695, 1275, 1485, 3000};
+    lvwProjects->setHeaderLabels({ QStringLiteral("Name"), QStringLiteral("SQL Server"), QStringLiteral("SQL Database"),
+        QStringLiteral("VSS Ini File") });
+    const int widths[] = { 1695, 1275, 1485, 3000 };
     for (int i = 0; i < 4; ++i)
         lvwProjects->setColumnWidth(i, TwipsToPixelsX(this, widths[i]));
 
@@ -67,7 +71,7 @@ frmProjectBrowser::frmProjectBrowser(std::shared_ptr<KORVODatabase> database, Ui
     cmdClose = button(QStringLiteral("Close"), QStringLiteral("&Close"));
 
     auto *buttons = new QVBoxLayout;
-    for (QPushButton *b : {cmdOpen, cmdNew, cmdEdit, cmdRemove})
+    for (QPushButton *b : { cmdOpen, cmdNew, cmdEdit, cmdRemove })
         buttons->addWidget(b);
     buttons->addStretch();
     buttons->addWidget(cmdClose);
@@ -136,7 +140,7 @@ void frmProjectBrowser::OpenRecentProject(long sequence, const QString &name, bo
         }
     }
     mUi.messageBox(UiServices::Icon::Critical, QStringLiteral("Unable to open project"),
-                   QStringLiteral("Project could not be found in the project list!"));
+        QStringLiteral("Project could not be found in the project list!"));
 }
 
 void frmProjectBrowser::FillList()
@@ -211,12 +215,12 @@ void frmProjectBrowser::cmdOpen_Click()
 
 void frmProjectBrowser::cmdNew_Click()
 {
-    std::shared_ptr<KORVOProject> project;
+    std::unique_ptr<frmProjectDetails> wizard;
     {
         WaitCursor wait(mUi);
-        frmProjectDetails wizard(*mDatabase, mUi, &mHelp, this);
-        project = wizard.newProject();
+        wizard = std::make_unique<frmProjectDetails>(*mDatabase, mUi, &mHelp, this);
     }
+    const std::shared_ptr<KORVOProject> project = wizard->newProject();
     if (!project)
         return;
     mDatabase->SaveProject(project);
@@ -243,8 +247,7 @@ void frmProjectBrowser::cmdRemove_Click()
     const QString name = row->text(0);
     // The missing word is how the question has always read.
     if (mUi.messageBox(UiServices::Icon::Question, QStringLiteral("Remove Project"),
-                       QStringLiteral("Are you sure you want to the project '%1'?").arg(name),
-                       UiServices::Buttons::YesNo)
+            QStringLiteral("Are you sure you want to the project '%1'?").arg(name), UiServices::Buttons::YesNo)
         == UiServices::Answer::No)
         return;
     if (const auto project = ProjectOfRow(row))

@@ -20,8 +20,8 @@ class frmProjectBrowser : public QDialog
 {
     Q_OBJECT
 public:
-    frmProjectBrowser(std::shared_ptr<KORVODatabase> database, UiServices &ui, HelpIntegration &help,
-                      QWidget *parent = nullptr);
+    frmProjectBrowser(
+        std::shared_ptr<KORVODatabase> database, UiServices &ui, HelpIntegration &help, QWidget *parent = nullptr);
     ~frmProjectBrowser() override;
 
     // Modal: shown as a dialog, the chosen project is returned. Not modal: shown

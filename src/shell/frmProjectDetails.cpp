@@ -64,7 +64,10 @@ bool IsRepositoryUrl(const QString &iniFile)
 } // namespace
 
 frmProjectDetails::frmProjectDetails(KORVODatabase &database, UiServices &ui, HelpIntegration *help, QWidget *parent)
-    : QDialog(parent), mDatabase(database), mUi(ui), mHelp(help)
+    : QDialog(parent)
+    , mDatabase(database)
+    , mUi(ui)
+    , mHelp(help)
 {
     setObjectName(QStringLiteral("frmProjectDetails"));
     setWindowTitle(QStringLiteral("Project Wizard - New Project"));
@@ -72,9 +75,9 @@ frmProjectDetails::frmProjectDetails(KORVODatabase &database, UiServices &ui, He
 
     mSteps = new QStackedWidget(this);
     mSteps->setObjectName(QStringLiteral("fraSteps"));
-    const QStringList captions{QString(), QStringLiteral("Project Details ..."), QStringLiteral("SQL Server Settings ..."),
-        QStringLiteral("SQL Database Settings ..."), QStringLiteral("Visual SourceSafe Settings ..."),
-        QStringLiteral("VSS Project Settings ...")};
+    const QStringList captions { QString(), QStringLiteral("Project Details ..."),
+        QStringLiteral("SQL Server Settings ..."), QStringLiteral("SQL Database Settings ..."),
+        QStringLiteral("Visual SourceSafe Settings ..."), QStringLiteral("VSS Project Settings ...") };
     for (int i = 1; i <= 5; ++i) {
         fraStep[i] = new QGroupBox(captions.at(i), mSteps);
         fraStep[i]->setObjectName(QStringLiteral("fraStep_%1").arg(i));
@@ -84,13 +87,16 @@ frmProjectDetails::frmProjectDetails(KORVODatabase &database, UiServices &ui, He
     // Step 1.
     {
         auto *grid = new QGridLayout(fraStep[1]);
-        grid->addWidget(Note(QStringLiteral("Specify a unique name that can be used to identify the Project."),
-                             fraStep[1]), 0, 0, 1, 3);
+        grid->addWidget(
+            Note(QStringLiteral("Specify a unique name that can be used to identify the Project."), fraStep[1]), 0, 0,
+            1, 3);
         txtProjectName = Edit(QStringLiteral("txtProjectName"), fraStep[1]);
         grid->addWidget(new QLabel(QStringLiteral("Project Name:"), fraStep[1]), 1, 0);
         grid->addWidget(txtProjectName, 1, 1, 1, 2);
         grid->addWidget(Note(QStringLiteral("The Working Folder specifies the location where items will be checked "
-                                            "out to."), fraStep[1]), 2, 0, 1, 3);
+                                            "out to."),
+                            fraStep[1]),
+            2, 0, 1, 3);
         txtWorkingFolder = Edit(QStringLiteral("txtWorkingFolder"), fraStep[1]);
         cmdWFBrowse = Button(QStringLiteral("cmdWFBrowse"), QStringLiteral("..."), fraStep[1]);
         grid->addWidget(new QLabel(QStringLiteral("Working Folder:"), fraStep[1]), 3, 0);
@@ -102,10 +108,12 @@ frmProjectDetails::frmProjectDetails(KORVODatabase &database, UiServices &ui, He
     {
         auto *grid = new QGridLayout(fraStep[2]);
         grid->addWidget(Note(QStringLiteral("Specify the Microsoft SQL Server Name to connect to and the related "
-                                            "Login information."), fraStep[2]), 0, 0, 1, 3);
+                                            "Login information."),
+                            fraStep[2]),
+            0, 0, 1, 3);
         cboServerKind = new QComboBox(fraStep[2]);
         cboServerKind->setObjectName(QStringLiteral("cboServerKind"));
-        for (const auto &kind : {ServerKind::SQLServer(), ServerKind::PostgreSQL()})
+        for (const auto &kind : { ServerKind::SQLServer(), ServerKind::PostgreSQL() })
             cboServerKind->addItem(kind->DisplayName(), kind->Name());
         grid->addWidget(new QLabel(QStringLiteral("Server Type:"), fraStep[2]), 1, 0);
         grid->addWidget(cboServerKind, 1, 1, 1, 2);
@@ -140,7 +148,9 @@ frmProjectDetails::frmProjectDetails(KORVODatabase &database, UiServices &ui, He
         auto *grid = new QGridLayout(fraStep[3]);
         grid->addWidget(Note(QStringLiteral("Specify the Database to connect to and specify whether the SQL Password "
                                             "should be saved in the registry. NOTE that the password will not be "
-                                            "encrypted."), fraStep[3]), 0, 0, 1, 2);
+                                            "encrypted."),
+                            fraStep[3]),
+            0, 0, 1, 2);
         cboSQLDatabase = new QComboBox(fraStep[3]);
         cboSQLDatabase->setObjectName(QStringLiteral("cboSQLDatabase"));
         cboSQLDatabase->setEditable(true);
@@ -150,7 +160,8 @@ frmProjectDetails::frmProjectDetails(KORVODatabase &database, UiServices &ui, He
         chkSQLStorePassword->setObjectName(QStringLiteral("chkSQLStorePassword"));
         grid->addWidget(chkSQLStorePassword, 2, 1);
         lblSQLServerErrorLabel = Note(QStringLiteral("The Database list could not be filled due to the following "
-                                                     "error:"), fraStep[3]);
+                                                     "error:"),
+            fraStep[3]);
         lblSQLServerErrorLabel->setObjectName(QStringLiteral("lblSQLServerErrorLabel"));
         lblSQLServerError = Note(QString(), fraStep[3]);
         lblSQLServerError->setObjectName(QStringLiteral("lblSQLServerError"));
@@ -162,7 +173,9 @@ frmProjectDetails::frmProjectDetails(KORVODatabase &database, UiServices &ui, He
     {
         auto *grid = new QGridLayout(fraStep[4]);
         grid->addWidget(Note(QStringLiteral("Specify the Microsoft Visual SourceSafe Database to connect to and the "
-                                            "relevant Login infomation."), fraStep[4]), 0, 0, 1, 3);
+                                            "relevant Login infomation."),
+                            fraStep[4]),
+            0, 0, 1, 3);
         txtVSSIniFile = Edit(QStringLiteral("txtVSSIniFile"), fraStep[4]);
         cmdVSSIniFile = Button(QStringLiteral("cmdVSSIniFile"), QStringLiteral("..."), fraStep[4]);
         grid->addWidget(new QLabel(QStringLiteral("Ini File:"), fraStep[4]), 1, 0);
@@ -181,7 +194,9 @@ frmProjectDetails::frmProjectDetails(KORVODatabase &database, UiServices &ui, He
         auto *grid = new QGridLayout(fraStep[5]);
         grid->addWidget(Note(QStringLiteral("Specify the VSS Project that will be used for this project and specify "
                                             "whether the VSS Password should be stored in the Registry. NOTE that "
-                                            "the password will not be encrypted."), fraStep[5]), 0, 0, 1, 3);
+                                            "the password will not be encrypted."),
+                            fraStep[5]),
+            0, 0, 1, 3);
         txtVSSProject = Edit(QStringLiteral("txtVSSProject"), fraStep[5]);
         cmdVSSProject = Button(QStringLiteral("cmdVSSProject"), QStringLiteral("..."), fraStep[5]);
         grid->addWidget(new QLabel(QStringLiteral("VSS Project:"), fraStep[5]), 1, 0);
@@ -190,8 +205,8 @@ frmProjectDetails::frmProjectDetails(KORVODatabase &database, UiServices &ui, He
         chkVSSStorePassword = new QCheckBox(QStringLiteral("Store VSS Password"), fraStep[5]);
         chkVSSStorePassword->setObjectName(QStringLiteral("chkVSSStorePassword"));
         grid->addWidget(chkVSSStorePassword, 2, 1, 1, 2);
-        lblVSSErrorLabel = Note(QStringLiteral("The VSS connection could not be made due to the following error:"),
-                                fraStep[5]);
+        lblVSSErrorLabel
+            = Note(QStringLiteral("The VSS connection could not be made due to the following error:"), fraStep[5]);
         lblVSSErrorLabel->setObjectName(QStringLiteral("lblVSSErrorLabel"));
         lblVSSError = Note(QString(), fraStep[5]);
         lblVSSError->setObjectName(QStringLiteral("lblVSSError"));
@@ -261,8 +276,8 @@ void frmProjectDetails::Setup()
     if (!mEditing)
         mProject->Sequence = -1;
     mOldName = mEditing ? mProject->Name : QString();
-    setWindowTitle(mEditing ? QStringLiteral("Project Wizard - Project Details")
-                            : QStringLiteral("Project Wizard - New Project"));
+    setWindowTitle(
+        mEditing ? QStringLiteral("Project Wizard - Project Details") : QStringLiteral("Project Wizard - New Project"));
     lblSQLServerErrorLabel->hide();
     lblSQLServerError->hide();
     lblVSSErrorLabel->hide();
@@ -336,11 +351,21 @@ void frmProjectDetails::ShowStep(int step)
     cmdFinished->setEnabled(step == 5);
     QWidget *first = nullptr;
     switch (step) {
-    case 1: first = txtProjectName; break;
-    case 2: first = cboServerKind; break;
-    case 3: first = cboSQLDatabase; break;
-    case 4: first = txtVSSIniFile; break;
-    case 5: first = txtVSSProject; break;
+    case 1:
+        first = txtProjectName;
+        break;
+    case 2:
+        first = cboServerKind;
+        break;
+    case 3:
+        first = cboSQLDatabase;
+        break;
+    case 4:
+        first = txtVSSIniFile;
+        break;
+    case 5:
+        first = txtVSSProject;
+        break;
     }
     first->setFocus();
 }
@@ -479,10 +504,10 @@ bool frmProjectDetails::TestSQLConnection()
     if (error.isEmpty())
         return true;
     return mUi.messageBox(UiServices::Icon::Warning, InvalidData,
-                          QStringLiteral("Could not connect to the specified database. Would you like to continue "
-                                         "anyway?\nThe following error occured:\n")
-                              + error,
-                          UiServices::Buttons::YesNo)
+               QStringLiteral("Could not connect to the specified database. Would you like to continue "
+                              "anyway?\nThe following error occured:\n")
+                   + error,
+               UiServices::Buttons::YesNo)
         == UiServices::Answer::Yes;
 }
 
@@ -520,10 +545,10 @@ bool frmProjectDetails::TestVSSConnection(bool withProject)
         lblVSSError->show();
     }
     return mUi.messageBox(UiServices::Icon::Warning, InvalidData,
-                          QStringLiteral("Could not connect to the specified project. Would you like to continue "
-                                         "anyway?\nThe following error occured:\n")
-                              + error,
-                          UiServices::Buttons::YesNo)
+               QStringLiteral("Could not connect to the specified project. Would you like to continue "
+                              "anyway?\nThe following error occured:\n")
+                   + error,
+               UiServices::Buttons::YesNo)
         == UiServices::Answer::Yes;
 }
 
@@ -543,17 +568,16 @@ void frmProjectDetails::cmdBack_Click()
 
 void frmProjectDetails::cmdFinished_Click()
 {
-    {
-        WaitCursor wait(mUi);
-        mFinishing = true;
-        for (int step = 1; step <= 5; ++step) {
-            if (!ValidateStep(step)) {
-                mFinishing = false;
-                return;
-            }
+    // The connection tests show the wait cursor themselves; the boxes between
+    // them are answered with the ordinary one.
+    mFinishing = true;
+    for (int step = 1; step <= 5; ++step) {
+        if (!ValidateStep(step)) {
+            mFinishing = false;
+            return;
         }
-        mFinishing = false;
     }
+    mFinishing = false;
 
     KORVOSQL &sql = *mProject->SQL();
     KORVOVSS &vss = *mProject->VSS();
@@ -619,7 +643,7 @@ void frmProjectDetails::cmdVSSIniFile_Click()
         : QDir(QFileInfo(current).absolutePath()).filePath(QStringLiteral("srcsafe.ini"));
     const QString file
         = mUi.openFileName(QStringLiteral("Select the Microsoft Visual SourceSafe Database File (srcsafe.ini)"), start,
-                           QStringLiteral("Microsoft Visual SourceSafe Database Files (srcsafe.ini)"));
+            QStringLiteral("Microsoft Visual SourceSafe Database Files (srcsafe.ini)"));
     if (!file.isEmpty())
         txtVSSIniFile->setText(QDir::toNativeSeparators(file));
 }
@@ -628,9 +652,8 @@ void frmProjectDetails::cmdWFBrowse_Click()
 {
     // A folder picker: on this desktop there is no need to pick a file and cut
     // off its name.
-    const QString folder
-        = mUi.folderName(QStringLiteral("Select the Working Folder (the filename will be ignored)"),
-                         txtWorkingFolder->text().trimmed());
+    const QString folder = mUi.folderName(
+        QStringLiteral("Select the Working Folder (the filename will be ignored)"), txtWorkingFolder->text().trimmed());
     if (!folder.isEmpty())
         txtWorkingFolder->setText(QDir::toNativeSeparators(folder));
 }
@@ -642,10 +665,11 @@ void frmProjectDetails::cmdVSSProject_Click()
     {
         WaitCursor wait(mUi);
         error = vss.OpenConnection(txtVSSIniFile->text().trimmed(), txtVSSUserName->text(), txtVSSPassword->text(),
-                                   QStringLiteral("$\\"), QString(), true, true);
+            QStringLiteral("$\\"), QString(), true, true);
     }
     if (!error.isEmpty()) {
-        mUi.messageBox(UiServices::Icon::Warning, InvalidData, QStringLiteral("Cannot connect to Visual SourceSafe Database"));
+        mUi.messageBox(
+            UiServices::Icon::Warning, InvalidData, QStringLiteral("Cannot connect to Visual SourceSafe Database"));
         return;
     }
     frmVSSProjectBrowser browser(mUi, mHelp, this);

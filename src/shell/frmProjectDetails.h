@@ -24,8 +24,8 @@ class frmProjectDetails : public QDialog
 {
     Q_OBJECT
 public:
-    frmProjectDetails(KORVODatabase &database, UiServices &ui, HelpIntegration *help = nullptr,
-                      QWidget *parent = nullptr);
+    frmProjectDetails(
+        KORVODatabase &database, UiServices &ui, HelpIntegration *help = nullptr, QWidget *parent = nullptr);
     ~frmProjectDetails() override;
 
     // The new project, or nothing when cancelled.

@@ -12,7 +12,9 @@
 #include <QVBoxLayout>
 
 frmVSSNewProject::frmVSSNewProject(UiServices &ui, HelpIntegration *help, QWidget *parent)
-    : QDialog(parent), mUi(ui), mHelp(help)
+    : QDialog(parent)
+    , mUi(ui)
+    , mHelp(help)
 {
     setObjectName(QStringLiteral("frmVSSNewProject"));
     setWindowTitle(QStringLiteral("New VSS Project"));
@@ -49,7 +51,8 @@ void frmVSSNewProject::cmdOK_Click()
 {
     const QString name = txtVSSProject->text().trimmed();
     if (name.isEmpty()) {
-        mUi.messageBox(UiServices::Icon::None, QStringLiteral("Invalid Data"), QStringLiteral("No Project Name specified!"));
+        mUi.messageBox(
+            UiServices::Icon::None, QStringLiteral("Invalid Data"), QStringLiteral("No Project Name specified!"));
         txtVSSProject->setFocus();
         return;
     }

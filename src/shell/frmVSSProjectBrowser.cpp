@@ -21,7 +21,9 @@ const QString NoProjectSelected = QStringLiteral("No Project selected!");
 } // namespace
 
 frmVSSProjectBrowser::frmVSSProjectBrowser(UiServices &ui, HelpIntegration *help, QWidget *parent)
-    : QDialog(parent), mUi(ui), mHelp(help)
+    : QDialog(parent)
+    , mUi(ui)
+    , mHelp(help)
 {
     setObjectName(QStringLiteral("frmVSSProjectBrowser"));
     setWindowTitle(QStringLiteral("VSS Project Browser"));
@@ -127,7 +129,7 @@ void frmVSSProjectBrowser::tvwVSSProjects_Expand(QTreeWidgetItem *node)
 
 QTreeWidgetItem *frmVSSProjectBrowser::FindNode(const QString &key) const
 {
-    QList<QTreeWidgetItem *> open{tvwVSSProjects->topLevelItem(0)};
+    QList<QTreeWidgetItem *> open { tvwVSSProjects->topLevelItem(0) };
     while (!open.isEmpty()) {
         QTreeWidgetItem *node = open.takeFirst();
         if (!node)

@@ -23,23 +23,22 @@ namespace
 class FakeMainWindow : public KORVOMainWindow
 {
 public:
-    void Init(KORVODatabase *) override {}
-    void SetLoading(bool) override {}
-    void Hide() override {}
-    void Show() override {}
-    void SetCaption(const QString &) override {}
-    void InitDBT(long) override {}
-    void SetHeightTwips(long) override {}
-    void SetWidthTwips(long) override {}
-    void SetWindowState(long) override {}
-    void SetDatabaseTreeVisible(bool) override {}
-    void SetExtraPanelVisible(bool) override {}
-    void doTrmResize() override {}
-    void CheckProjectSyncInfo() override {}
+    void Init(KORVODatabase *) override { }
+    void SetLoading(bool) override { }
+    void Hide() override { }
+    void Show() override { }
+    void SetCaption(const QString &) override { }
+    void InitDBT(long) override { }
+    void SetHeightTwips(long) override { }
+    void SetWidthTwips(long) override { }
+    void SetWindowState(long) override { }
+    void SetDatabaseTreeVisible(bool) override { }
+    void SetExtraPanelVisible(bool) override { }
+    void doTrmResize() override { }
+    void CheckProjectSyncInfo() override { }
 };
 
-struct Values
-{
+struct Values {
     QString name, server, database, user, password, iniFile, vssUser, vssPassword, vssProject, folder;
     bool winAuth = false, savePassword = false, vssSavePassword = false;
 };
@@ -52,7 +51,7 @@ class TestProjects : public QObject
 
 private:
     ScriptedUi mUi;
-    std::unique_ptr<QTemporaryDir> mDir;
+    std::unique_ptr<QTemporaryDir> mDir, mStoreDir;
     QString mFile;
     std::unique_ptr<KORVODatabase> mDb;
 
@@ -99,8 +98,15 @@ private Q_SLOTS:
         QDir().mkpath(root);
         mDir = std::make_unique<QTemporaryDir>(root + QStringLiteral("/projects-XXXXXX"));
         QVERIFY(mDir->isValid());
-        mFile = mDir->filePath(QStringLiteral("settings.ini"));
-        mDb = std::make_unique<KORVODatabase>(mUi, std::make_shared<StubCollectionFactory>(), [] { return std::make_unique<FakeMainWindow>(); }, mFile);
+        // Every stored value is synced to disk on its own; memory-backed files
+        // keep the many writes of these tests quick.
+        mStoreDir = std::make_unique<QTemporaryDir>(
+            QDir(QStringLiteral("/dev/shm")).exists() ? QStringLiteral("/dev/shm/korvo-projects-XXXXXX")
+                                                       : mDir->filePath(QStringLiteral("store-XXXXXX")));
+        QVERIFY(mStoreDir->isValid());
+        mFile = mStoreDir->filePath(QStringLiteral("settings.ini"));
+        mDb = std::make_unique<KORVODatabase>(
+            mUi, std::make_shared<StubCollectionFactory>(), [] { return std::make_unique<FakeMainWindow>(); }, mFile);
     }
 
     void cleanup()
@@ -126,7 +132,7 @@ private Q_SLOTS:
     void changeProjectNameKeepsThePlace()
     {
         KORVOProjects list(&mUi);
-        for (const char *n : {"A", "B", "C"})
+        for (const char *n : { "A", "B", "C" })
             list.Add(QString::fromLatin1(n));
         QVERIFY(list.ChangeProjectName(QStringLiteral("B"), QStringLiteral("Bee")));
         QVERIFY(!list.ChangeProjectName(QStringLiteral("A"), QStringLiteral("c"))); // taken by another
@@ -134,7 +140,7 @@ private Q_SLOTS:
         QStringList order;
         for (const auto &p : list)
             order << p->Name;
-        QCOMPARE(order, (QStringList{"a", "Bee", "C"}));
+        QCOMPARE(order, (QStringList { "a", "Bee", "C" }));
         QVERIFY(!list.Item(QStringLiteral("B")));
     }
 
@@ -142,10 +148,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<QList<int>>("sequences");
         QTest::addColumn<QList<int>>("sorted");
-        QTest::newRow("reversed") << QList<int>{3, 2, 1} << QList<int>{1, 2, 3};
-        QTest::newRow("gaps beyond the count") << QList<int>{12, 1, 5} << QList<int>{1, 5, 12};
-        QTest::newRow("same number, later wins") << QList<int>{2, 1, 2} << QList<int>{1, 2};
-        QTest::newRow("unsaved at the end") << QList<int>{-1, 2, 1} << QList<int>{1, 2, -1};
+        QTest::newRow("reversed") << QList<int> { 3, 2, 1 } << QList<int> { 1, 2, 3 };
+        QTest::newRow("gaps beyond the count") << QList<int> { 12, 1, 5 } << QList<int> { 1, 5, 12 };
+        QTest::newRow("same number, later wins") << QList<int> { 2, 1, 2 } << QList<int> { 1, 2 };
+        QTest::newRow("unsaved at the end") << QList<int> { -1, 2, 1 } << QList<int> { 1, 2, -1 };
     }
 
     void sortBySequence()
@@ -160,7 +166,7 @@ private Q_SLOTS:
         for (const auto &p : list)
             got << int(p->Sequence);
         QCOMPARE(got, sorted);
-        if (sequences == QList<int>{2, 1, 2})
+        if (sequences == QList<int> { 2, 1, 2 })
             QCOMPARE(list.Item(2)->Name, QStringLiteral("P2"));
     }
 
@@ -174,7 +180,7 @@ private Q_SLOTS:
         mDb->SaveProject(p);
         QCOMPARE(p->Sequence, 1L);
         mDb->SaveProject(MakeProject(QStringLiteral("Second")));
-        QCOMPARE(KeyNames(3), (QStringList{"First", "Second", "-"}));
+        QCOMPARE(KeyNames(3), (QStringList { "First", "Second", "-" }));
         QCOMPARE(mDb->GetRegistryProjectCount(), 2L);
     }
 
@@ -192,21 +198,21 @@ private Q_SLOTS:
 
         auto s = Store();
         s->beginGroup(QStringLiteral("1"));
-        const QList<QPair<QString, QString>> expected{
-            {"PrjName", "Shop"},
-            {"LastServer", "db1"},
-            {"LastDatabase", "Shop_db"},
-            {"SQLUseWinAuth", "0"},
-            {"LastUserName", "loginA"},
-            {"Password", "pw,1"},
-            {"SavePassword", "1"},
-            {"VSSFile", "/vss/Shop/srcsafe.ini"},
-            {"VSSUser", "dev"},
-            {"VSSPassword", "vss pw"},
-            {"VSSProject", "$\\Shop\\"},
-            {"VSSSavePassword", "0"},
-            {"PathInit", "/work/Shop/"},
-            {"ServerKind", "SQLServer"},
+        const QList<QPair<QString, QString>> expected {
+            { "PrjName", "Shop" },
+            { "LastServer", "db1" },
+            { "LastDatabase", "Shop_db" },
+            { "SQLUseWinAuth", "0" },
+            { "LastUserName", "loginA" },
+            { "Password", "pw,1" },
+            { "SavePassword", "1" },
+            { "VSSFile", "/vss/Shop/srcsafe.ini" },
+            { "VSSUser", "dev" },
+            { "VSSPassword", "vss pw" },
+            { "VSSProject", "$\\Shop\\" },
+            { "VSSSavePassword", "0" },
+            { "PathInit", "/work/Shop/" },
+            { "ServerKind", "SQLServer" },
         };
         for (const auto &[name, value] : expected)
             QCOMPARE(s->value(name).toString(), value);
@@ -296,7 +302,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, stored);
         QFETCH(QString, kind);
-        SaveNamed({QStringLiteral("K")});
+        SaveNamed({ QStringLiteral("K") });
         {
             auto s = Store();
             if (stored.isEmpty())
@@ -326,7 +332,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, projectToOpen);
         QFETCH(QString, expected);
-        SaveNamed({QStringLiteral("One"), QStringLiteral("Two")});
+        SaveNamed({ QStringLiteral("One"), QStringLiteral("Two") });
         if (!projectToOpen.isNull())
             Store()->setValue(QStringLiteral("ProjectToOpen"), projectToOpen);
         auto p = mDb->GetDefaultProject();
@@ -340,7 +346,7 @@ private Q_SLOTS:
 
     void countTakesOnlyNumberedProjects()
     {
-        SaveNamed({QStringLiteral("A"), QStringLiteral("B")});
+        SaveNamed({ QStringLiteral("A"), QStringLiteral("B") });
         auto s = Store();
         s->setValue(QStringLiteral("5/PrjName"), QStringLiteral("Far"));
         s->setValue(QStringLiteral("9.1/PrjName"), QStringLiteral("Dotted"));
@@ -354,7 +360,7 @@ private Q_SLOTS:
         const auto all = mDb->FindAllProjects(true, true);
         for (const auto &p : *all)
             names << p->Name + QLatin1Char('@') + QString::number(p->Sequence);
-        QCOMPARE(names, (QStringList{"A@1", "B@2", "Far@5", "   @8"}));
+        QCOMPARE(names, (QStringList { "A@1", "B@2", "Far@5", "   @8" }));
     }
 
     void projectNameExists_data()
@@ -362,11 +368,16 @@ private Q_SLOTS:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("oldName");
         QTest::addColumn<bool>("exists");
-        QTest::newRow("keeps its name") << "Alpha" << "Alpha" << false;
-        QTest::newRow("only the case changes") << "ALPHA" << "Alpha" << true;
-        QTest::newRow("another's name in other case") << "beta" << "Alpha" << true;
-        QTest::newRow("new and unique") << "Gamma" << "" << false;
-        QTest::newRow("new, name taken") << "alpha" << "" << true;
+        QTest::newRow("keeps its name") << "Alpha"
+                                        << "Alpha" << false;
+        QTest::newRow("only the case changes") << "ALPHA"
+                                               << "Alpha" << true;
+        QTest::newRow("another's name in other case") << "beta"
+                                                      << "Alpha" << true;
+        QTest::newRow("new and unique") << "Gamma"
+                                        << "" << false;
+        QTest::newRow("new, name taken") << "alpha"
+                                         << "" << true;
     }
 
     void projectNameExists()
@@ -374,7 +385,7 @@ private Q_SLOTS:
         QFETCH(QString, name);
         QFETCH(QString, oldName);
         QFETCH(bool, exists);
-        SaveNamed({QStringLiteral("Alpha"), QStringLiteral("Beta")});
+        SaveNamed({ QStringLiteral("Alpha"), QStringLiteral("Beta") });
         QCOMPARE(mDb->ProjectNameExists(name, oldName), exists);
     }
 
@@ -382,16 +393,16 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("removed");
         QTest::addColumn<QStringList>("after");
-        QTest::newRow("2 of 3") << 2 << QStringList{"P1", "P3", "-"};
-        QTest::newRow("1 of 3") << 1 << QStringList{"P2", "P3", "-"};
-        QTest::newRow("last") << 3 << QStringList{"P1", "P2", "-"};
+        QTest::newRow("2 of 3") << 2 << QStringList { "P1", "P3", "-" };
+        QTest::newRow("1 of 3") << 1 << QStringList { "P2", "P3", "-" };
+        QTest::newRow("last") << 3 << QStringList { "P1", "P2", "-" };
     }
 
     void removeRenumbersWithoutGaps()
     {
         QFETCH(int, removed);
         QFETCH(QStringList, after);
-        SaveNamed({QStringLiteral("P1"), QStringLiteral("P2"), QStringLiteral("P3")});
+        SaveNamed({ QStringLiteral("P1"), QStringLiteral("P2"), QStringLiteral("P3") });
         mDb->RemoveProject(mDb->FindProjectByID(removed));
         QCOMPARE(KeyNames(3), after);
         // The moved project took all its values along.
@@ -406,16 +417,16 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("opened");
         QTest::addColumn<QStringList>("after");
-        QTest::newRow("3 of 3") << 3 << QStringList{"P3", "P1", "P2", "P4"};
-        QTest::newRow("2 of 4") << 2 << QStringList{"P2", "P1", "P3", "P4"};
-        QTest::newRow("1 stays") << 1 << QStringList{"P1", "P2", "P3", "P4"};
+        QTest::newRow("3 of 3") << 3 << QStringList { "P3", "P1", "P2", "P4" };
+        QTest::newRow("2 of 4") << 2 << QStringList { "P2", "P1", "P3", "P4" };
+        QTest::newRow("1 stays") << 1 << QStringList { "P1", "P2", "P3", "P4" };
     }
 
     void openingRotatesTheRecentKeys()
     {
         QFETCH(int, opened);
         QFETCH(QStringList, after);
-        SaveNamed({QStringLiteral("P1"), QStringLiteral("P2"), QStringLiteral("P3"), QStringLiteral("P4")});
+        SaveNamed({ QStringLiteral("P1"), QStringLiteral("P2"), QStringLiteral("P3"), QStringLiteral("P4") });
         const QByteArray before = [this] {
             QFile f(mFile);
             f.open(QIODevice::ReadOnly);
@@ -438,11 +449,11 @@ private Q_SLOTS:
 
     void mostRecentNames()
     {
-        SaveNamed({"P1", "P2", "P3", "P4", "P5"});
-        QCOMPARE(mDb->GetMostRecentProject(), (QStringList{"", "P1", "P2", "P3", "P4"}));
+        SaveNamed({ "P1", "P2", "P3", "P4", "P5" });
+        QCOMPARE(mDb->GetMostRecentProject(), (QStringList { "", "P1", "P2", "P3", "P4" }));
         mDb->RemoveProject(mDb->FindProjectByID(1));
         mDb->RemoveProject(mDb->FindProjectByID(1));
-        QCOMPARE(mDb->GetMostRecentProject(), (QStringList{"", "P3", "P4", "P5"}));
+        QCOMPARE(mDb->GetMostRecentProject(), (QStringList { "", "P3", "P4", "P5" }));
     }
 
     // --- The shared synchronisation history ---------------------------------
@@ -451,13 +462,12 @@ private Q_SLOTS:
     {
         SvnTestRepository repo;
         QVERIFY(repo.IsValid());
-        QVERIFY(repo.MakeFolders({QStringLiteral("Shop")}));
+        QVERIFY(repo.MakeFolders({ QStringLiteral("Shop") }));
         auto p = MakeProject(QStringLiteral("Shop"));
         // A closed connection counts as never synchronised.
         QVERIFY(p->IsFirstUserToConnect());
         const QString error = p->VSS()->OpenConnection(repo.Url(), QStringLiteral("anna"), QString(),
-                                                       QStringLiteral("$\\Shop\\"), repo.Folder(QStringLiteral("wf")),
-                                                       false, true);
+            QStringLiteral("$\\Shop\\"), repo.Folder(QStringLiteral("wf")), false, true);
         QCOMPARE(error, QString());
         QVERIFY(p->IsFirstUserToConnect());
 
@@ -478,19 +488,19 @@ private Q_SLOTS:
         // Another user of the project sees the shared answer.
         auto other = MakeProject(QStringLiteral("Shop"));
         QCOMPARE(other->VSS()->OpenConnection(repo.Url(), QStringLiteral("ben"), QString(), QStringLiteral("$\\Shop\\"),
-                                              repo.Folder(QStringLiteral("wf2")), false, true),
-                 QString());
+                     repo.Folder(QStringLiteral("wf2")), false, true),
+            QString());
         QVERIFY(!other->IsFirstUserToConnect());
     }
 
     void emptySyncHistoryCountsAsNone()
     {
         SvnTestRepository repo;
-        QVERIFY(repo.MakeFolders({QStringLiteral("P")}));
+        QVERIFY(repo.MakeFolders({ QStringLiteral("P") }));
         auto p = MakeProject(QStringLiteral("P"));
         QCOMPARE(p->VSS()->OpenConnection(repo.Url(), QStringLiteral("anna"), QString(), QStringLiteral("$\\P\\"),
-                                          repo.Folder(QStringLiteral("wf")), false, true),
-                 QString());
+                     repo.Folder(QStringLiteral("wf")), false, true),
+            QString());
         QVERIFY(p->VSS()->AddItem(QStringLiteral("SyncHistory"), QString(), false, QString()));
         QVERIFY(p->VSS()->ItemExists(QStringLiteral("SyncHistory"), false));
         QVERIFY(p->IsFirstUserToConnect());

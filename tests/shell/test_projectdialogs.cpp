@@ -39,19 +39,19 @@ namespace
 class FakeMainWindow : public KORVOMainWindow
 {
 public:
-    void Init(KORVODatabase *) override {}
-    void SetLoading(bool) override {}
-    void Hide() override {}
-    void Show() override {}
-    void SetCaption(const QString &) override {}
-    void InitDBT(long) override {}
-    void SetHeightTwips(long) override {}
-    void SetWidthTwips(long) override {}
-    void SetWindowState(long) override {}
-    void SetDatabaseTreeVisible(bool) override {}
-    void SetExtraPanelVisible(bool) override {}
-    void doTrmResize() override {}
-    void CheckProjectSyncInfo() override {}
+    void Init(KORVODatabase *) override { }
+    void SetLoading(bool) override { }
+    void Hide() override { }
+    void Show() override { }
+    void SetCaption(const QString &) override { }
+    void InitDBT(long) override { }
+    void SetHeightTwips(long) override { }
+    void SetWidthTwips(long) override { }
+    void SetWindowState(long) override { }
+    void SetDatabaseTreeVisible(bool) override { }
+    void SetExtraPanelVisible(bool) override { }
+    void doTrmResize() override { }
+    void CheckProjectSyncInfo() override { }
 };
 
 // Runs f once the next modal dialog has started; closes it if f left it open,
@@ -108,14 +108,14 @@ QString FocusName(QWidget &w)
 }
 
 // One server of either kind, with a database "shop" the login korvo may use.
-struct Server
-{
+struct Server {
     QString kind;
     QString server, database, user = QStringLiteral("korvo"), password = QStringLiteral("korvo-pw");
     std::unique_ptr<PgTestDatabase> pg;
     std::unique_ptr<ScriptedSqlServer> scripted;
 
-    explicit Server(const QString &k) : kind(k)
+    explicit Server(const QString &k)
+        : kind(k)
     {
         if (kind == QLatin1String("PostgreSQL")) {
             pg = PgTestServer::freshDatabase(QStringLiteral("prjwiz"));
@@ -181,12 +181,9 @@ private:
         SetText(dlg, QStringLiteral("txtVSSProject"), QStringLiteral("$\\Shop\\"));
     }
 
-    static void AddKinds()
-    {
-        QTest::addColumn<QString>("kind");
-    }
+    static void AddKinds() { QTest::addColumn<QString>("kind"); }
 
-    static QStringList Kinds() { return {QStringLiteral("SQLServer"), QStringLiteral("PostgreSQL")}; }
+    static QStringList Kinds() { return { QStringLiteral("SQLServer"), QStringLiteral("PostgreSQL") }; }
 
 private Q_SLOTS:
     void initTestCase()
@@ -199,8 +196,8 @@ private Q_SLOTS:
         qputenv("KORVO_DATA_DIR", QFile::encodeName(mDir->filePath(QStringLiteral("data"))));
         mRepo = std::make_unique<SvnTestRepository>();
         QVERIFY(mRepo->IsValid());
-        QVERIFY(mRepo->MakeFolders({QStringLiteral("Shop"), QStringLiteral("A"), QStringLiteral("A/B"),
-                                    QStringLiteral("A/B/C"), QStringLiteral("X")}));
+        QVERIFY(mRepo->MakeFolders({ QStringLiteral("Shop"), QStringLiteral("A"), QStringLiteral("A/B"),
+            QStringLiteral("A/B/C"), QStringLiteral("X") }));
         mWorkingFolder = mRepo->Folder(QStringLiteral("work"));
         QString why;
         if (!PgTestServer().available(&why))
@@ -210,15 +207,21 @@ private Q_SLOTS:
     void init()
     {
         mUi.clear();
-        mFile = mDir->filePath(QStringLiteral("settings-%1.ini").arg(QTest::currentTestFunction()));
+        // Each stored value is synced on its own: memory-backed files keep this quick.
+        const QString shm = QStringLiteral("/dev/shm");
+        mFile = (QDir(shm).exists() ? QStringLiteral("%1/korvo-%2-").arg(shm).arg(QCoreApplication::applicationPid())
+                                    : mDir->filePath(QString()))
+            + QStringLiteral("settings-%1.ini").arg(QTest::currentTestFunction());
         QFile::remove(mFile);
         mHelp = std::make_unique<HelpIntegration>(mUi, mDir->path(), [](const QUrl &) { return true; });
-        mDb = std::make_shared<KORVODatabase>(mUi, std::make_shared<StubCollectionFactory>(), [] { return std::make_unique<FakeMainWindow>(); }, mFile);
+        mDb = std::make_shared<KORVODatabase>(
+            mUi, std::make_shared<StubCollectionFactory>(), [] { return std::make_unique<FakeMainWindow>(); }, mFile);
     }
 
     void cleanup()
     {
         mDb.reset();
+        QFile::remove(mFile);
         QCOMPARE(mUi.pending(), 0);
     }
 
@@ -234,9 +237,9 @@ private Q_SLOTS:
         KORVOProjectPtr result;
         WhenModal([&](QDialog &dlg) {
             auto record = [&] {
-                buttons << QList<bool>{Control<QPushButton>(dlg, "cmdBack")->isEnabled(),
-                                       Control<QPushButton>(dlg, "cmdNext")->isEnabled(),
-                                       Control<QPushButton>(dlg, "cmdFinished")->isEnabled()};
+                buttons << QList<bool> { Control<QPushButton>(dlg, "cmdBack")->isEnabled(),
+                    Control<QPushButton>(dlg, "cmdNext")->isEnabled(),
+                    Control<QPushButton>(dlg, "cmdFinished")->isEnabled() };
                 for (int i = 1; i <= 5; ++i) {
                     auto *frame = Control<QGroupBox>(dlg, QStringLiteral("fraStep_%1").arg(i));
                     if (frame->isVisible()) {
@@ -262,14 +265,14 @@ private Q_SLOTS:
         result = wizard.newProject();
         QVERIFY(!result);
         QCOMPARE(wizard.windowTitle(), QStringLiteral("Project Wizard - New Project"));
-        QCOMPARE(visible, (QStringList{"fraStep_1", "fraStep_2", "fraStep_3", "fraStep_4", "fraStep_5", "fraStep_4",
-                                       "fraStep_1"}));
-        QCOMPARE(captions.mid(0, 5), (QStringList{"Project Details ...", "SQL Server Settings ...",
-                                                  "SQL Database Settings ...", "Visual SourceSafe Settings ...",
-                                                  "VSS Project Settings ..."}));
-        const QList<QList<bool>> expected{{false, true, false}, {true, true, false}, {true, true, false},
-                                          {true, true, false},  {true, false, true}, {true, true, false},
-                                          {false, true, false}};
+        QCOMPARE(visible,
+            (QStringList {
+                "fraStep_1", "fraStep_2", "fraStep_3", "fraStep_4", "fraStep_5", "fraStep_4", "fraStep_1" }));
+        QCOMPARE(captions.mid(0, 5),
+            (QStringList { "Project Details ...", "SQL Server Settings ...", "SQL Database Settings ...",
+                "Visual SourceSafe Settings ...", "VSS Project Settings ..." }));
+        const QList<QList<bool>> expected { { false, true, false }, { true, true, false }, { true, true, false },
+            { true, true, false }, { true, false, true }, { true, true, false }, { false, true, false } };
         QCOMPARE(buttons, expected);
         QCOMPARE(mUi.boxes.size(), 0);
     }
@@ -293,14 +296,14 @@ private Q_SLOTS:
             row("name taken", 1, "txtProjectName", "EXISTING", "The specified Project Name already exists!",
                 "txtProjectName");
             row("no folder", 1, "txtWorkingFolder", "", "No Working Folder specified!", "txtWorkingFolder");
-            row("missing folder", 1, "txtWorkingFolder", "/no/such/folder", "The specified Working Folder does not exist!",
-                "txtWorkingFolder");
+            row("missing folder", 1, "txtWorkingFolder", "/no/such/folder",
+                "The specified Working Folder does not exist!", "txtWorkingFolder");
             row("no server", 2, "cboSQLServer", " ", "No SQL Server specified!", "cboSQLServer");
             row("no SQL user", 2, "txtSQLUsername", "", "No Username specified!", "txtSQLUsername");
             row("no database", 3, "cboSQLDatabase", "", "No Database specified!", "cboSQLDatabase");
             row("no ini file", 4, "txtVSSIniFile", "", "No Ini File specified!", "txtVSSIniFile");
-            row("missing ini file", 4, "txtVSSIniFile", "/no/such/srcsafe.ini", "The specified Ini File does not exist!",
-                "txtVSSIniFile");
+            row("missing ini file", 4, "txtVSSIniFile", "/no/such/srcsafe.ini",
+                "The specified Ini File does not exist!", "txtVSSIniFile");
             row("no VSS user", 4, "txtVSSUserName", " ", "No Username specified!", "txtVSSUserName");
             row("no project", 5, "txtVSSProject", "", "No Project specified!", "txtVSSProject");
         }
@@ -475,9 +478,10 @@ private Q_SLOTS:
         for (const auto &box : mUi.boxes) {
             QCOMPARE(box.title, QStringLiteral("Invalid Data"));
             QCOMPARE(int(box.buttons), int(UiServices::Buttons::YesNo));
-            QVERIFY2(box.text.startsWith(QStringLiteral("Could not connect to the specified database. Would you like to "
-                                                        "continue anyway?\nThe following error occured:\n")),
-                     qPrintable(box.text));
+            QVERIFY2(
+                box.text.startsWith(QStringLiteral("Could not connect to the specified database. Would you like to "
+                                                   "continue anyway?\nThe following error occured:\n")),
+                qPrintable(box.text));
             QVERIFY(box.text.size() > 120); // the server's own words follow
         }
     }
@@ -510,9 +514,10 @@ private Q_SLOTS:
         QCOMPARE(mUi.prompts.at(0).database, s.database);
         QCOMPARE(mUi.prompts.at(1).kind, QStringLiteral("VSS"));
         QCOMPARE(mUi.boxes.size(), 1);
-        QCOMPARE(mUi.boxes.first().text, QStringLiteral("Could not connect to the specified project. Would you like to "
-                                                        "continue anyway?\nThe following error occured:\n"
-                                                        "Password was not entered!"));
+        QCOMPARE(mUi.boxes.first().text,
+            QStringLiteral("Could not connect to the specified project. Would you like to "
+                           "continue anyway?\nThe following error occured:\n"
+                           "Password was not entered!"));
     }
 
     void windowsAuthentication()
@@ -545,7 +550,7 @@ private Q_SLOTS:
             Click(dlg, QStringLiteral("cmdFinished"));
         });
         const KORVOProjectPtr p = wizard.newProject();
-        QCOMPARE(states, (QStringList{"(Windows authentication)||0|0|0", "||1|1|1"}));
+        QCOMPARE(states, (QStringList { "(Windows authentication)||0|0|0", "||1|1|1" }));
         // The operating-system login reaches the test cluster, so no question came.
         QCOMPARE(mUi.boxes.size(), 0);
         QVERIFY(p);
@@ -574,9 +579,9 @@ private Q_SLOTS:
         QCOMPARE(folder, mWorkingFolder);
         QCOMPARE(iniFile, ini);
         QCOMPARE(mUi.pickerTitles,
-                 (QStringList{"Select the Working Folder (the filename will be ignored)",
-                              "Select the Working Folder (the filename will be ignored)",
-                              "Select the Microsoft Visual SourceSafe Database File (srcsafe.ini)"}));
+            (QStringList { "Select the Working Folder (the filename will be ignored)",
+                "Select the Working Folder (the filename will be ignored)",
+                "Select the Microsoft Visual SourceSafe Database File (srcsafe.ini)" }));
     }
 
     void editKeepsItsNameButNotACaseChange()
@@ -648,7 +653,7 @@ private Q_SLOTS:
 
     void browserListAndRemove()
     {
-        for (const char *n : {"P1", "P2", "P3"}) {
+        for (const char *n : { "P1", "P2", "P3" }) {
             auto p = std::make_shared<KORVOProject>(mUi);
             p->Name = QString::fromLatin1(n);
             p->SQL()->SetServer(QStringLiteral("srv-") + p->Name);
@@ -663,8 +668,8 @@ private Q_SLOTS:
         QCOMPARE(list->headerItem()->text(3), QStringLiteral("VSS Ini File"));
         QCOMPARE(list->topLevelItemCount(), 3);
         const QTreeWidgetItem *row = list->topLevelItem(1);
-        QCOMPARE((QStringList{row->text(0), row->text(1), row->text(2), row->text(3)}),
-                 (QStringList{"P2", "srv-P2", "db-P2", "/ini/P2"}));
+        QCOMPARE((QStringList { row->text(0), row->text(1), row->text(2), row->text(3) }),
+            (QStringList { "P2", "srv-P2", "db-P2", "/ini/P2" }));
 
         list->setCurrentItem(list->topLevelItem(1));
         mUi.answer(UiServices::Answer::No);
@@ -699,7 +704,7 @@ private Q_SLOTS:
         chk->click();
         QVERIFY(mDb->OpenMostRecent());
         QCOMPARE(QSettings(mFile, QSettings::IniFormat).value(QStringLiteral("ProjectToOpen")).toString(),
-                 QStringLiteral("1"));
+            QStringLiteral("1"));
         chk->click();
         QVERIFY(!mDb->OpenMostRecent());
         browser.close();
@@ -709,7 +714,7 @@ private Q_SLOTS:
     void openingTheThirdProjectRotatesTheKeys()
     {
         Server s(QStringLiteral("PostgreSQL"));
-        for (const char *n : {"P1", "P2", "P3"}) {
+        for (const char *n : { "P1", "P2", "P3" }) {
             auto p = s.NewProject(mUi);
             p->Name = QString::fromLatin1(n);
             p->SQL()->SetServer(s.server);
@@ -734,9 +739,9 @@ private Q_SLOTS:
         QVERIFY(mDb->Project()->SQL()->ConnectionOpen());
         QVERIFY(mDb->Project()->VSS()->ConnectionOpen());
         QSettings store(mFile, QSettings::IniFormat);
-        QCOMPARE((QStringList{store.value("1/PrjName").toString(), store.value("2/PrjName").toString(),
-                              store.value("3/PrjName").toString()}),
-                 (QStringList{"P3", "P1", "P2"}));
+        QCOMPARE((QStringList { store.value("1/PrjName").toString(), store.value("2/PrjName").toString(),
+                     store.value("3/PrjName").toString() }),
+            (QStringList { "P3", "P1", "P2" }));
 
         // By name now; an unknown one is reported.
         browser.OpenRecentProject(-1, QStringLiteral("P2"), ok);
@@ -752,7 +757,7 @@ private Q_SLOTS:
 
     void openProjectBrowserReopensOnlyWhatChanged()
     {
-        for (const char *n : {"Open", "Other"}) {
+        for (const char *n : { "Open", "Other" }) {
             auto p = std::make_shared<KORVOProject>(mUi);
             p->Name = QString::fromLatin1(n);
             p->SQL()->SetServer(QStringLiteral("srv"));
@@ -773,6 +778,18 @@ private Q_SLOTS:
         QVERIFY(other);
         QCOMPARE(other->Name, QStringLiteral("Other"));
         QVERIFY(!other->SQL()->ConnectionOpen()); // the main window connects it
+        // A double click opens the row under the mouse.
+        WhenModal([](QDialog &dlg) {
+            auto *list = Control<QTreeWidget>(dlg, QStringLiteral("lvwProjects"));
+            list->clearSelection();
+            const QPoint at = list->visualItemRect(list->topLevelItem(1)).center();
+            QTest::mousePress(list->viewport(), Qt::LeftButton, {}, at);
+            QTest::mouseRelease(list->viewport(), Qt::LeftButton, {}, at);
+            QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, at);
+        });
+        const auto clicked = browser.OpenProjectBrowser(current);
+        QVERIFY(clicked);
+        QCOMPARE(clicked->Name, QStringLiteral("Other"));
         current->SQL()->SetServer(QStringLiteral("moved"));
         const auto changed = choose(0);
         QVERIFY(changed);
@@ -784,9 +801,9 @@ private Q_SLOTS:
     void vssBrowserOpensAlongTheStartFolder()
     {
         KORVOVSS vss(mUi);
-        QCOMPARE(vss.OpenConnection(mRepo->Url(), QStringLiteral("anna"), QString(), QStringLiteral("$\\"), QString(),
-                                    true, true),
-                 QString());
+        QCOMPARE(vss.OpenConnection(
+                     mRepo->Url(), QStringLiteral("anna"), QString(), QStringLiteral("$\\"), QString(), true, true),
+            QString());
         frmVSSProjectBrowser browser(mUi, mHelp.get());
         QString selected;
         QStringList expanded, rootChildren;
@@ -805,16 +822,16 @@ private Q_SLOTS:
         QCOMPARE(browser.GetFolder(vss, QStringLiteral("$\\A\\B")), QStringLiteral("$\\A\\B\\"));
         QCOMPARE(browser.windowTitle(), QStringLiteral("VSS Project Browser"));
         QCOMPARE(selected, QStringLiteral("$\\A\\B\\"));
-        QCOMPARE(expanded, (QStringList{"$", "A", "B"}));
-        QCOMPARE(rootChildren, (QStringList{"$\\A\\", "$\\Shop\\", "$\\X\\"}));
+        QCOMPARE(expanded, (QStringList { "$", "A", "B" }));
+        QCOMPARE(rootChildren, (QStringList { "$\\A\\", "$\\Shop\\", "$\\X\\" }));
     }
 
     void vssBrowserMakesASubProject()
     {
         KORVOVSS vss(mUi);
-        QCOMPARE(vss.OpenConnection(mRepo->Url(), QStringLiteral("anna"), QString(), QStringLiteral("$\\"), QString(),
-                                    true, true),
-                 QString());
+        QCOMPARE(vss.OpenConnection(
+                     mRepo->Url(), QStringLiteral("anna"), QString(), QStringLiteral("$\\"), QString(), true, true),
+            QString());
         frmVSSProjectBrowser browser(mUi, mHelp.get());
         QString newName = QStringLiteral("New%1").arg(QDateTime::currentMSecsSinceEpoch());
         QString askTitle;

@@ -55,8 +55,8 @@ private:
 
     std::shared_ptr<KORVODatabase> NewSession()
     {
-        return std::make_shared<KORVODatabase>(mUi, std::make_shared<StubCollectionFactory>(),
-                                               [] { return std::make_unique<mdiMain>(); }, mFile);
+        return std::make_shared<KORVODatabase>(
+            mUi, std::make_shared<StubCollectionFactory>(), [] { return std::make_unique<mdiMain>(); }, mFile);
     }
 
     // Stores a PostgreSQL project with both passwords, as key 1, opened at start.
@@ -107,7 +107,7 @@ private Q_SLOTS:
         mUi.clear();
         mUi.mainVisible.clear();
         mRepo = std::make_unique<SvnTestRepository>();
-        QVERIFY(mRepo->MakeFolders({QStringLiteral("Shop")}));
+        QVERIFY(mRepo->MakeFolders({ QStringLiteral("Shop") }));
         mFile = mDir->filePath(QStringLiteral("settings-%1.ini").arg(QTest::currentTestFunction()));
         QFile::remove(mFile);
     }
@@ -121,7 +121,8 @@ private Q_SLOTS:
     void defaultProjectOpensAndAsksOnce()
     {
         StoreDefaultProject(mPg->Database);
-        frmInitialize splash(mUi, *mHelp, [this] { return NewSession(); }, [](const QString &) { return true; });
+        frmInitialize splash(
+            mUi, *mHelp, [this] { return NewSession(); }, [](const QString &) { return true; });
         mUi.answer(UiServices::Answer::No);
         splash.StartKORVO();
         QVERIFY(QTest::qWaitFor([&] { return !splash.isVisible(); }, 10000));
@@ -140,12 +141,15 @@ private Q_SLOTS:
         // The question came once the window was on the screen, and No is shared.
         QCOMPARE(mUi.boxes.size(), 1);
         QCOMPARE(mUi.boxes.first().title, QStringLiteral("Start Synchronization Process?"));
-        QCOMPARE(mUi.boxes.first().text, QStringLiteral("This is the first time anyone has connected to this "
-                                                        "project. Would you like to Synchronize?"));
+        QCOMPARE(mUi.boxes.first().text,
+            QStringLiteral("This is the first time anyone has connected to this "
+                           "project. Would you like to Synchronize?"));
         QCOMPARE(int(mUi.boxes.first().buttons), int(UiServices::Buttons::YesNo));
-        QCOMPARE(mUi.mainVisible, QList<bool>{true});
+        QCOMPARE(mUi.mainVisible, QList<bool> { true });
         QVERIFY(!session->Project()->IsFirstUserToConnect());
-        QVERIFY(session->Project()->VSS()->ItemContent(QStringLiteral("SyncHistory"), false, -1, false, false)
+        QVERIFY(session->Project()
+                    ->VSS()
+                    ->ItemContent(QStringLiteral("SyncHistory"), false, -1, false, false)
                     .startsWith(QStringLiteral("NoSyncWanted: ")));
 
         // The next opening, by anyone, asks nothing.
@@ -174,7 +178,8 @@ private Q_SLOTS:
     void failedConnectionOpensTheBrowser()
     {
         StoreDefaultProject(QStringLiteral("no_such_database"));
-        frmInitialize splash(mUi, *mHelp, [this] { return NewSession(); }, [](const QString &) { return true; });
+        frmInitialize splash(
+            mUi, *mHelp, [this] { return NewSession(); }, [](const QString &) { return true; });
         mUi.answer(UiServices::Answer::Ok); // the connector's own message
         splash.StartKORVO();
         QVERIFY(QTest::qWaitFor([&] { return !splash.isVisible(); }, 10000));

@@ -7,7 +7,10 @@
 class StubCollection : public KORVOObjectCollection
 {
 public:
-    explicit StubCollection(const QString &type) : mType(type) {}
+    explicit StubCollection(const QString &type)
+        : mType(type)
+    {
+    }
 
     QString ObjectType() const override { return mType; }
     QString ObjectDisplayName() const override { return mType; }
@@ -16,8 +19,8 @@ public:
     bool IsRootNode() const override { return true; }
     bool IsEditable() const override { return false; }
     QString IconToUse() const override { return mType; }
-    void LoadIcons() override {}
-    void RefreshList(bool &) override {}
+    void LoadIcons() override { }
+    void RefreshList(bool &) override { }
     KORVODBObjectPtr Item(const QString &, bool, bool) override { return nullptr; }
     bool ObjectIsOfThisType(const QString &) override { return false; }
     KORVODBTItemsPtr GetItemInfo(bool, const KORVODBObjectPtr &) override { return std::make_shared<KORVODBTItems>(); }
@@ -27,13 +30,13 @@ public:
     bool DeleteItem(const QString &) override { return false; }
     KORVODBTItemsPtr GetDeletedItems(bool) override { return std::make_shared<KORVODBTItems>(); }
     bool UnDeleteObject(const QString &) override { return false; }
-    void RemoveItem(const QString &, bool) override {}
-    void ChangeKey(const QString &, int) override {}
-    void SetActiveDBConnection(const std::shared_ptr<KORVOSQL> &) override {}
-    void SetActiveVSSConnection(const std::shared_ptr<KORVOVSS> &) override {}
-    void SetIcons(const KORVOIconsPtr &) override {}
-    void SetDatabase(KORVODatabase *) override {}
-    void SetCheckSQLOnly(bool) override {}
+    void RemoveItem(const QString &, bool) override { }
+    void ChangeKey(const QString &, int) override { }
+    void SetActiveDBConnection(const std::shared_ptr<KORVOSQL> &) override { }
+    void SetActiveVSSConnection(const std::shared_ptr<KORVOVSS> &) override { }
+    void SetIcons(const KORVOIconsPtr &) override { }
+    void SetDatabase(KORVODatabase *) override { }
+    void SetCheckSQLOnly(bool) override { }
 
 private:
     QString mType;
@@ -44,8 +47,9 @@ class StubCollectionFactory : public KORVOCollectionFactory
 public:
     KORVOObjectCollectionPtr Create(Kind kind) override
     {
-        static const char *const types[] = {"STOREDPROCEDURES", "TABLES", "USERDEFINEDFUNCTIONS", "VIEWS", "TRIGGERS"};
+        static const char *const types[]
+            = { "STOREDPROCEDURES", "TABLES", "USERDEFINEDFUNCTIONS", "VIEWS", "TRIGGERS" };
         return std::make_shared<StubCollection>(QString::fromLatin1(types[int(kind)]));
     }
-    void Link(const KORVOObjectCollectionPtr &, const KORVOObjectCollectionPtr &) override {}
+    void Link(const KORVOObjectCollectionPtr &, const KORVOObjectCollectionPtr &) override { }
 };
