@@ -26,3 +26,26 @@ bool PostgreSQLKind::SourceControlTakesServerText() const
     // compares equal afterwards.
     return true;
 }
+
+QString SQLServerKind::CreatingText(const QString &createText) const
+{
+    return createText;
+}
+
+QString PostgreSQLKind::CreatingText(const QString &createText) const
+{
+    // Texts from the server say CREATE OR REPLACE: take the OR REPLACE out of
+    // the first CREATE, so that an object of the name is not overwritten.
+    const SQLTokens tokens = SplitSQLTokens(createText, false);
+    for (qsizetype i = 0; i < tokens.size(); ++i) {
+        if (tokens[i].Kind != SQLTokenKind::Word || tokens[i].Text.toUpper() != QLatin1String("CREATE"))
+            continue;
+        if (i + 2 >= tokens.size() || tokens[i + 1].Text.toUpper() != QLatin1String("OR")
+            || tokens[i + 2].Text.toUpper() != QLatin1String("REPLACE"))
+            return createText;
+        const qsizetype from = tokens[i].Start - 1 + tokens[i].Text.size();
+        const qsizetype to = tokens[i + 2].Start - 1 + tokens[i + 2].Text.size();
+        return createText.left(from) + createText.mid(to);
+    }
+    return createText;
+}

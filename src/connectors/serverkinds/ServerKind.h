@@ -177,6 +177,9 @@ public:
     // Whether source control takes the object's text as the server keeps it after
     // a change, rather than the text that was sent, so that both sides compare equal.
     virtual bool SourceControlTakesServerText() const = 0;
+    // The form of a CREATE text that makes a new object and fails when one of
+    // that name exists (a replacing CREATE would overwrite it silently).
+    virtual QString CreatingText(const QString &createText) const = 0;
 
     // --- Parse-only check ---
     // The statement that switches a fresh connection to parse-only; empty when the
@@ -246,6 +249,7 @@ public:
     // Object operations
     QString NameForText(ObjectClass cls, const QString &owner, const QString &name) const override;
     bool SourceControlTakesServerText() const override;
+    QString CreatingText(const QString &createText) const override;
 
     QString ParseOnlyStatement() const override { return QStringLiteral("SET PARSEONLY ON"); }
 
@@ -320,6 +324,7 @@ public:
     // Object operations
     QString NameForText(ObjectClass cls, const QString &owner, const QString &name) const override;
     bool SourceControlTakesServerText() const override;
+    QString CreatingText(const QString &createText) const override;
 
     QString ParseOnlyStatement() const override { return QString(); }
     QString ParseOnlyMissingText() const override;
