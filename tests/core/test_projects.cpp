@@ -1,7 +1,6 @@
 // The project store read back through QSettings, the project list, and the
 // shared "SyncHistory" of a source-control project.
 #include "KORVODatabase.h"
-#include "KORVOMainWindow.h"
 #include "KORVOProject.h"
 #include "KORVOProjects.h"
 #include "KORVOSQL.h"
@@ -15,35 +14,6 @@
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
-
-namespace
-{
-
-// Records what opening a project asks of the main window.
-class FakeMainWindow : public KORVOMainWindow
-{
-public:
-    void Init(KORVODatabase *) override { }
-    void SetLoading(bool) override { }
-    void Hide() override { }
-    void Show() override { }
-    void SetCaption(const QString &) override { }
-    void InitDBT(long) override { }
-    void SetHeightTwips(long) override { }
-    void SetWidthTwips(long) override { }
-    void SetWindowState(long) override { }
-    void SetDatabaseTreeVisible(bool) override { }
-    void SetExtraPanelVisible(bool) override { }
-    void doTrmResize() override { }
-    void CheckProjectSyncInfo() override { }
-};
-
-struct Values {
-    QString name, server, database, user, password, iniFile, vssUser, vssPassword, vssProject, folder;
-    bool winAuth = false, savePassword = false, vssSavePassword = false;
-};
-
-} // namespace
 
 class TestProjects : public QObject
 {
@@ -100,13 +70,13 @@ private Q_SLOTS:
         QVERIFY(mDir->isValid());
         // Every stored value is synced to disk on its own; memory-backed files
         // keep the many writes of these tests quick.
-        mStoreDir = std::make_unique<QTemporaryDir>(
-            QDir(QStringLiteral("/dev/shm")).exists() ? QStringLiteral("/dev/shm/korvo-projects-XXXXXX")
-                                                       : mDir->filePath(QStringLiteral("store-XXXXXX")));
+        mStoreDir = std::make_unique<QTemporaryDir>(QDir(QStringLiteral("/dev/shm")).exists()
+                ? QStringLiteral("/dev/shm/korvo-projects-XXXXXX")
+                : mDir->filePath(QStringLiteral("store-XXXXXX")));
         QVERIFY(mStoreDir->isValid());
         mFile = mStoreDir->filePath(QStringLiteral("settings.ini"));
         mDb = std::make_unique<KORVODatabase>(
-            mUi, std::make_shared<StubCollectionFactory>(), [] { return std::make_unique<FakeMainWindow>(); }, mFile);
+            mUi, std::make_shared<StubCollectionFactory>(), [] { return std::make_unique<StubMainWindow>(); }, mFile);
     }
 
     void cleanup()

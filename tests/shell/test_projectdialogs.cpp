@@ -4,7 +4,6 @@
 // scripted server.
 #include "HelpIntegration.h"
 #include "KORVODatabase.h"
-#include "KORVOMainWindow.h"
 #include "KORVOProject.h"
 #include "KORVOProjects.h"
 #include "KORVOSQL.h"
@@ -35,24 +34,6 @@
 
 namespace
 {
-
-class FakeMainWindow : public KORVOMainWindow
-{
-public:
-    void Init(KORVODatabase *) override { }
-    void SetLoading(bool) override { }
-    void Hide() override { }
-    void Show() override { }
-    void SetCaption(const QString &) override { }
-    void InitDBT(long) override { }
-    void SetHeightTwips(long) override { }
-    void SetWidthTwips(long) override { }
-    void SetWindowState(long) override { }
-    void SetDatabaseTreeVisible(bool) override { }
-    void SetExtraPanelVisible(bool) override { }
-    void doTrmResize() override { }
-    void CheckProjectSyncInfo() override { }
-};
 
 // Runs f once the next modal dialog has started; closes it if f left it open,
 // so that a failing step cannot hang the test.
@@ -215,7 +196,7 @@ private Q_SLOTS:
         QFile::remove(mFile);
         mHelp = std::make_unique<HelpIntegration>(mUi, mDir->path(), [](const QUrl &) { return true; });
         mDb = std::make_shared<KORVODatabase>(
-            mUi, std::make_shared<StubCollectionFactory>(), [] { return std::make_unique<FakeMainWindow>(); }, mFile);
+            mUi, std::make_shared<StubCollectionFactory>(), [] { return std::make_unique<StubMainWindow>(); }, mFile);
     }
 
     void cleanup()

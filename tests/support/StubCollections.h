@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KORVOMainWindow.h"
 #include "KORVOObjectCollection.h"
 
 // Empty typed collections for tests of the session that do not reach the
@@ -52,4 +53,23 @@ public:
         return std::make_shared<StubCollection>(QString::fromLatin1(types[int(kind)]));
     }
     void Link(const KORVOObjectCollectionPtr &, const KORVOObjectCollectionPtr &) override { }
+};
+
+// A main window that only lets the session open projects.
+class StubMainWindow : public KORVOMainWindow
+{
+public:
+    void Init(KORVODatabase *) override { }
+    void SetLoading(bool) override { }
+    void Hide() override { }
+    void Show() override { }
+    void SetCaption(const QString &) override { }
+    void InitDBT(long) override { }
+    void SetHeightTwips(long) override { }
+    void SetWidthTwips(long) override { }
+    void SetWindowState(long) override { }
+    void SetDatabaseTreeVisible(bool) override { }
+    void SetExtraPanelVisible(bool) override { }
+    void doTrmResize() override { }
+    void CheckProjectSyncInfo() override { }
 };
