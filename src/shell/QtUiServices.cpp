@@ -48,10 +48,31 @@ UiServices::Answer toAnswer(int button, UiServices::Buttons buttons)
     return buttons == UiServices::Buttons::YesNo ? UiServices::Answer::No : UiServices::Answer::Cancel;
 }
 
+// A box or prompt shown while the wait cursor is on gets the normal cursor
+// for as long as it is up.
+class NormalCursorWhileAsking
+{
+public:
+    NormalCursorWhileAsking() : mActive(QApplication::overrideCursor() != nullptr)
+    {
+        if (mActive)
+            QApplication::setOverrideCursor(Qt::ArrowCursor);
+    }
+    ~NormalCursorWhileAsking()
+    {
+        if (mActive)
+            QApplication::restoreOverrideCursor();
+    }
+
+private:
+    bool mActive;
+};
+
 } // namespace
 
 UiServices::Answer QtUiServices::messageBox(Icon icon, const QString &title, const QString &text, Buttons buttons)
 {
+    NormalCursorWhileAsking normal;
     QMessageBox box(boxIcon(icon), title, text, standardButtons(buttons), mParent ? mParent : QApplication::activeWindow());
     if (buttons == Buttons::YesNo)
         box.setEscapeButton(QMessageBox::No);
@@ -60,27 +81,32 @@ UiServices::Answer QtUiServices::messageBox(Icon icon, const QString &title, con
 
 QString QtUiServices::openFileName(const QString &title, const QString &folder, const QString &filter)
 {
+    NormalCursorWhileAsking normal;
     return QFileDialog::getOpenFileName(mParent ? mParent : QApplication::activeWindow(), title, folder, filter);
 }
 
 QString QtUiServices::saveFileName(const QString &title, const QString &folder, const QString &filter)
 {
+    NormalCursorWhileAsking normal;
     return QFileDialog::getSaveFileName(mParent ? mParent : QApplication::activeWindow(), title, folder, filter);
 }
 
 QString QtUiServices::folderName(const QString &title, const QString &folder)
 {
+    NormalCursorWhileAsking normal;
     return QFileDialog::getExistingDirectory(mParent ? mParent : QApplication::activeWindow(), title, folder);
 }
 
 bool QtUiServices::sqlPassword(const QString &server, const QString &database, QString &userName, QString &password)
 {
+    NormalCursorWhileAsking normal;
     frmSQLPassword dlg(*this, mParent ? mParent : QApplication::activeWindow());
     return dlg.GetUserNameAndPassword(server, database, userName, password);
 }
 
 bool QtUiServices::vssPassword(const QString &iniFile, QString &userName, QString &password)
 {
+    NormalCursorWhileAsking normal;
     frmVSSPassword dlg(*this, mParent ? mParent : QApplication::activeWindow());
     return dlg.GetUserNameAndPassword(iniFile, userName, password);
 }
