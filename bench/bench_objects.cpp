@@ -16,7 +16,8 @@
 
 #include <cstdio>
 
-namespace {
+namespace
+{
 
 const QString project = QStringLiteral("$\\Db\\Objects\\");
 
@@ -32,7 +33,8 @@ bool fillProject(const SvnTestRepository &repo, KORVOSQL &sql, const QStringList
         SvnRepository svn(repo.Url(), QStringLiteral("setup"), {});
         QList<SvnRepository::Change> adds;
         for (const QString &id : ids)
-            adds.append({SvnRepository::Change::AddFile, id + QStringLiteral(".sp"), sql.GetObjectText(id).toUtf8(), {}, -1});
+            adds.append(
+                { SvnRepository::Change::AddFile, id + QStringLiteral(".sp"), sql.GetObjectText(id).toUtf8(), {}, -1 });
         svn.Commit(QStringLiteral("Db/Objects"), QStringLiteral("bench files"), adds);
     } catch (const VssError &e) {
         std::printf("filling the project: %s\n", qPrintable(e.Description()));
@@ -62,15 +64,15 @@ bool run(const PgTestServer &server, int count)
     for (; !rows->Eof(); rows->MoveNext())
         ids.append(rows->FieldText(QStringLiteral("id")));
 
-    for (bool withFiles : {false, true}) {
+    for (bool withFiles : { false, true }) {
         SvnTestRepository repo;
-        if (!repo.IsValid() || !repo.MakeFolders({QStringLiteral("Db/Objects")}))
+        if (!repo.IsValid() || !repo.MakeFolders({ QStringLiteral("Db/Objects") }))
             return false;
         if (withFiles && !fillProject(repo, *sql, ids))
             return false;
         auto vss = std::make_shared<KORVOVSS>(ui);
         if (!vss->OpenConnection(repo.Url(), QStringLiteral("alice"), QString(), project,
-                                 repo.Folder(QStringLiteral("work")), true, true)
+                    repo.Folder(QStringLiteral("work")), true, true)
                  .isEmpty())
             return false;
 
@@ -94,8 +96,7 @@ bool run(const PgTestServer &server, int count)
             both += o->InSQL() && o->InVSS();
         std::printf("%5d procedures, %-13s RefreshList %8.0f ms (again %8.0f ms), GetItemInfo %8.0f ms; "
                     "%d items, %d in both places\n",
-                    count, withFiles ? "with files:" : "no files:", first, again, info, items ? items->Count() : -1,
-                    both);
+            count, withFiles ? "with files:" : "no files:", first, again, info, items ? items->Count() : -1, both);
     }
     return true;
 }
@@ -107,9 +108,9 @@ int main(int argc, char **argv)
     QCoreApplication app(argc, argv);
     QTemporaryDir tmp(QDir::tempPath() + QStringLiteral("/korvo-bench-XXXXXX"));
     // The server runs as another user when we are root: it must reach the folder.
-    QFile::setPermissions(tmp.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner
-                                          | QFileDevice::ReadOther | QFileDevice::ExeOther | QFileDevice::ReadGroup
-                                          | QFileDevice::ExeGroup);
+    QFile::setPermissions(tmp.path(),
+        QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner | QFileDevice::ReadOther
+            | QFileDevice::ExeOther | QFileDevice::ReadGroup | QFileDevice::ExeGroup);
     const QString socketDir = tmp.path() + QStringLiteral("/pg");
     if (!PgTestServer::startCluster(socketDir)) {
         std::printf("PostgreSQL cluster could not be started\n");
@@ -118,7 +119,7 @@ int main(int argc, char **argv)
     int rc = 0;
     try {
         const PgTestServer server(socketDir);
-        for (int count : {1000, 5000}) {
+        for (int count : { 1000, 5000 }) {
             if (!run(server, count))
                 rc = 1;
         }

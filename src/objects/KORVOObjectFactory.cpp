@@ -6,11 +6,16 @@
 KORVOObjectCollectionPtr KORVOObjectFactory::Create(Kind kind)
 {
     switch (kind) {
-    case Kind::StoredProcedures: return std::make_shared<KORVOStoredProcedures>();
-    case Kind::Tables: return std::make_shared<KORVOTables>();
-    case Kind::UserDefinedFunctions: return std::make_shared<KORVOUserDefinedFunctions>();
-    case Kind::Views: return std::make_shared<KORVOViews>();
-    case Kind::Triggers: return std::make_shared<KORVOTriggers>();
+    case Kind::StoredProcedures:
+        return std::make_shared<KORVOStoredProcedures>();
+    case Kind::Tables:
+        return std::make_shared<KORVOTables>();
+    case Kind::UserDefinedFunctions:
+        return std::make_shared<KORVOUserDefinedFunctions>();
+    case Kind::Views:
+        return std::make_shared<KORVOViews>();
+    case Kind::Triggers:
+        return std::make_shared<KORVOTriggers>();
     }
     return nullptr;
 }

@@ -7,8 +7,7 @@
 // What tells one programmable object type from another: names, file extension,
 // icons and permission limits of the object, and the names of its collection.
 // The statements of each type come from the server kind of the connection.
-struct KORVOObjectTypeInfo
-{
+struct KORVOObjectTypeInfo {
     ObjectClass Class;
 
     // The object.

@@ -3,16 +3,17 @@
 #include "KORVODescription.h"
 #include "KORVOFields.h"
 #include "KORVOPermissions.h"
-#include "sql/KORVOSQL.h"
 #include "KORVOTypedObject.h"
 #include "KORVOVSS.h"
 #include "SQLParser.h"
+#include "sql/KORVOSQL.h"
 
 #include <QDir>
 #include <QFile>
 #include <QRandomGenerator>
 
-namespace {
+namespace
+{
 
 // Deletes a file even when it is read-only.
 void ForceRemove(const QString &path)
@@ -23,8 +24,8 @@ void ForceRemove(const QString &path)
     QFile::remove(path);
 }
 
-KORVODBTItemPtr AddNode(KORVODBTItems &items, const QString &key, const QString &text, const QString &image,
-                        const QString &tag = QString())
+KORVODBTItemPtr AddNode(
+    KORVODBTItems &items, const QString &key, const QString &text, const QString &image, const QString &tag = QString())
 {
     KORVODBTItemPtr item = items.Add(key);
     item->Text = text;
@@ -36,7 +37,9 @@ KORVODBTItemPtr AddNode(KORVODBTItems &items, const QString &key, const QString 
 } // namespace
 
 KORVOObjectVSS::KORVOObjectVSS(const KORVOObjectTypeInfo &type, KORVOTypedObject *parent)
-    : mType(type), mParent(parent), mDescription(std::make_unique<KORVODescription>())
+    : mType(type)
+    , mParent(parent)
+    , mDescription(std::make_unique<KORVODescription>())
 {
 }
 
@@ -155,7 +158,7 @@ QList<QPair<QDateTime, int>> KORVOObjectVSS::HistoryDates() const
         return dates;
     const QList<KORVOHistoryData> history = mVSS->GetItemHistory(ItemName(), IsDeleted());
     for (int i = 0; i < history.size(); ++i)
-        dates.append({VersionDateTime(history.at(i).VersionDate), i});
+        dates.append({ VersionDateTime(history.at(i).VersionDate), i });
     return dates;
 }
 
@@ -186,7 +189,7 @@ QList<QStringList> KORVOObjectVSS::DateSummary(bool ascending) const
     if (!mVSS)
         return rows;
     for (const KORVOHistoryData &version : mVSS->GetItemHistory(ItemName(), IsDeleted())) {
-        rows.append({version.VersionDate, version.Comment, QString::number(version.VersionNumber)});
+        rows.append({ version.VersionDate, version.Comment, QString::number(version.VersionNumber) });
         dates.append(VersionDateTime(version.VersionDate));
     }
     // An exchange sort over all pairs, so that equal dates keep their order.
@@ -252,8 +255,8 @@ std::shared_ptr<KORVOFields> KORVOObjectVSS::GetFields(bool showNullability) con
     const ServerKind::VersionedStatements statements = Statements();
     if (!mSQL || statements.ParameterQuery1.isEmpty())
         return std::make_shared<KORVOFields>();
-    const std::shared_ptr<Recordset> columns =
-        mSQL->OpenRecordset(statements.ParameterQuery1 + DBID + statements.ParameterQuery2);
+    const std::shared_ptr<Recordset> columns
+        = mSQL->OpenRecordset(statements.ParameterQuery1 + DBID + statements.ParameterQuery2);
     if (!columns || !columns->IsOpen())
         return std::make_shared<KORVOFields>();
     return FieldsFromColumns(*columns, mType.BlankFieldDisplayName, showNullability);
@@ -265,15 +268,14 @@ void KORVOObjectVSS::AddOwnerItem(KORVODBTItems &items) const
         AddNode(items, QStringLiteral("OWNER") + DBID, Owner, QStringLiteral("OWNER"));
 }
 
-KORVODBTItemsPtr KORVOObjectVSS::GetItemInfo(bool showOwner, const QString &, bool noExtras,
-                                             bool showNullability) const
+KORVODBTItemsPtr KORVOObjectVSS::GetItemInfo(bool showOwner, const QString &, bool noExtras, bool showNullability) const
 {
     auto items = std::make_shared<KORVODBTItems>();
     if (!InSQL) {
         if (showOwner)
             AddOwnerItem(*items);
         AddNode(*items, QStringLiteral("NOTINSQL") + DBID, QStringLiteral("Item out of sync (not in SQL)"),
-                IconToUse(false));
+            IconToUse(false));
         return items;
     }
     if (showOwner && !noExtras)
@@ -286,22 +288,21 @@ KORVODBTItemsPtr KORVOObjectVSS::GetItemInfo(bool showOwner, const QString &, bo
         int m = 0;
         for (const KORVOFieldPtr &detail : field->Children())
             AddNode(node->Children(), fieldKey + QLatin1Char('_') + QString::number(++m), detail->Name,
-                    QStringLiteral("FIELDDATA"));
+                QStringLiteral("FIELDDATA"));
     }
     if (noExtras)
         return items;
     const QString permissionKey = QStringLiteral("P") + DBID;
-    KORVODBTItemPtr permissions =
-        AddNode(*items, permissionKey, QStringLiteral("Permission"), QStringLiteral("PERMISSIONS"),
-                QStringLiteral("Permission"));
-    AddNode(permissions->Children(), permissionKey + QStringLiteral("_temp"), QString(), QString(),
-            QStringLiteral("temp"));
+    KORVODBTItemPtr permissions = AddNode(*items, permissionKey, QStringLiteral("Permission"),
+        QStringLiteral("PERMISSIONS"), QStringLiteral("Permission"));
+    AddNode(
+        permissions->Children(), permissionKey + QStringLiteral("_temp"), QString(), QString(), QStringLiteral("temp"));
     if (!InVSS)
         AddNode(*items, QStringLiteral("NOTINVSS") + DBID, QStringLiteral("Item out of sync (not in VSS)"),
-                IconToUse(false));
+            IconToUse(false));
     if (!CheckedOutBy.isEmpty())
         AddNode(*items, QStringLiteral("CHECKEDOUT") + DBID, QStringLiteral("Checked out by ") + CheckedOutBy,
-                QStringLiteral("CHECKEDOUTBY"));
+            QStringLiteral("CHECKEDOUTBY"));
     return items;
 }
 
@@ -359,14 +360,13 @@ void KORVOObjectVSS::RefreshState()
             name.clear();
         QString owner;
         if (!name.isEmpty()) {
-            const QStringList parts = mSQL ? mSQL->ExtractOwnerAndItemName(name)
-                                           : ServerKind::SQLServer()->SplitName(name);
+            const QStringList parts
+                = mSQL ? mSQL->ExtractOwnerAndItemName(name) : ServerKind::SQLServer()->SplitName(name);
             owner = parts.value(0);
             name = parts.value(1);
             if (mSQL) {
                 row = mSQL->OpenRecordset(statements.DBQueryStart + statements.DBQueryByName
-                                          + KORVOSQL::sqlFMTOUT(name, 0) + statements.DBQueryByOwner
-                                          + KORVOSQL::sqlFMTOUT(owner, 0));
+                    + KORVOSQL::sqlFMTOUT(name, 0) + statements.DBQueryByOwner + KORVOSQL::sqlFMTOUT(owner, 0));
                 if (row && !row->Eof()) {
                     InSQL = true;
                     DBID = row->FieldText(QStringLiteral("id"));

@@ -2,8 +2,8 @@
 
 #include "KORVOFields.h"
 #include "KORVOPermissions.h"
-#include "sql/KORVOSQL.h"
 #include "KORVOVersionedObjects.h"
+#include "sql/KORVOSQL.h"
 
 KORVOTypedObject::KORVOTypedObject(ObjectClass cls)
     : mObject(std::make_unique<KORVOObjectVSS>(ObjectTypeInfo(cls), this))
@@ -50,7 +50,7 @@ KORVODBTItemsPtr KORVOTrigger::GetItemInfo(bool showOwner, bool noExtras, bool)
     const std::shared_ptr<Recordset> events = sql->OpenRecordset(query + DBID());
     if (!events || events->Eof())
         return items;
-    for (const QString &word : {QStringLiteral("INSERT"), QStringLiteral("UPDATE"), QStringLiteral("DELETE")}) {
+    for (const QString &word : { QStringLiteral("INSERT"), QStringLiteral("UPDATE"), QStringLiteral("DELETE") }) {
         if (events->Field(QStringLiteral("IS") + word).toInt() != 1)
             continue;
         KORVODBTItemPtr item = items->Add(word + DBID());

@@ -93,26 +93,38 @@ using KORVOTypedObjectPtr = std::shared_ptr<KORVOTypedObject>;
 class KORVOStoredProcedure : public KORVOTypedObject
 {
 public:
-    KORVOStoredProcedure() : KORVOTypedObject(ObjectClass::StoredProcedure) { }
+    KORVOStoredProcedure()
+        : KORVOTypedObject(ObjectClass::StoredProcedure)
+    {
+    }
 };
 
 class KORVOView : public KORVOTypedObject
 {
 public:
-    KORVOView() : KORVOTypedObject(ObjectClass::View) { }
+    KORVOView()
+        : KORVOTypedObject(ObjectClass::View)
+    {
+    }
 };
 
 class KORVOUserDefinedFunction : public KORVOTypedObject
 {
 public:
-    KORVOUserDefinedFunction() : KORVOTypedObject(ObjectClass::UserDefinedFunction) { }
+    KORVOUserDefinedFunction()
+        : KORVOTypedObject(ObjectClass::UserDefinedFunction)
+    {
+    }
 };
 
 // A trigger has no fields; under its node the tree shows the events it fires on.
 class KORVOTrigger : public KORVOTypedObject
 {
 public:
-    KORVOTrigger() : KORVOTypedObject(ObjectClass::Trigger) { }
+    KORVOTrigger()
+        : KORVOTypedObject(ObjectClass::Trigger)
+    {
+    }
 
     // The id of the table the trigger belongs to.
     QString ParentTableDBID;

@@ -1,16 +1,17 @@
 #include "KORVOVersionedObjects.h"
 
-#include "sql/KORVOSQL.h"
 #include "KORVOVSS.h"
 #include "KORVOVSSItems.h"
-#include "driver/Recordset.h"
 #include "SQLParser.h"
+#include "driver/Recordset.h"
+#include "sql/KORVOSQL.h"
 
 #include <QSet>
 
 #include <stdexcept>
 
-namespace {
+namespace
+{
 
 // Numeric as the file names of objects are: "123" but not "dbo.usp_x".
 bool IsNumeric(const QString &text)
@@ -22,7 +23,10 @@ bool IsNumeric(const QString &text)
 
 } // namespace
 
-KORVOVersionedObjects::KORVOVersionedObjects(ObjectClass cls) : mType(ObjectTypeInfo(cls)) { }
+KORVOVersionedObjects::KORVOVersionedObjects(ObjectClass cls)
+    : mType(ObjectTypeInfo(cls))
+{
+}
 
 KORVOVersionedObjects::~KORVOVersionedObjects() = default;
 
@@ -53,7 +57,7 @@ void KORVOVersionedObjects::LoadIcons()
     const QString plain = mType.IconPrefix.chopped(1);
     mIcons->Add(IconToUse());
     mIcons->Add(plain);
-    for (const char *state : {":NEW", ":VSSBROKEN", ":SQLBROKEN", ":CHECKEDIN", ":CHECKEDINOUT", ":CHECKEDOUT"})
+    for (const char *state : { ":NEW", ":VSSBROKEN", ":SQLBROKEN", ":CHECKEDIN", ":CHECKEDINOUT", ":CHECKEDOUT" })
         mIcons->Add(plain + QLatin1String(state));
 }
 
@@ -61,7 +65,7 @@ void KORVOTriggers::LoadIcons()
 {
     KORVOVersionedObjects::LoadIcons();
     if (const KORVOIconsPtr &icons = Icons()) {
-        for (const char *event : {"TRIGGER:INSERT", "TRIGGER:UPDATE", "TRIGGER:DELETE"})
+        for (const char *event : { "TRIGGER:INSERT", "TRIGGER:UPDATE", "TRIGGER:DELETE" })
             icons->Add(QLatin1String(event));
     }
 }
@@ -192,8 +196,8 @@ void KORVOVersionedObjects::RefreshList(bool &cancel)
                 const QString id = mSQL->GetObjectID(name, owner);
                 if (!id.isEmpty() && mVSS->RenameItem(file->Name, id + mType.VSSExt, false, false, false)) {
                     // ".sp.desc" whatever the type.
-                    mVSS->RenameItem(file->Name + QStringLiteral(".desc"), id + QStringLiteral(".sp.desc"), true,
-                                     true, false);
+                    mVSS->RenameItem(
+                        file->Name + QStringLiteral(".desc"), id + QStringLiteral(".sp.desc"), true, true, false);
                     base = id;
                     file = mVSS->Item(id + mType.VSSExt);
                 }
@@ -208,8 +212,8 @@ void KORVOVersionedObjects::RefreshList(bool &cancel)
                     // been dropped and recreated: its text names it.
                     const QString text = mVSS->ItemContent(file->Name, true, -1, false, false);
                     const QString name = NameFromText(text);
-                    const std::shared_ptr<Recordset> found =
-                        mSQL->OpenRecordset(mSQL->Kind().ObjectLookupStatement(mType.Class, name));
+                    const std::shared_ptr<Recordset> found
+                        = mSQL->OpenRecordset(mSQL->Kind().ObjectLookupStatement(mType.Class, name));
                     const QString id = found && !found->Eof() ? found->FieldText(QStringLiteral("id")) : QString();
                     if (!id.isEmpty()) {
                         mVSS->RenameItem(file->Name, id + mType.VSSExt, false, false, false);
@@ -256,8 +260,8 @@ void KORVOVersionedObjects::RefreshList(bool &cancel)
 
 QString KORVOVersionedObjects::Caption(const KORVOTypedObject &object, bool showOwner) const
 {
-    QString caption = showOwner && !object.Owner().isEmpty() ? object.Owner() + QLatin1Char('.') + object.Name()
-                                                             : object.Name();
+    QString caption
+        = showOwner && !object.Owner().isEmpty() ? object.Owner() + QLatin1Char('.') + object.Name() : object.Name();
     if (!object.CheckedOutBy().isEmpty())
         caption += QStringLiteral(" (Checked out by ") + object.CheckedOutBy() + QLatin1Char(')');
     return caption;
@@ -318,9 +322,8 @@ KORVOTypedObjectPtr KORVOVersionedObjects::NewObject()
 void KORVOVersionedObjects::ItemAdded_Event(KORVOTypedObject *object)
 {
     const qsizetype at = std::find_if(mNew.cbegin(), mNew.cend(), [object](const KORVOTypedObjectPtr &p) {
-                             return p.get() == object;
-                         })
-        - mNew.cbegin();
+        return p.get() == object;
+    }) - mNew.cbegin();
     if (at >= mNew.size())
         return;
     const KORVOTypedObjectPtr added = mNew.takeAt(at);
@@ -394,8 +397,8 @@ KORVODBTItemsPtr KORVOVersionedObjects::GetDeletedItems(bool showOwner)
             KORVOTypedObjectPtr object = Adopt(MakeObject());
             KORVOObjectVSS &state = object->Generic();
             if (!name.isEmpty()) {
-                const QStringList parts = mSQL ? mSQL->ExtractOwnerAndItemName(name)
-                                               : ServerKind::SQLServer()->SplitName(name);
+                const QStringList parts
+                    = mSQL ? mSQL->ExtractOwnerAndItemName(name) : ServerKind::SQLServer()->SplitName(name);
                 state.Owner = parts.value(0);
                 state.Name = parts.value(1);
                 if (state.Owner.isEmpty() && mSQL)
@@ -450,8 +453,7 @@ bool KORVOTriggers::ListedUnder(const KORVOTypedObject &object, const KORVODBObj
 
 QString KORVOTriggers::DeletedCaptionSuffix(const QString &text) const
 {
-    const QString table = ActiveDBConnection()
-        ? ActiveDBConnection()->ExtractTableNameFromTrigger(text, Keywords())
-        : ServerKind::SQLServer()->ExtractTableNameFromTrigger(text, Keywords());
+    const QString table = ActiveDBConnection() ? ActiveDBConnection()->ExtractTableNameFromTrigger(text, Keywords())
+                                               : ServerKind::SQLServer()->ExtractTableNameFromTrigger(text, Keywords());
     return table.isEmpty() ? QString() : QStringLiteral(" on ") + table;
 }

@@ -111,7 +111,10 @@ private:
 class KORVOStoredProcedures : public KORVOVersionedObjects
 {
 public:
-    KORVOStoredProcedures() : KORVOVersionedObjects(ObjectClass::StoredProcedure) { }
+    KORVOStoredProcedures()
+        : KORVOVersionedObjects(ObjectClass::StoredProcedure)
+    {
+    }
     bool IsStoredProcedure(const QString &key) { return ObjectIsOfThisType(key); }
 
 protected:
@@ -121,7 +124,10 @@ protected:
 class KORVOViews : public KORVOVersionedObjects
 {
 public:
-    KORVOViews() : KORVOVersionedObjects(ObjectClass::View) { }
+    KORVOViews()
+        : KORVOVersionedObjects(ObjectClass::View)
+    {
+    }
     bool IsView(const QString &key) { return ObjectIsOfThisType(key); }
 
 protected:
@@ -131,7 +137,10 @@ protected:
 class KORVOUserDefinedFunctions : public KORVOVersionedObjects
 {
 public:
-    KORVOUserDefinedFunctions() : KORVOVersionedObjects(ObjectClass::UserDefinedFunction) { }
+    KORVOUserDefinedFunctions()
+        : KORVOVersionedObjects(ObjectClass::UserDefinedFunction)
+    {
+    }
     bool IsUserDefinedFunction(const QString &key) { return ObjectIsOfThisType(key); }
 
 protected:
@@ -142,7 +151,10 @@ protected:
 class KORVOTriggers : public KORVOVersionedObjects
 {
 public:
-    KORVOTriggers() : KORVOVersionedObjects(ObjectClass::Trigger) { }
+    KORVOTriggers()
+        : KORVOVersionedObjects(ObjectClass::Trigger)
+    {
+    }
     bool IsTrigger(const QString &key) { return ObjectIsOfThisType(key); }
 
     void LoadIcons() override;

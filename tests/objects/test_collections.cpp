@@ -8,7 +8,8 @@
 
 #include <QTest>
 
-namespace {
+namespace
+{
 
 // Records the collection's events and cancels at a chosen retrieve position.
 class Recorder : public KORVOCollectionStatusSink
@@ -70,7 +71,7 @@ class TestCollections : public QObject
         return true;
     }
 
-    template<class T> std::shared_ptr<T> Collection()
+    template <class T> std::shared_ptr<T> Collection()
     {
         auto c = std::make_shared<T>();
         c->SetActiveDBConnection(b->sql);
@@ -114,8 +115,9 @@ private Q_SLOTS:
         b->AddFile(QStringLiteral("900002.sp"), QStringLiteral("-- nothing here"));
 
         refresh(*procs);
-        QCOMPARE(states(*procs), QStringList({QStringLiteral("usp_a:SQL"), QStringLiteral("usp_b:SQL+VSS"),
-                                              QStringLiteral("usp_gone:VSS"), QStringLiteral("900002:VSS")}));
+        QCOMPARE(states(*procs),
+            QStringList({ QStringLiteral("usp_a:SQL"), QStringLiteral("usp_b:SQL+VSS"), QStringLiteral("usp_gone:VSS"),
+                QStringLiteral("900002:VSS") }));
         const auto gone = procs->Object(QStringLiteral("900001"));
         QVERIFY(gone);
         QCOMPARE(gone->Owner(), QStringLiteral("dbo"));
@@ -129,15 +131,16 @@ private Q_SLOTS:
         // keeps the others in place.
         b->Drop(ObjectClass::StoredProcedure, QStringLiteral("usp_a"));
         refresh(*procs);
-        QCOMPARE(states(*procs), QStringList({QStringLiteral("usp_b:SQL+VSS"), QStringLiteral("usp_gone:VSS"),
-                                              QStringLiteral("900002:VSS")}));
+        QCOMPARE(states(*procs),
+            QStringList(
+                { QStringLiteral("usp_b:SQL+VSS"), QStringLiteral("usp_gone:VSS"), QStringLiteral("900002:VSS") }));
     }
 
     void recreatedObjectKeepsItsFile_data()
     {
         QTest::addColumn<QString>("kind");
         QTest::addColumn<bool>("refreshedBefore");
-        for (const QString &kind : {QStringLiteral("PostgreSQL"), QStringLiteral("SQLServer")}) {
+        for (const QString &kind : { QStringLiteral("PostgreSQL"), QStringLiteral("SQLServer") }) {
             QTest::addRow("%s fresh list", qPrintable(kind)) << kind << false;
             QTest::addRow("%s list refreshed before", qPrintable(kind)) << kind << true;
         }
@@ -155,13 +158,13 @@ private Q_SLOTS:
         QVERIFY(newId != oldId);
 
         refresh(*procs);
-        QCOMPARE(states(*procs), QStringList{QStringLiteral("usp_x:SQL+VSS")});
+        QCOMPARE(states(*procs), QStringList { QStringLiteral("usp_x:SQL+VSS") });
         QCOMPARE(procs->At(0)->DBID(), newId);
         QVERIFY(!procs->Object(oldId));
         // Only the file moves; its description stays under the old name.
         QStringList files = b->Files();
         files.sort();
-        QStringList expected{newId + QStringLiteral(".sp"), oldId + QStringLiteral(".sp.desc")};
+        QStringList expected { newId + QStringLiteral(".sp"), oldId + QStringLiteral(".sp.desc") };
         expected.sort();
         QCOMPARE(files, expected);
         QVERIFY(b->ui.boxes.isEmpty());
@@ -180,9 +183,9 @@ private Q_SLOTS:
         b->AddFile(QStringLiteral("nonsense.sp"), QStringLiteral("CREATE PROCEDURE nothing AS SELECT 1"));
 
         refresh(*procs);
-        QCOMPARE(states(*procs), QStringList({QStringLiteral("usp_x:SQL+VSS"), QStringLiteral("usp_y:SQL+VSS")}));
-        QStringList expected{x + QStringLiteral(".sp"), x + QStringLiteral(".sp.desc"), y + QStringLiteral(".sp"),
-                             QStringLiteral("nonsense.sp")};
+        QCOMPARE(states(*procs), QStringList({ QStringLiteral("usp_x:SQL+VSS"), QStringLiteral("usp_y:SQL+VSS") }));
+        QStringList expected { x + QStringLiteral(".sp"), x + QStringLiteral(".sp.desc"), y + QStringLiteral(".sp"),
+            QStringLiteral("nonsense.sp") };
         QStringList files = b->Files();
         expected.sort();
         files.sort();
@@ -198,8 +201,8 @@ private Q_SLOTS:
         b->AddFile(QStringLiteral("900001.sp"), b->ProcedureText(QStringLiteral("usp_gone")));
         procs->SetCheckSQLOnly(true);
         refresh(*procs);
-        QCOMPARE(states(*procs), QStringList{QStringLiteral("usp_a:SQL")});
-        QCOMPARE(recorder.events, QStringList({QStringLiteral("R0/2"), QStringLiteral("R2/2"), QStringLiteral("C")}));
+        QCOMPARE(states(*procs), QStringList { QStringLiteral("usp_a:SQL") });
+        QCOMPARE(recorder.events, QStringList({ QStringLiteral("R0/2"), QStringLiteral("R2/2"), QStringLiteral("C") }));
     }
 
     void cancelDuringSqlRows_data() { AddKindRows(); }
@@ -218,11 +221,11 @@ private Q_SLOTS:
         procs->RefreshList(cancel);
         QVERIFY(cancel);
         // Total: two steps per SQL row and one per file.
-        QCOMPARE(recorder.events, QStringList({QStringLiteral("R0/7"), QStringLiteral("R2/7")}));
+        QCOMPARE(recorder.events, QStringList({ QStringLiteral("R0/7"), QStringLiteral("R2/7") }));
         // The first object has its SQL row but not yet its file; the others
         // keep the cleared flags, and nothing was removed.
         QCOMPARE(states(*procs),
-                 QStringList({QStringLiteral("usp_a:SQL"), QStringLiteral("usp_b:"), QStringLiteral("usp_gone:")}));
+            QStringList({ QStringLiteral("usp_a:SQL"), QStringLiteral("usp_b:"), QStringLiteral("usp_gone:") }));
     }
 
     void treeItems_data() { AddKindRows(); }
@@ -250,8 +253,8 @@ private Q_SLOTS:
         QCOMPARE(second->Text, QStringLiteral("dbo.usp_c"));
         QCOMPARE(second->ToolTipText(), QStringLiteral("dbo.usp_c"));
         QCOMPARE(recorder.events.mid(recorder.events.indexOf(QStringLiteral("A0/2"))),
-                 QStringList({QStringLiteral("A0/2"), QStringLiteral("A1/2"), QStringLiteral("A2/2"),
-                              QStringLiteral("C")}));
+            QStringList(
+                { QStringLiteral("A0/2"), QStringLiteral("A1/2"), QStringLiteral("A2/2"), QStringLiteral("C") }));
 
         items = procs->GetItemInfo(false);
         QCOMPARE(items->Item(QStringLiteral("I") + c)->Text, QStringLiteral("usp_c"));
@@ -318,7 +321,7 @@ private Q_SLOTS:
         QCOMPARE(items->FirstChild()->ImageName, QStringLiteral("STOREDPROCEDURE:SQLBROKEN"));
         QVERIFY(procs->Object(QStringLiteral("I") + a, true));
         QVERIFY(!procs->Object(a));
-        QCOMPARE(recorder.events, QStringList({QStringLiteral("R0/1"), QStringLiteral("R1/1"), QStringLiteral("C")}));
+        QCOMPARE(recorder.events, QStringList({ QStringLiteral("R0/1"), QStringLiteral("R1/1"), QStringLiteral("C") }));
         // Undelete arrives with the object's operations: until then it refuses,
         // and the object leaves the deleted list all the same.
         QVERIFY(!procs->UnDeleteObject(QStringLiteral("I") + a));
@@ -331,14 +334,16 @@ private Q_SLOTS:
         QVERIFY(setUp());
         const QString t1 = b->Create(b->TableText(QStringLiteral("t1")), QStringLiteral("t1"));
         const QString t2 = b->Create(b->TableText(QStringLiteral("t2")), QStringLiteral("t2"));
-        const QString x = b->Create(b->TriggerText(QStringLiteral("trg_x"), QStringLiteral("t1")), QStringLiteral("trg_x"));
-        const QString y = b->Create(b->TriggerText(QStringLiteral("trg_y"), QStringLiteral("t2")), QStringLiteral("trg_y"));
+        const QString x
+            = b->Create(b->TriggerText(QStringLiteral("trg_x"), QStringLiteral("t1")), QStringLiteral("trg_x"));
+        const QString y
+            = b->Create(b->TriggerText(QStringLiteral("trg_y"), QStringLiteral("t2")), QStringLiteral("trg_y"));
         b->AddFile(y + QStringLiteral(".trg"), b->sql->GetObjectText(y));
         auto triggers = Collection<KORVOTriggers>();
         QVERIFY(!triggers->IsRootNode());
 
         refresh(*triggers);
-        QCOMPARE(states(*triggers), QStringList({QStringLiteral("trg_x:SQL"), QStringLiteral("trg_y:SQL+VSS")}));
+        QCOMPARE(states(*triggers), QStringList({ QStringLiteral("trg_x:SQL"), QStringLiteral("trg_y:SQL+VSS") }));
         auto trigger = std::dynamic_pointer_cast<KORVOTrigger>(triggers->Object(x));
         QCOMPARE(trigger->ParentTableDBID, t1);
         QCOMPARE(trigger->GetFields(true)->Count(), 0);
@@ -348,8 +353,9 @@ private Q_SLOTS:
         QStringList words;
         for (const auto &e : *events)
             words.append(e->Key + QLatin1Char('|') + e->Text + QLatin1Char('|') + e->ImageName);
-        QCOMPARE(words, QStringList({QStringLiteral("INSERT") + x + QStringLiteral("|INSERT|TRIGGER:INSERT"),
-                                     QStringLiteral("UPDATE") + x + QStringLiteral("|UPDATE|TRIGGER:UPDATE")}));
+        QCOMPARE(words,
+            QStringList({ QStringLiteral("INSERT") + x + QStringLiteral("|INSERT|TRIGGER:INSERT"),
+                QStringLiteral("UPDATE") + x + QStringLiteral("|UPDATE|TRIGGER:UPDATE") }));
 
         // Under a table only its own triggers show.
         struct Table : KORVODBObject {
@@ -391,8 +397,8 @@ private Q_SLOTS:
         b->AddFile(QStringLiteral("dbo.vw_a.vw.desc"), QStringLiteral("v"));
         refresh(*functions);
         refresh(*views);
-        QCOMPARE(states(*functions), QStringList{QStringLiteral("udf_a:SQL")});
-        QCOMPARE(states(*views), QStringList{QStringLiteral("vw_a:SQL+VSS")});
+        QCOMPARE(states(*functions), QStringList { QStringLiteral("udf_a:SQL") });
+        QCOMPARE(states(*views), QStringList { QStringLiteral("vw_a:SQL+VSS") });
         QVERIFY(b->Files().contains(v + QStringLiteral(".sp.desc")));
         QVERIFY(b->Files().contains(v + QStringLiteral(".vw")));
         QCOMPARE(functions->Object(f)->IconToUse(), QStringLiteral("USERDEFINEDFUNCTION:VSSBROKEN"));
@@ -410,10 +416,10 @@ private Q_SLOTS:
         KORVOTriggers triggers;
         triggers.SetIcons(icons);
         triggers.LoadIcons();
-        QCOMPARE(icons->Names(), QStringList({"TRIGGERS", "TRIGGER", "TRIGGER:NEW", "TRIGGER:VSSBROKEN",
-                                              "TRIGGER:SQLBROKEN", "TRIGGER:CHECKEDIN", "TRIGGER:CHECKEDINOUT",
-                                              "TRIGGER:CHECKEDOUT", "TRIGGER:INSERT", "TRIGGER:UPDATE",
-                                              "TRIGGER:DELETE"}));
+        QCOMPARE(icons->Names(),
+            QStringList({ "TRIGGERS", "TRIGGER", "TRIGGER:NEW", "TRIGGER:VSSBROKEN", "TRIGGER:SQLBROKEN",
+                "TRIGGER:CHECKEDIN", "TRIGGER:CHECKEDINOUT", "TRIGGER:CHECKEDOUT", "TRIGGER:INSERT", "TRIGGER:UPDATE",
+                "TRIGGER:DELETE" }));
     }
 };
 

@@ -49,18 +49,11 @@ class TestObject : public QObject
     static QString flags(const KORVOContextMenu &m)
     {
         QStringList on;
-        const QList<QPair<const char *, bool>> all{{"Edit", m.Edit},
-                                                   {"Rename", m.Rename},
-                                                   {"Delete", m.Delete},
-                                                   {"AddToVSS", m.AddToVSS},
-                                                   {"AddToSQL", m.AddToSQL},
-                                                   {"DeleteFromVSS", m.DeleteFromVSS},
-                                                   {"DeleteFromSQL", m.DeleteFromSQL},
-                                                   {"EditPermissions", m.EditPermissions},
-                                                   {"GetLatestVersion", m.GetLatestVersion},
-                                                   {"CheckIn", m.CheckIn},
-                                                   {"CheckOut", m.CheckOut},
-                                                   {"UndoCheckout", m.UndoCheckout}};
+        const QList<QPair<const char *, bool>> all { { "Edit", m.Edit }, { "Rename", m.Rename }, { "Delete", m.Delete },
+            { "AddToVSS", m.AddToVSS }, { "AddToSQL", m.AddToSQL }, { "DeleteFromVSS", m.DeleteFromVSS },
+            { "DeleteFromSQL", m.DeleteFromSQL }, { "EditPermissions", m.EditPermissions },
+            { "GetLatestVersion", m.GetLatestVersion }, { "CheckIn", m.CheckIn }, { "CheckOut", m.CheckOut },
+            { "UndoCheckout", m.UndoCheckout } };
         for (const auto &f : all) {
             if (f.second)
                 on.append(QLatin1String(f.first));
@@ -81,14 +74,17 @@ private Q_SLOTS:
         QTest::addColumn<QString>("state");
         QTest::addColumn<QString>("icon");
         QTest::addColumn<QString>("menu");
-        const QList<QStringList> rows{
-            {"checked in", "STOREDPROCEDURE:CHECKEDIN", "Edit Rename Delete EditPermissions GetLatestVersion CheckOut"},
-            {"checked out by me", "STOREDPROCEDURE:CHECKEDOUT", "Edit Rename Delete EditPermissions CheckIn UndoCheckout"},
-            {"checked out by another", "STOREDPROCEDURE:CHECKEDINOUT", "Edit Rename Delete EditPermissions GetLatestVersion"},
-            {"only in SQL", "STOREDPROCEDURE:VSSBROKEN", "AddToVSS DeleteFromSQL EditPermissions"},
-            {"only in VSS", "STOREDPROCEDURE:SQLBROKEN", "AddToSQL DeleteFromVSS"},
+        const QList<QStringList> rows {
+            { "checked in", "STOREDPROCEDURE:CHECKEDIN",
+                "Edit Rename Delete EditPermissions GetLatestVersion CheckOut" },
+            { "checked out by me", "STOREDPROCEDURE:CHECKEDOUT",
+                "Edit Rename Delete EditPermissions CheckIn UndoCheckout" },
+            { "checked out by another", "STOREDPROCEDURE:CHECKEDINOUT",
+                "Edit Rename Delete EditPermissions GetLatestVersion" },
+            { "only in SQL", "STOREDPROCEDURE:VSSBROKEN", "AddToVSS DeleteFromSQL EditPermissions" },
+            { "only in VSS", "STOREDPROCEDURE:SQLBROKEN", "AddToSQL DeleteFromVSS" },
         };
-        for (const QString &kind : {QStringLiteral("PostgreSQL"), QStringLiteral("SQLServer")}) {
+        for (const QString &kind : { QStringLiteral("PostgreSQL"), QStringLiteral("SQLServer") }) {
             for (const QStringList &r : rows)
                 QTest::addRow("%s %s", qPrintable(kind), qPrintable(r[0])) << kind << r[0] << r[1] << r[2];
         }
@@ -137,11 +133,11 @@ private Q_SLOTS:
         QVERIFY(!o->SQLAndVSSDiffer());
 
         // Case counts, and so does white space inside the text.
-        QVERIFY(b->vss->ChangeItemContent(item, text.trimmed().replace(QLatin1String("CREATE"), QLatin1String("create")),
-                                          QString(), true));
+        QVERIFY(b->vss->ChangeItemContent(
+            item, text.trimmed().replace(QLatin1String("CREATE"), QLatin1String("create")), QString(), true));
         QVERIFY(o->SQLAndVSSDiffer());
-        QVERIFY(b->vss->ChangeItemContent(item, text.trimmed().replace(QLatin1Char(' '), QLatin1String("  ")),
-                                          QString(), true));
+        QVERIFY(b->vss->ChangeItemContent(
+            item, text.trimmed().replace(QLatin1Char(' '), QLatin1String("  ")), QString(), true));
         QVERIFY(o->SQLAndVSSDiffer());
         // The latest checked-in text counts, not the user's working copy.
         QVERIFY(b->vss->ChangeItemContent(item, text, QString(), true));
@@ -194,9 +190,9 @@ private Q_SLOTS:
         QStringList keys;
         for (const auto &n : *nodes)
             keys.append(n->Key);
-        QCOMPARE(keys, QStringList({QStringLiteral("OWNER") + id, QStringLiteral("F%1_field_1").arg(id),
-                                    QStringLiteral("F%1_field_2").arg(id), QStringLiteral("P") + id,
-                                    QStringLiteral("NOTINVSS") + id}));
+        QCOMPARE(keys,
+            QStringList({ QStringLiteral("OWNER") + id, QStringLiteral("F%1_field_1").arg(id),
+                QStringLiteral("F%1_field_2").arg(id), QStringLiteral("P") + id, QStringLiteral("NOTINVSS") + id }));
         const QList<QStringList> fields = b->ProcedureFields();
         KORVODBTItemPtr field = nodes->Item(QStringLiteral("F%1_field_1").arg(id));
         QCOMPARE(field->Text, fields[0][0]);
@@ -248,13 +244,13 @@ private Q_SLOTS:
         procedure.Generic().Name = QStringLiteral("usp_x");
         procedure.Generic().Owner = QStringLiteral("dbo");
         QCOMPARE(procedure.DropScript(),
-                 QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'[dbo].[usp_x]') AND "
-                                "OBJECTPROPERTY(id, N'IsProcedure') = 1) \r\n\t DROP PROCEDURE [dbo].[usp_x]"));
+            QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'[dbo].[usp_x]') AND "
+                           "OBJECTPROPERTY(id, N'IsProcedure') = 1) \r\n\t DROP PROCEDURE [dbo].[usp_x]"));
         KORVOUserDefinedFunction function;
         function.Generic().Name = QStringLiteral("f");
         QCOMPARE(function.DropScript(),
-                 QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'[f]') AND xtype IN "
-                                "(N'FN', N'IF', N'TF') ) \r\n\t DROP FUNCTION [f]"));
+            QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'[f]') AND xtype IN "
+                           "(N'FN', N'IF', N'TF') ) \r\n\t DROP FUNCTION [f]"));
     }
 
     void dropScriptRuns_data() { AddKindRows(); }
@@ -277,7 +273,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(temporary).fileName().contains(
             QRegularExpression(QStringLiteral("^StoredProcedure_\\d{14}_\\d{1,4}\\.sp$"))));
         QCOMPARE(QFileInfo(temporary).absolutePath(),
-                 QFileInfo(b->vss->GetItemFileName(QStringLiteral("x"))).absolutePath());
+            QFileInfo(b->vss->GetItemFileName(QStringLiteral("x"))).absolutePath());
         QCOMPARE(fresh->FileName(), temporary);
 
         // A path given while new replaces the temporary file, which goes.
@@ -316,8 +312,8 @@ private Q_SLOTS:
         const QString id = versioned(QStringLiteral("usp_x"));
         const QString item = id + QStringLiteral(".sp");
         QTest::qSleep(1100);
-        QVERIFY(b->vss->ChangeItemContent(item, b->ProcedureText(QStringLiteral("usp_x"), QStringLiteral("2")),
-                                          QStringLiteral("second"), true));
+        QVERIFY(b->vss->ChangeItemContent(
+            item, b->ProcedureText(QStringLiteral("usp_x"), QStringLiteral("2")), QStringLiteral("second"), true));
         KORVOTypedObjectPtr o = refreshed(id);
         const QList<QStringList> ascending = o->DateSummary(true);
         QCOMPARE(ascending.size(), 2);

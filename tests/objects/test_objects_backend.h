@@ -87,13 +87,13 @@ protected:
     bool OpenVSS(QString &why)
     {
         repo = std::make_unique<SvnTestRepository>();
-        if (!repo->IsValid() || !repo->MakeFolders({QStringLiteral("Db/Objects")})) {
+        if (!repo->IsValid() || !repo->MakeFolders({ QStringLiteral("Db/Objects") })) {
             why = QStringLiteral("no Subversion repository");
             return false;
         }
         vss = std::make_shared<KORVOVSS>(ui);
-        why = vss->OpenConnection(repo->Url(), QStringLiteral("alice"), QString(), Project,
-                                  repo->Folder(QStringLiteral("work")), true, true);
+        why = vss->OpenConnection(
+            repo->Url(), QStringLiteral("alice"), QString(), Project, repo->Folder(QStringLiteral("work")), true, true);
         return why.isEmpty();
     }
 };
@@ -163,18 +163,23 @@ public:
     QString DropText(ObjectClass cls, const QString &name, const QString &table) const override
     {
         switch (cls) {
-        case ObjectClass::StoredProcedure: return QStringLiteral("DROP PROCEDURE dbo.") + name;
-        case ObjectClass::UserDefinedFunction: return QStringLiteral("DROP FUNCTION dbo.") + name;
-        case ObjectClass::View: return QStringLiteral("DROP VIEW dbo.") + name;
-        case ObjectClass::Table: return QStringLiteral("DROP TABLE dbo.") + name;
-        case ObjectClass::Trigger: return QStringLiteral("DROP TRIGGER %1 ON dbo.%2").arg(name, table);
+        case ObjectClass::StoredProcedure:
+            return QStringLiteral("DROP PROCEDURE dbo.") + name;
+        case ObjectClass::UserDefinedFunction:
+            return QStringLiteral("DROP FUNCTION dbo.") + name;
+        case ObjectClass::View:
+            return QStringLiteral("DROP VIEW dbo.") + name;
+        case ObjectClass::Table:
+            return QStringLiteral("DROP TABLE dbo.") + name;
+        case ObjectClass::Trigger:
+            return QStringLiteral("DROP TRIGGER %1 ON dbo.%2").arg(name, table);
         }
         return QString();
     }
     QList<QStringList> ProcedureFields() const override
     {
-        return {{QStringLiteral("p_a"), QStringLiteral("integer")},
-                {QStringLiteral("p_b"), QStringLiteral("character varying")}};
+        return { { QStringLiteral("p_a"), QStringLiteral("integer") },
+            { QStringLiteral("p_b"), QStringLiteral("character varying") } };
     }
 };
 
@@ -204,7 +209,7 @@ public:
         other.SetKind(ServerKind::SQLServer());
         other.SetDriver(server.driver());
         other.OpenConnection(QStringLiteral("SQLTEST"), QStringLiteral("korvotest"), QStringLiteral("sa"),
-                             QStringLiteral("sa-pw"), KORVOSQL::UseNTNo, true);
+            QStringLiteral("sa-pw"), KORVOSQL::UseNTNo, true);
     }
     QString Database() const override { return QStringLiteral("korvotest"); }
 
@@ -227,20 +232,21 @@ public:
     }
     QString TriggerText(const QString &name, const QString &table) override
     {
-        return QStringLiteral("CREATE TRIGGER [dbo].[%1] ON [dbo].[%2] FOR INSERT, UPDATE AS SELECT 1").arg(name, table);
+        return QStringLiteral("CREATE TRIGGER [dbo].[%1] ON [dbo].[%2] FOR INSERT, UPDATE AS SELECT 1")
+            .arg(name, table);
     }
     QString DropText(ObjectClass cls, const QString &name, const QString &) const override
     {
-        static const QHash<ObjectClass, QString> words{{ObjectClass::StoredProcedure, QStringLiteral("PROCEDURE")},
-                                                      {ObjectClass::UserDefinedFunction, QStringLiteral("FUNCTION")},
-                                                      {ObjectClass::View, QStringLiteral("VIEW")},
-                                                      {ObjectClass::Table, QStringLiteral("TABLE")},
-                                                      {ObjectClass::Trigger, QStringLiteral("TRIGGER")}};
+        static const QHash<ObjectClass, QString> words { { ObjectClass::StoredProcedure, QStringLiteral("PROCEDURE") },
+            { ObjectClass::UserDefinedFunction, QStringLiteral("FUNCTION") },
+            { ObjectClass::View, QStringLiteral("VIEW") }, { ObjectClass::Table, QStringLiteral("TABLE") },
+            { ObjectClass::Trigger, QStringLiteral("TRIGGER") } };
         return QStringLiteral("DROP %1 [dbo].[%2]").arg(words.value(cls), name);
     }
     QList<QStringList> ProcedureFields() const override
     {
-        return {{QStringLiteral("@a"), QStringLiteral("int")}, {QStringLiteral("@b"), QStringLiteral("varchar(10)")}};
+        return { { QStringLiteral("@a"), QStringLiteral("int") },
+            { QStringLiteral("@b"), QStringLiteral("varchar(10)") } };
     }
 };
 

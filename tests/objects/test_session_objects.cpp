@@ -12,7 +12,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-namespace {
+namespace
+{
 
 class Listener : public KORVOSessionListener
 {
@@ -66,19 +67,18 @@ class TestSessionObjects : public QObject
         if (refuseFunctions) {
             // The probe's own function already there makes the probe fail.
             b->sql->ExecuteSQL(b->IsPostgreSQL()
-                                   ? QStringLiteral("CREATE FUNCTION udfcheck_sql_server_version() RETURNS integer "
-                                                    "LANGUAGE sql AS 'SELECT 1'")
-                                   : QStringLiteral("CREATE FUNCTION udfCheck_SQL_SERVER_VERSION () RETURNS INT AS "
-                                                    "BEGIN RETURN 1 END"));
+                    ? QStringLiteral("CREATE FUNCTION udfcheck_sql_server_version() RETURNS integer "
+                                     "LANGUAGE sql AS 'SELECT 1'")
+                    : QStringLiteral("CREATE FUNCTION udfCheck_SQL_SERVER_VERSION () RETURNS INT AS "
+                                     "BEGIN RETURN 1 END"));
         }
         session = std::make_unique<KORVODatabase>(b->ui, std::make_shared<KORVOObjectFactory>(),
-                                                  KORVODatabase::MainWindowFactory(),
-                                                  settings.filePath(QStringLiteral("korvo.conf")));
+            KORVODatabase::MainWindowFactory(), settings.filePath(QStringLiteral("korvo.conf")));
         session->SetListener(&listener);
         project = std::make_shared<KORVOProject>(b->ui);
         b->Bind(*project->SQL());
         project->VSS()->OpenConnection(b->repo->Url(), QStringLiteral("alice"), QString(), ObjectsBackend::Project,
-                                       b->repo->Folder(QStringLiteral("session")), true, true);
+            b->repo->Folder(QStringLiteral("session")), true, true);
         if (!project->SQL()->ConnectionOpen() || !project->VSS()->ConnectionOpen())
             return false;
         session->SetProject(project);
@@ -108,9 +108,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("kind");
         QTest::addColumn<bool>("refuse");
         QTest::addColumn<QStringList>("roots");
-        const QStringList all{"StoredProcedures", "Tables", "UserDefinedFunctions", "Views"};
-        const QStringList withoutFunctions{"StoredProcedures", "Tables", "Views"};
-        for (const QString &kind : {QStringLiteral("PostgreSQL"), QStringLiteral("SQLServer")}) {
+        const QStringList all { "StoredProcedures", "Tables", "UserDefinedFunctions", "Views" };
+        const QStringList withoutFunctions { "StoredProcedures", "Tables", "Views" };
+        for (const QString &kind : { QStringLiteral("PostgreSQL"), QStringLiteral("SQLServer") }) {
             QTest::addRow("%s", qPrintable(kind)) << kind << false << all;
             QTest::addRow("%s refusing functions", qPrintable(kind)) << kind << true << withoutFunctions;
         }
@@ -123,7 +123,7 @@ private Q_SLOTS:
         QStringList types;
         for (const auto &c : session->Collections())
             types.append(c->ObjectType());
-        QCOMPARE(types, QStringList({"StoredProcedures", "Tables", "UserDefinedFunctions", "Views", "Triggers"}));
+        QCOMPARE(types, QStringList({ "StoredProcedures", "Tables", "UserDefinedFunctions", "Views", "Triggers" }));
 
         KORVODBTItemsPtr items = session->GetItemInfo(QStringLiteral("Start"), QString());
         QCOMPARE(keys(items), roots);
@@ -131,9 +131,9 @@ private Q_SLOTS:
         QCOMPARE(items->Item(QStringLiteral("Views"))->Children().FirstChild()->Key, QStringLiteral("Views_tmp"));
         // Triggers are editable, though not a root folder.
         QCOMPARE(keys(session->AvailableEditableObjects()),
-                 QStringList(roots).filter(QRegularExpression("^(?!Tables)")) << QStringLiteral("Triggers"));
+            QStringList(roots).filter(QRegularExpression("^(?!Tables)")) << QStringLiteral("Triggers"));
         QCOMPARE(keys(session->GetItemsForNewMenu()),
-                 QStringList({"StoredProcedure", "UserDefinedFunction", "View", "Trigger"}));
+            QStringList({ "StoredProcedure", "UserDefinedFunction", "View", "Trigger" }));
         QVERIFY(session->Icons()->Names().contains(QStringLiteral("TRIGGER:DELETE")));
 
         // The second set follows the same probe and sees SQL only.
@@ -144,8 +144,9 @@ private Q_SLOTS:
         QStringList secondTypes;
         for (const auto &c : second)
             secondTypes.append(c->ObjectType());
-        QCOMPARE(secondTypes, refuse ? QStringList({"StoredProcedures", "Triggers", "Views"})
-                                     : QStringList({"StoredProcedures", "Triggers", "UserDefinedFunctions", "Views"}));
+        QCOMPARE(secondTypes,
+            refuse ? QStringList({ "StoredProcedures", "Triggers", "Views" })
+                   : QStringList({ "StoredProcedures", "Triggers", "UserDefinedFunctions", "Views" }));
         bool cancel = false;
         second.first()->RefreshList(cancel);
         auto procedure = std::dynamic_pointer_cast<KORVOTypedObject>(second.first()->Item(id));
@@ -162,20 +163,23 @@ private Q_SLOTS:
         const QString id = versioned(QStringLiteral("usp_a"));
         const QString key = QStringLiteral("I") + id;
 
-        KORVODBTItemsPtr folder = session->GetItemInfo(QStringLiteral("StoredProcedures"), QStringLiteral("StoredProcedures"));
-        QCOMPARE(keys(folder), QStringList{key});
+        KORVODBTItemsPtr folder
+            = session->GetItemInfo(QStringLiteral("StoredProcedures"), QStringLiteral("StoredProcedures"));
+        QCOMPARE(keys(folder), QStringList { key });
         QCOMPARE(folder->FirstChild()->Text, QStringLiteral("dbo.usp_a"));
         QCOMPARE(listener.events.first(), QStringLiteral("R StoredProcedures Stored Procedures 0/3"));
         QCOMPARE(listener.events.last(), QStringLiteral("C StoredProcedures Stored Procedures"));
 
         // Under an object the owner shows by the other setting.
         KORVODBTItemsPtr nodes = session->GetItemInfo(QStringLiteral("StoredProcedure"), key, false, true);
-        QCOMPARE(keys(nodes), QStringList({QStringLiteral("F%1_field_1").arg(id), QStringLiteral("F%1_field_2").arg(id),
-                                           QStringLiteral("P") + id}));
+        QCOMPARE(keys(nodes),
+            QStringList({ QStringLiteral("F%1_field_1").arg(id), QStringLiteral("F%1_field_2").arg(id),
+                QStringLiteral("P") + id }));
         QCOMPARE(nodes->FirstChild()->Children().Count(), 2);
         session->SetShowOwnerNameInProp(true);
         nodes = session->GetItemInfo(QStringLiteral("StoredProcedure"), key, true, false);
-        QCOMPARE(keys(nodes), QStringList({QStringLiteral("F%1_field_1").arg(id), QStringLiteral("F%1_field_2").arg(id)}));
+        QCOMPARE(
+            keys(nodes), QStringList({ QStringLiteral("F%1_field_1").arg(id), QStringLiteral("F%1_field_2").arg(id) }));
         QCOMPARE(nodes->FirstChild()->Children().Count(), 1);
         QVERIFY(session->GetItemInfo(QStringLiteral("Permission"), QStringLiteral("P") + id));
 
@@ -235,7 +239,7 @@ private Q_SLOTS:
 
         // The next listing moves the file to the new id.
         session->GetItemInfo(QStringLiteral("StoredProcedures"), QStringLiteral("StoredProcedures"));
-        QCOMPARE(b->Files(QStringLiteral("*.sp")), QStringList{newId + QStringLiteral(".sp")});
+        QCOMPARE(b->Files(QStringLiteral("*.sp")), QStringList { newId + QStringLiteral(".sp") });
 
         // Gone on both sides: the node goes.
         b->Drop(ObjectClass::StoredProcedure, QStringLiteral("usp_a"));
@@ -255,11 +259,12 @@ private Q_SLOTS:
         QVERIFY(setUp());
         const QString t1 = b->Create(b->TableText(QStringLiteral("t1")), QStringLiteral("t1"));
         const QString t2 = b->Create(b->TableText(QStringLiteral("t2")), QStringLiteral("t2"));
-        const QString x = b->Create(b->TriggerText(QStringLiteral("trg_x"), QStringLiteral("t1")), QStringLiteral("trg_x"));
+        const QString x
+            = b->Create(b->TriggerText(QStringLiteral("trg_x"), QStringLiteral("t1")), QStringLiteral("trg_x"));
         b->Create(b->TriggerText(QStringLiteral("trg_y"), QStringLiteral("t2")), QStringLiteral("trg_y"));
 
         QCOMPARE(keys(session->GetItemInfo(QStringLiteral("Tables"), QStringLiteral("Tables"))),
-                 QStringList({QStringLiteral("I") + t1, QStringLiteral("I") + t2}));
+            QStringList({ QStringLiteral("I") + t1, QStringLiteral("I") + t2 }));
         KORVODBTItemsPtr nodes = session->GetItemInfo(QStringLiteral("Table"), QStringLiteral("I") + t1);
         KORVODBTItemPtr triggersNode = nodes->Item(QStringLiteral("T") + t1);
         QVERIFY(triggersNode);
@@ -267,8 +272,9 @@ private Q_SLOTS:
         QCOMPARE(triggersNode->Text, QStringLiteral("Triggers"));
         QCOMPARE(triggersNode->ImageName, QStringLiteral("TRIGGERS"));
         QCOMPARE(keys(session->GetItemInfo(QStringLiteral("Triggers"), QStringLiteral("T") + t1)),
-                 QStringList{QStringLiteral("I") + x});
-        QCOMPARE(session->RefreshItem(QStringLiteral("Triggers"), QStringLiteral("T") + t1)->Key, QStringLiteral("T") + t1);
+            QStringList { QStringLiteral("I") + x });
+        QCOMPARE(
+            session->RefreshItem(QStringLiteral("Triggers"), QStringLiteral("T") + t1)->Key, QStringLiteral("T") + t1);
 
         // A table dropped and recreated under its name keeps its node.
         b->Drop(ObjectClass::Table, QStringLiteral("t2"));

@@ -2,7 +2,8 @@
 // lists, and by which a name read from a text is looked up.
 #include "ServerKind.h"
 
-namespace {
+namespace
+{
 
 QString pgLiteral(const QString &text)
 {
@@ -22,8 +23,7 @@ QString pgUserObjects(const char *catalogue, const char *oidColumn)
 
 // The FROM and WHERE of all user objects of one class, with the columns id,
 // name and schema reachable as p.oid / p.proname etc.
-struct PgShape
-{
+struct PgShape {
     QString idColumn, nameColumn, from, where;
 };
 
@@ -32,23 +32,23 @@ PgShape pgShape(ObjectClass cls)
     switch (cls) {
     case ObjectClass::StoredProcedure:
     case ObjectClass::UserDefinedFunction:
-        return {QStringLiteral("p.oid"), QStringLiteral("p.proname"),
-                QStringLiteral("FROM pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace "),
-                QStringLiteral("WHERE p.prokind = '%1' AND ")
-                        .arg(cls == ObjectClass::StoredProcedure ? QLatin1Char('p') : QLatin1Char('f'))
-                    + pgUserObjects("pg_proc", "p.oid")};
+        return { QStringLiteral("p.oid"), QStringLiteral("p.proname"),
+            QStringLiteral("FROM pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace "),
+            QStringLiteral("WHERE p.prokind = '%1' AND ")
+                    .arg(cls == ObjectClass::StoredProcedure ? QLatin1Char('p') : QLatin1Char('f'))
+                + pgUserObjects("pg_proc", "p.oid") };
     case ObjectClass::View:
     case ObjectClass::Table:
-        return {QStringLiteral("c.oid"), QStringLiteral("c.relname"),
-                QStringLiteral("FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "),
-                (cls == ObjectClass::View ? QStringLiteral("WHERE c.relkind = 'v' AND ")
-                                          : QStringLiteral("WHERE c.relkind IN ('r','p') AND "))
-                    + pgUserObjects("pg_class", "c.oid")};
+        return { QStringLiteral("c.oid"), QStringLiteral("c.relname"),
+            QStringLiteral("FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "),
+            (cls == ObjectClass::View ? QStringLiteral("WHERE c.relkind = 'v' AND ")
+                                      : QStringLiteral("WHERE c.relkind IN ('r','p') AND "))
+                + pgUserObjects("pg_class", "c.oid") };
     case ObjectClass::Trigger:
-        return {QStringLiteral("t.oid"), QStringLiteral("t.tgname"),
-                QStringLiteral("FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class c ON c.oid = t.tgrelid "
-                               "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "),
-                QStringLiteral("WHERE NOT t.tgisinternal AND ") + pgUserObjects("pg_class", "c.oid")};
+        return { QStringLiteral("t.oid"), QStringLiteral("t.tgname"),
+            QStringLiteral("FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class c ON c.oid = t.tgrelid "
+                           "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "),
+            QStringLiteral("WHERE NOT t.tgisinternal AND ") + pgUserObjects("pg_class", "c.oid") };
     }
     return {};
 }
@@ -69,8 +69,8 @@ ServerKind::VersionedStatements SQLServerKind::VersionedObjectStatements(ObjectC
     s.DBQueryByOwner = QStringLiteral(" AND su.name = ");
     s.DBQueryByID = QStringLiteral(" AND so.id = ");
 
-    const QString start = QStringLiteral(
-        "SELECT so.id, so.name, su.name AS [UserName] FROM sysobjects so INNER JOIN sysusers su ON so.uid = su.uid WHERE ");
+    const QString start = QStringLiteral("SELECT so.id, so.name, su.name AS [UserName] FROM sysobjects so INNER JOIN "
+                                         "sysusers su ON so.uid = su.uid WHERE ");
     QString property, dropKeyword;
     switch (cls) {
     case ObjectClass::StoredProcedure:
@@ -94,9 +94,11 @@ ServerKind::VersionedStatements SQLServerKind::VersionedObjectStatements(ObjectC
     if (cls == ObjectClass::UserDefinedFunction) {
         s.DBQueryStart = start + QStringLiteral("so.xtype IN (N'FN', N'IF', N'TF') ");
         s.ExistsSQL2 = QStringLiteral("') AND xtype IN (N'FN', N'IF', N'TF') ) ");
-        s.ListQuery = QStringLiteral("SELECT id, name FROM sysobjects WHERE xtype in (N'FN', N'IF', N'TF') ORDER BY name");
-        s.LookupQuery = QStringLiteral("SELECT id FROM sysobjects WHERE category <> 2 AND xtype in (N'FN', N'IF', N'TF') "
-                                       "AND id = OBJECT_ID(N'#NAME#')");
+        s.ListQuery
+            = QStringLiteral("SELECT id, name FROM sysobjects WHERE xtype in (N'FN', N'IF', N'TF') ORDER BY name");
+        s.LookupQuery
+            = QStringLiteral("SELECT id FROM sysobjects WHERE category <> 2 AND xtype in (N'FN', N'IF', N'TF') "
+                             "AND id = OBJECT_ID(N'#NAME#')");
     } else {
         s.DBQueryStart = start + QStringLiteral("OBJECTPROPERTY(so.id, N'%1') = 1 ").arg(property);
         s.ExistsSQL2 = QStringLiteral("') AND OBJECTPROPERTY(id, N'%1') = 1) ").arg(property);
@@ -108,9 +110,10 @@ ServerKind::VersionedStatements SQLServerKind::VersionedObjectStatements(ObjectC
             s.ListQuery = QStringLiteral("SELECT id, name FROM sysobjects WHERE OBJECTPROPERTY(id, N'%1') = 1 AND "
                                          "category <> 2 ORDER BY name")
                               .arg(property);
-        s.LookupQuery = QStringLiteral("SELECT id FROM sysobjects WHERE category <> 2 AND OBJECTPROPERTY(id, N'%1') = 1 "
-                                       "AND id = OBJECT_ID(N'#NAME#')")
-                            .arg(property);
+        s.LookupQuery
+            = QStringLiteral("SELECT id FROM sysobjects WHERE category <> 2 AND OBJECTPROPERTY(id, N'%1') = 1 "
+                             "AND id = OBJECT_ID(N'#NAME#')")
+                  .arg(property);
     }
     s.DropSQL2 = s.ExistsSQL2 + QStringLiteral("\r\n\t") + dropKeyword;
     if (cls == ObjectClass::Trigger)
@@ -142,9 +145,10 @@ ServerKind::VersionedStatements PostgreSQLKind::VersionedObjectStatements(Object
     // No size, precision or scale comes with a routine's argument types; an
     // unnamed argument is shown as PostgreSQL names it ($1, $2 ...).
     if (cls == ObjectClass::StoredProcedure || cls == ObjectClass::UserDefinedFunction) {
-        s.ParameterQuery1 = QStringLiteral("SELECT x.\"ColName\", NULL::int AS \"ColLength\", NULL::int AS "
-                                           "\"ColXprec\", NULL::int AS \"ColScale\", 1 AS \"ColNullable\", x.\"ColType\" "
-                                           "FROM pg_catalog.pg_proc p CROSS JOIN LATERAL (");
+        s.ParameterQuery1
+            = QStringLiteral("SELECT x.\"ColName\", NULL::int AS \"ColLength\", NULL::int AS "
+                             "\"ColXprec\", NULL::int AS \"ColScale\", 1 AS \"ColNullable\", x.\"ColType\" "
+                             "FROM pg_catalog.pg_proc p CROSS JOIN LATERAL (");
         if (cls == ObjectClass::UserDefinedFunction)
             // The return type comes first, as a row without a name.
             s.ParameterQuery1 += QStringLiteral("SELECT 0::bigint AS ord, ''::text AS \"ColName\", "
@@ -164,7 +168,7 @@ ServerKind::VersionedStatements PostgreSQLKind::VersionedObjectStatements(Object
     }
     s.ListQuery = QStringLiteral("SELECT %1::bigint AS id, %2::text AS name%3 ")
                       .arg(shape.idColumn, shape.nameColumn,
-                           cls == ObjectClass::Trigger ? QStringLiteral(", t.tgrelid::bigint AS parent_obj") : QString())
+                          cls == ObjectClass::Trigger ? QStringLiteral(", t.tgrelid::bigint AS parent_obj") : QString())
         + shape.from + shape.where + QStringLiteral("ORDER BY 2, 1");
     if (cls == ObjectClass::Trigger)
         s.TriggerEventsQuery = QStringLiteral(
