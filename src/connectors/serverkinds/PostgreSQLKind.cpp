@@ -21,18 +21,27 @@ const char *const UserSchemas = "n.nspname NOT IN ('pg_catalog','information_sch
 // Every programmable object and table with id, name and owner (schema). Oids
 // come from one counter, so within a database they do not collide in practice
 // across the three catalogues.
-QString objectsUnion()
+// All objects with an id, name and owner. With an id the filter sits inside each
+// branch on the oid itself, so that the catalogue's oid indexes serve the lookup.
+QString objectsUnion(QString id = QString())
 {
+    // An oid is unsigned 32-bit; a number outside that names no object.
+    if (!id.isEmpty() && (id.toLongLong() < 0 || id.toLongLong() > 4294967295LL))
+        id = QStringLiteral("NULL");
+    const QString p = id.isEmpty() ? QString() : QStringLiteral(" AND p.oid = ") + id;
+    const QString c = id.isEmpty() ? QString() : QStringLiteral(" AND c.oid = ") + id;
+    const QString t = id.isEmpty() ? QString() : QStringLiteral(" AND t.oid = ") + id;
     return QStringLiteral(
-        "(SELECT p.oid::bigint AS id, p.proname AS name, n.nspname AS owner, n.nspname AS nspname "
-        "FROM pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace "
-        "WHERE p.prokind IN ('f','p') "
-        "UNION ALL SELECT c.oid::bigint, c.relname, n.nspname, n.nspname "
-        "FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
-        "WHERE c.relkind IN ('v','r','p') "
-        "UNION ALL SELECT t.oid::bigint, t.tgname, n.nspname, n.nspname "
-        "FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class c ON c.oid = t.tgrelid "
-        "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace WHERE NOT t.tgisinternal) o");
+               "(SELECT p.oid::bigint AS id, p.proname AS name, n.nspname AS owner, n.nspname AS nspname "
+               "FROM pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace "
+               "WHERE p.prokind IN ('f','p')%1 "
+               "UNION ALL SELECT c.oid::bigint, c.relname, n.nspname, n.nspname "
+               "FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
+               "WHERE c.relkind IN ('v','r','p')%2 "
+               "UNION ALL SELECT t.oid::bigint, t.tgname, n.nspname, n.nspname "
+               "FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class c ON c.oid = t.tgrelid "
+               "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace WHERE NOT t.tgisinternal%3) o")
+        .arg(p, c, t);
 }
 
 // A number for an id, or NULL: ids are put into statements as they stand.
@@ -136,14 +145,13 @@ QString PostgreSQLKind::ObjectIDStatement(const QString &name, const QString &ow
 
 QString PostgreSQLKind::ObjectNameStatement(const QString &idLiteral) const
 {
-    return QStringLiteral("SELECT o.name AS \"ObjectName\", o.owner AS \"UserName\" FROM ") + objectsUnion()
-        + QStringLiteral(" WHERE o.id = ") + idOrNull(idLiteral);
+    return QStringLiteral("SELECT o.name AS \"ObjectName\", o.owner AS \"UserName\" FROM ")
+        + objectsUnion(idOrNull(idLiteral));
 }
 
 QString PostgreSQLKind::ObjectOwnerStatement(const QString &id) const
 {
-    return QStringLiteral("SELECT o.owner AS name FROM ") + objectsUnion() + QStringLiteral(" WHERE o.id = ")
-        + idOrNull(id);
+    return QStringLiteral("SELECT o.owner AS name FROM ") + objectsUnion(idOrNull(id));
 }
 
 QString PostgreSQLKind::ObjectTextStatement(const QString &id, const QString &) const
