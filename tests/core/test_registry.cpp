@@ -16,6 +16,8 @@ private:
     QString mFile;
     static constexpr long HKCU = Registry::HKEY_CURRENT_USER;
     static QString Folder() { return Registry::Folder(); }
+    static QString Sub(const char *name) { return Registry::SubPath(QLatin1String(name)); }
+    QString Outside(const QString &key) const { return QSettings(mFile, QSettings::IniFormat).value(key).toString(); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -42,15 +44,12 @@ private Q_SLOTS:
         QCOMPARE(reg.GetValue(HKCU, Folder(), QStringLiteral("WinHeight")), QString());
         QCOMPARE(reg.GetAllValues(HKCU, Folder()).Count(), 0);
         QCOMPARE(reg.GetAllSubKeys(HKCU, Folder(), true, true)->Count(), 0);
-
-        const auto key = reg.GetKeyData(HKCU, Registry::SubPath(QStringLiteral("4")), true, true);
+        const auto key = reg.GetKeyData(HKCU, Sub("4"), true, true);
         QVERIFY(key);
-        QCOMPARE(key->Name, QStringLiteral("4"));
-        QCOMPARE(key->Path, QStringLiteral("Software\\KORVO Integration\\4"));
-        QCOMPARE(key->Key, QStringLiteral("HKEY_CURRENT_USER\\Software\\KORVO Integration\\4"));
+        QCOMPARE(key->Name, "4");
+        QCOMPARE(key->Key, "HKEY_CURRENT_USER\\Software\\KORVO Integration\\4");
         QCOMPARE(key->Root, HKCU);
-        QCOMPARE(key->Values.Count(), 0);
-        QCOMPARE(key->SubKeys->Count(), 0);
+        QCOMPARE(key->Values.Count() + key->SubKeys->Count(), 0);
         QVERIFY(!QFile::exists(mFile));
     }
 
@@ -58,24 +57,17 @@ private Q_SLOTS:
     {
         Registry reg(mFile);
         QVERIFY(reg.WriteValue(HKCU, Folder(), QStringLiteral("WinHeight"), QStringLiteral("5000")));
-        QVERIFY(reg.WriteValue(
-            HKCU, Registry::SubPath(QStringLiteral("1")), QStringLiteral("PrjName"), QStringLiteral("Sales, North")));
-
-        QSettings outside(mFile, QSettings::IniFormat);
-        QCOMPARE(outside.value(QStringLiteral("WinHeight")).toString(), QStringLiteral("5000"));
-        QCOMPARE(outside.value(QStringLiteral("1/PrjName")).toString(), QStringLiteral("Sales, North"));
-
+        QVERIFY(reg.WriteValue(HKCU, Sub("1"), QStringLiteral("PrjName"), QStringLiteral("Sales, North")));
+        QCOMPARE(Outside(QStringLiteral("WinHeight")), "5000");
+        QCOMPARE(Outside(QStringLiteral("1/PrjName")), "Sales, North");
         // Another Registry on the same file sees it; so does this one after an outside write.
         Registry other(mFile);
-        QCOMPARE(other.GetValue(HKCU, Folder(), QStringLiteral("WinHeight")), QStringLiteral("5000"));
-        QCOMPARE(other.GetValue(HKCU, Registry::SubPath(QStringLiteral("1")), QStringLiteral("PrjName")),
-            QStringLiteral("Sales, North"));
-        outside.setValue(QStringLiteral("WinWidth"), QStringLiteral("7000"));
-        outside.sync();
-        QCOMPARE(reg.GetValue(HKCU, Folder(), QStringLiteral("WinWidth")), QStringLiteral("7000"));
+        QCOMPARE(other.GetValue(HKCU, Sub("1"), QStringLiteral("PrjName")), "Sales, North");
+        QSettings(mFile, QSettings::IniFormat).setValue(QStringLiteral("WinWidth"), QStringLiteral("7000"));
+        QCOMPARE(reg.GetValue(HKCU, Folder(), QStringLiteral("WinWidth")), "7000");
         QVERIFY(reg.KeyExists(HKCU, Folder()));
-        QVERIFY(reg.KeyExists(HKCU, Registry::SubPath(QStringLiteral("1"))));
-        QVERIFY(!reg.KeyExists(HKCU, Registry::SubPath(QStringLiteral("2"))));
+        QVERIFY(reg.KeyExists(HKCU, Sub("1")));
+        QVERIFY(!reg.KeyExists(HKCU, Sub("2")));
     }
 
     void pathsAndRoots_data()
@@ -83,13 +75,13 @@ private Q_SLOTS:
         QTest::addColumn<long>("root");
         QTest::addColumn<QString>("path");
         QTest::addColumn<bool>("inStore");
-        QTest::newRow("folder") << HKCU << QStringLiteral("Software\\KORVO Integration") << true;
-        QTest::newRow("trailing separator") << HKCU << QStringLiteral("Software\\KORVO Integration\\") << true;
-        QTest::newRow("other case") << HKCU << QStringLiteral("SOFTWARE\\korvo integration") << true;
-        QTest::newRow("slashes") << HKCU << QStringLiteral("Software/KORVO Integration") << true;
-        QTest::newRow("other folder") << HKCU << QStringLiteral("Software\\Other") << false;
-        QTest::newRow("parent") << HKCU << QStringLiteral("Software") << false;
-        QTest::newRow("other root") << long(0x80000002) << QStringLiteral("Software\\KORVO Integration") << false;
+        QTest::newRow("folder") << HKCU << "Software\\KORVO Integration" << true;
+        QTest::newRow("trailing separator") << HKCU << "Software\\KORVO Integration\\" << true;
+        QTest::newRow("other case") << HKCU << "SOFTWARE\\korvo integration" << true;
+        QTest::newRow("slashes") << HKCU << "Software/KORVO Integration" << true;
+        QTest::newRow("other folder") << HKCU << "Software\\Other" << false;
+        QTest::newRow("parent") << HKCU << "Software" << false;
+        QTest::newRow("other root") << long(0x80000002) << "Software\\KORVO Integration" << false;
     }
 
     void pathsAndRoots()
@@ -98,13 +90,12 @@ private Q_SLOTS:
         QFETCH(QString, path);
         QFETCH(bool, inStore);
         Registry reg(mFile);
-        QCOMPARE(reg.WriteValue(root, path, QStringLiteral("ShowCommentPrompt"), QStringLiteral("0")), inStore);
+        const QString name = QStringLiteral("ShowCommentPrompt");
+        QCOMPARE(reg.WriteValue(root, path, name, QStringLiteral("0")), inStore);
         QCOMPARE(reg.KeyExists(root, path), inStore);
-        QCOMPARE(reg.KeyValueExists(root, path, QStringLiteral("ShowCommentPrompt")), inStore);
-        QCOMPARE(
-            reg.GetValue(root, path, QStringLiteral("ShowCommentPrompt")), inStore ? QStringLiteral("0") : QString());
-        QSettings outside(mFile, QSettings::IniFormat);
-        QCOMPARE(outside.allKeys(), inStore ? QStringList { QStringLiteral("ShowCommentPrompt") } : QStringList());
+        QCOMPARE(reg.KeyValueExists(root, path, name), inStore);
+        QCOMPARE(reg.GetValue(root, path, name), inStore ? "0" : QString());
+        QCOMPARE(QSettings(mFile, QSettings::IniFormat).allKeys(), inStore ? QStringList { name } : QStringList());
     }
 
     void valueNamesCompareExactly()
@@ -115,19 +106,16 @@ private Q_SLOTS:
         QVERIFY(!reg.KeyValueExists(HKCU, Folder(), QStringLiteral("prjname")));
         QVERIFY(!reg.KeyValueExists(HKCU, Folder(), QStringLiteral("PrjNam")));
         // Names that would nest in the store are refused.
-        QVERIFY(!reg.WriteValue(HKCU, Folder(), QStringLiteral("a/b"), QStringLiteral("x")));
-        QVERIFY(!reg.WriteValue(HKCU, Folder(), QStringLiteral("a\\b"), QStringLiteral("x")));
-        QVERIFY(!reg.WriteValue(HKCU, Folder(), QString(), QStringLiteral("x")));
+        for (const char *bad : { "a/b", "a\\b", "" })
+            QVERIFY(!reg.WriteValue(HKCU, Folder(), QLatin1String(bad), QStringLiteral("x")));
     }
 
     void subKeysInNumericOrderWithValuesAndRecursion()
     {
         Registry reg(mFile);
         for (const char *n : { "10", "2", "abc", "1", "1.5" })
-            reg.WriteValue(HKCU, Registry::SubPath(QLatin1String(n)), QStringLiteral("PrjName"),
-                QStringLiteral("P") + QLatin1String(n));
-        reg.WriteValue(
-            HKCU, Registry::SubPath(QStringLiteral("2\\Inner")), QStringLiteral("Deep"), QStringLiteral("yes"));
+            reg.WriteValue(HKCU, Sub(n), QStringLiteral("PrjName"), QStringLiteral("P") + QLatin1String(n));
+        reg.WriteValue(HKCU, Sub("2\\Inner"), QStringLiteral("Deep"), QStringLiteral("yes"));
         reg.WriteValue(HKCU, Folder(), QStringLiteral("ProjectToOpen"), QStringLiteral("1"));
 
         const auto keys = reg.GetAllSubKeys(HKCU, Folder(), true, true);
@@ -135,23 +123,21 @@ private Q_SLOTS:
         for (const auto &k : *keys)
             names << k->Name;
         QCOMPARE(names, (QStringList { "1", "2", "10", "1.5", "abc" }));
-
         const auto two = keys->Item(QStringLiteral("2"));
         QVERIFY(two);
-        QCOMPARE(two->Path, QStringLiteral("Software\\KORVO Integration\\2"));
-        QCOMPARE(two->Key, QStringLiteral("HKEY_CURRENT_USER\\Software\\KORVO Integration\\2"));
-        QCOMPARE(two->GetValueData(QStringLiteral("PrjName")), QStringLiteral("P2"));
+        QCOMPARE(two->Path, "Software\\KORVO Integration\\2");
+        QCOMPARE(two->GetValueData(QStringLiteral("PrjName")), "P2");
         QCOMPARE(two->SubKeys->Count(), 1);
         const auto inner = two->SubKeys->Item(0);
-        QCOMPARE(inner->Name, QStringLiteral("Inner"));
-        QCOMPARE(inner->Path, QStringLiteral("Software\\KORVO Integration\\2\\Inner"));
-        QCOMPARE(inner->GetValueData(QStringLiteral("Deep")), QStringLiteral("yes"));
+        QCOMPARE(inner->Name, "Inner");
+        QCOMPARE(inner->Key, "HKEY_CURRENT_USER\\Software\\KORVO Integration\\2\\Inner");
+        QCOMPARE(inner->GetValueData(QStringLiteral("Deep")), "yes");
 
         // The flags: values only, sub-keys only.
         const auto valuesOnly = reg.GetKeyData(HKCU, Folder(), true, false);
-        QCOMPARE(valuesOnly->Name, QStringLiteral("KORVO Integration"));
+        QCOMPARE(valuesOnly->Name, "KORVO Integration");
         QCOMPARE(valuesOnly->Values.Count(), 1);
-        QCOMPARE(valuesOnly->GetValueData(QStringLiteral("ProjectToOpen")), QStringLiteral("1"));
+        QCOMPARE(valuesOnly->GetValueData(QStringLiteral("ProjectToOpen")), "1");
         QCOMPARE(valuesOnly->SubKeys->Count(), 0);
         const auto keysOnly = reg.GetKeyData(HKCU, Folder(), false, true);
         QCOMPARE(keysOnly->Values.Count(), 0);
@@ -173,9 +159,9 @@ private Q_SLOTS:
         }
         Registry reg(mFile);
         const RegistryValues values = reg.GetAllValues(HKCU, Folder());
-        QCOMPARE(values.Item(QStringLiteral("Bin"))->DataType, QStringLiteral("3"));
-        QCOMPARE(values.GetValueData(QStringLiteral("Bin")), QStringLiteral("0A FF 10"));
-        QCOMPARE(values.Item(QStringLiteral("Text"))->DataType, QStringLiteral("1"));
+        QCOMPARE(values.Item(QStringLiteral("Bin"))->DataType, "3");
+        QCOMPARE(values.GetValueData(QStringLiteral("Bin")), "0A FF 10");
+        QCOMPARE(values.Item(QStringLiteral("Text"))->DataType, "1");
         QCOMPARE(values.GetValueData(QStringLiteral("Len255")).size(), 255);
         // Longer names and texts are not read; binary data is cut to what fits.
         QVERIFY(!values.IsValidItem(QStringLiteral("Len256")));
@@ -190,46 +176,35 @@ private Q_SLOTS:
     void deleteKey()
     {
         Registry reg(mFile);
-        reg.WriteValue(HKCU, Registry::SubPath(QStringLiteral("1")), QStringLiteral("PrjName"), QStringLiteral("A"));
-        reg.WriteValue(HKCU, Registry::SubPath(QStringLiteral("2")), QStringLiteral("PrjName"), QStringLiteral("B"));
-        reg.WriteValue(HKCU, Registry::SubPath(QStringLiteral("2\\Sub")), QStringLiteral("X"), QStringLiteral("1"));
-
-        QVERIFY(!reg.DeleteKey(HKCU, Registry::SubPath(QStringLiteral("2")))); // has a sub-key
-        QVERIFY(!reg.DeleteKey(HKCU, Registry::SubPath(QStringLiteral("3")))); // missing
-        QVERIFY(reg.DeleteKey(HKCU, Registry::SubPath(QStringLiteral("1"))));
-
-        QSettings outside(mFile, QSettings::IniFormat);
-        QCOMPARE(outside.childGroups(), QStringList { QStringLiteral("2") });
-        QCOMPARE(outside.value(QStringLiteral("2/PrjName")).toString(), QStringLiteral("B"));
-        QVERIFY(reg.DeleteKey(HKCU, Registry::SubPath(QStringLiteral("2\\Sub"))));
-        QVERIFY(reg.DeleteKey(HKCU, Registry::SubPath(QStringLiteral("2"))));
-        outside.sync();
-        QVERIFY(outside.allKeys().isEmpty());
+        reg.WriteValue(HKCU, Sub("1"), QStringLiteral("PrjName"), QStringLiteral("A"));
+        reg.WriteValue(HKCU, Sub("2"), QStringLiteral("PrjName"), QStringLiteral("B"));
+        reg.WriteValue(HKCU, Sub("2\\Sub"), QStringLiteral("X"), QStringLiteral("1"));
+        QVERIFY(!reg.DeleteKey(HKCU, Sub("2"))); // has a sub-key
+        QVERIFY(!reg.DeleteKey(HKCU, Sub("3"))); // missing
+        QVERIFY(reg.DeleteKey(HKCU, Sub("1")));
+        QCOMPARE(QSettings(mFile, QSettings::IniFormat).childGroups(), QStringList { "2" });
+        QCOMPARE(Outside(QStringLiteral("2/PrjName")), "B");
+        QVERIFY(reg.DeleteKey(HKCU, Sub("2\\Sub")));
+        QVERIFY(reg.DeleteKey(HKCU, Sub("2")));
+        QVERIFY(QSettings(mFile, QSettings::IniFormat).allKeys().isEmpty());
     }
 
     void keyWritesItsValuesBack()
     {
         Registry source(mFile);
-        source.WriteValue(
-            HKCU, Registry::SubPath(QStringLiteral("3")), QStringLiteral("PrjName"), QStringLiteral("Three"));
-        source.WriteValue(
-            HKCU, Registry::SubPath(QStringLiteral("3")), QStringLiteral("SQLServer"), QStringLiteral("db1"));
-        source.WriteValue(
-            HKCU, Registry::SubPath(QStringLiteral("3\\Sub")), QStringLiteral("Deep"), QStringLiteral("d"));
-        const auto key = source.GetKeyData(HKCU, Registry::SubPath(QStringLiteral("3")), true, true);
+        source.WriteValue(HKCU, Sub("3"), QStringLiteral("PrjName"), QStringLiteral("Three"));
+        source.WriteValue(HKCU, Sub("3"), QStringLiteral("SQLServer"), QStringLiteral("db1"));
+        source.WriteValue(HKCU, Sub("3\\Sub"), QStringLiteral("Deep"), QStringLiteral("d"));
+        const auto key = source.GetKeyData(HKCU, Sub("3"), true, true);
 
-        const QString copyFile = mFile + QStringLiteral(".copy");
-        Registry target(copyFile);
+        mFile += QStringLiteral(".copy");
+        Registry target(mFile);
         QVERIFY(key->WriteValues(target, false));
-        {
-            QSettings outside(copyFile, QSettings::IniFormat);
-            QCOMPARE(outside.allKeys(), (QStringList { "3/PrjName", "3/SQLServer" }));
-        }
+        QCOMPARE(QSettings(mFile, QSettings::IniFormat).allKeys(), (QStringList { "3/PrjName", "3/SQLServer" }));
         key->Values.Item(QStringLiteral("SQLServer"))->DataValue = QStringLiteral("db2");
         QVERIFY(key->WriteValues(target, true));
-        QSettings outside(copyFile, QSettings::IniFormat);
-        QCOMPARE(outside.value(QStringLiteral("3/SQLServer")).toString(), QStringLiteral("db2"));
-        QCOMPARE(outside.value(QStringLiteral("3/Sub/Deep")).toString(), QStringLiteral("d"));
+        QCOMPARE(Outside(QStringLiteral("3/SQLServer")), "db2");
+        QCOMPARE(Outside(QStringLiteral("3/Sub/Deep")), "d");
     }
 
     void userStoreFileName()
@@ -238,9 +213,7 @@ private Q_SLOTS:
         QVERIFY(reg.SettingsFile().isEmpty());
         QVERIFY(reg.WriteValue(HKCU, Folder(), QStringLiteral("WinState"), QStringLiteral("2")));
         const QString expected = mDir->filePath(QStringLiteral("xdg/KORVO Integration.conf"));
-        QVERIFY2(QFile::exists(expected), qPrintable(expected));
-        QSettings outside(expected, QSettings::IniFormat);
-        QCOMPARE(outside.value(QStringLiteral("WinState")).toString(), QStringLiteral("2"));
+        QCOMPARE(QSettings(expected, QSettings::IniFormat).value(QStringLiteral("WinState")).toString(), "2");
 
         qputenv("KORVO_SETTINGS_FILE", QFile::encodeName(mFile));
         Registry fromEnv;
