@@ -416,21 +416,6 @@ std::shared_ptr<KORVOPermissions> KORVOObjectVSS::GetPermissions(bool quickList,
     return permissions;
 }
 
-bool KORVOObjectVSS::RenameItem(const QString &, bool)
-{
-    return false;
-}
-
-bool KORVOObjectVSS::DeleteItem()
-{
-    return false;
-}
-
-bool KORVOObjectVSS::UnDelete(bool)
-{
-    return false;
-}
-
 void KORVOObjectVSS::RaiseNewItemCreated()
 {
     if (mParent)

@@ -3,7 +3,9 @@
 #include "KORVOContextMenu.h"
 #include "KORVODBTItem.h"
 #include "KORVOIcons.h"
+#include "KORVOHistoryData.h"
 #include "KORVOObjectTypes.h"
+#include "UiServices.h"
 
 #include <QDateTime>
 #include <QList>
@@ -110,16 +112,53 @@ public:
     KORVODBTItemPtr Refresh(bool showOwner);
     std::shared_ptr<KORVOPermissions> GetPermissions(bool quickList, int show) const;
 
-    // Rename, delete and undelete arrive with the version-control operations;
-    // until then they refuse and change nothing.
+    // --- Version-control operations ---
+    // Source 1 source control, 2 the server; any other gives "". asAlter gives
+    // the text in the server's replacing form.
+    QString GetContent(int source, long version = -1, bool asAlter = false) const;
+    bool GetLatestVersion();
+    bool CheckOut();
+    bool UndoCheckout();
+    // Proves the text first; a new object is created, an existing one replaced.
+    bool CheckIn(const QString &content, const QString &comment);
+    // Creates and drops the text under a temporary name; for an existing object
+    // the text must keep its name and owner.
+    bool TestItem(const QString &content, bool silent);
+    // Target 1 source control, 2 the server.
+    bool SyncAdd(int target);
+    bool SyncChange(int target);
+    // No handler: a server error reaches the caller.
+    bool SyncRemove(int target);
+
+    // --- Rename, delete, undelete ---
     bool RenameItem(const QString &newName, bool silent);
+    // A server error reaches the caller.
     bool DeleteItem();
     bool UnDelete(bool silent);
+
+    // --- History and maintenance ---
+    // Newest first.
+    QList<KORVOHistoryData> History() const;
+    // A server error of the replacing statement (same name) reaches the caller.
+    bool Rollback(long version, bool silent);
+    // Proves the server's text as TestItem does; silent unless told otherwise,
+    // since a run goes over many objects.
+    bool Recompile(bool silent = true);
 
     // Tells the typed object that a new object was checked in for the first time.
     void RaiseNewItemCreated();
 
 private:
+    // Boxes go through the UI services of the database connection.
+    UiServices *Ui() const;
+    void Box(UiServices::Icon icon, const QString &title, const QString &text) const;
+    // The id of the object of this name and owner, as the catalogue holds them.
+    QString LookupObjectID(const QString &name, const QString &owner) const;
+    // What goes to source control after the text was sent to the object of id.
+    QString SourceControlText(const QString &sent, const QString &id) const;
+    // Owner + "." + Name, or Name without an owner.
+    QString DisplayNameForMessage() const;
+
     QString MakeTemporaryFile();
     void DeleteTemporaryFile();
     // The history rows of the object's item, dates read back.

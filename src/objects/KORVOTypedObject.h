@@ -73,9 +73,24 @@ public:
     }
 
     // --- Operations ---
+    QString GetContent(int source, long version = -1, bool asAlter = false) const
+    {
+        return mObject->GetContent(source, version, asAlter);
+    }
+    bool GetLatestVersion() { return mObject->GetLatestVersion(); }
+    bool CheckOut() { return mObject->CheckOut(); }
+    bool UndoCheckout() { return mObject->UndoCheckout(); }
+    virtual bool CheckIn(const QString &content, const QString &comment) { return mObject->CheckIn(content, comment); }
+    bool TestItem(const QString &content) { return mObject->TestItem(content, false); }
+    bool SyncAdd(int target) { return mObject->SyncAdd(target); }
+    bool SyncRemove(int target) { return mObject->SyncRemove(target); }
+    bool SyncChange(int target) { return mObject->SyncChange(target); }
     bool RenameItem(const QString &newName, bool silent) { return mObject->RenameItem(newName, silent); }
     bool DeleteItem() { return mObject->DeleteItem(); }
+    QList<KORVOHistoryData> History() const { return mObject->History(); }
+    bool Rollback(long version, bool silent) { return mObject->Rollback(version, silent); }
     bool UnDelete(bool silent) { return mObject->UnDelete(silent); }
+    bool Recompile(bool silent = true) { return mObject->Recompile(silent); }
 
     // The collection the object belongs to; the object does not keep it alive.
     std::shared_ptr<KORVOVersionedObjects> Collection() const { return mCollection.lock(); }
@@ -131,6 +146,8 @@ public:
 
     std::shared_ptr<KORVOFields> GetFields(bool showNullability) override;
     KORVODBTItemsPtr GetItemInfo(bool showOwner, bool noExtras = false, bool showNullability = false) override;
+    // A trigger checked in for the first time learns its table from its text.
+    bool CheckIn(const QString &content, const QString &comment) override;
 };
 
 using KORVOTriggerPtr = std::shared_ptr<KORVOTrigger>;

@@ -6,7 +6,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-frmComment::frmComment(QWidget *parent) : QDialog(parent)
+frmComment::frmComment(QWidget *parent)
+    : QDialog(parent)
 {
     setObjectName(QStringLiteral("frmComment"));
     setWindowTitle(tr("Comment"));

@@ -7,7 +7,9 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-frmItemDescription::frmItemDescription(UiServices &ui, QWidget *parent) : QDialog(parent), mUi(ui)
+frmItemDescription::frmItemDescription(UiServices &ui, QWidget *parent)
+    : QDialog(parent)
+    , mUi(ui)
 {
     setObjectName(QStringLiteral("frmItemDescription"));
     setWindowTitle(tr("Item Description"));
@@ -46,8 +48,7 @@ void frmItemDescription::cmdOK_Click()
 {
     if (mDescription->toPlainText().isEmpty()
         && mUi.messageBox(UiServices::Icon::Question, QStringLiteral("Save Blank Description"),
-                          QStringLiteral("Are you sure you want to save a blank description?"),
-                          UiServices::Buttons::YesNo)
+               QStringLiteral("Are you sure you want to save a blank description?"), UiServices::Buttons::YesNo)
             != UiServices::Answer::Yes)
         return;
     accept();

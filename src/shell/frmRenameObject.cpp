@@ -8,7 +8,9 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-frmRenameObject::frmRenameObject(UiServices &ui, QWidget *parent) : QDialog(parent), mUi(ui)
+frmRenameObject::frmRenameObject(UiServices &ui, QWidget *parent)
+    : QDialog(parent)
+    , mUi(ui)
 {
     setObjectName(QStringLiteral("frmRenameObject"));
     setWindowTitle(tr("Rename Object"));

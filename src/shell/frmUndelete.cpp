@@ -9,19 +9,22 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-namespace {
+namespace
+{
 constexpr int KeyRole = Qt::UserRole;
 constexpr int TypeRole = Qt::UserRole + 1;
 } // namespace
 
-frmUndelete::frmUndelete(UiServices &ui, QWidget *parent) : QDialog(parent), mUi(ui)
+frmUndelete::frmUndelete(UiServices &ui, QWidget *parent)
+    : QDialog(parent)
+    , mUi(ui)
 {
     setObjectName(QStringLiteral("frmUndelete"));
     setWindowTitle(tr("Undelete Objects"));
     mItems = new QTreeWidget(this);
     mItems->setObjectName(QStringLiteral("lvwDeletedItems"));
     mItems->setRootIsDecorated(false);
-    mItems->setHeaderLabels({QStringLiteral("Item Name"), QStringLiteral("Item Type")});
+    mItems->setHeaderLabels({ QStringLiteral("Item Name"), QStringLiteral("Item Type") });
     auto *undelete = new QPushButton(tr("&Undelete"), this);
     undelete->setObjectName(QStringLiteral("cmdUndelete"));
     auto *close = new QPushButton(tr("&Close"), this);
@@ -61,7 +64,7 @@ void frmUndelete::LoadItems()
             auto known = displayNames.constFind(item->Tag);
             if (known == displayNames.constEnd())
                 known = displayNames.insert(item->Tag, mDatabase->GetObjectSubDisplayName(item->Tag));
-            auto *row = new QTreeWidgetItem(mItems, {item->Text, *known});
+            auto *row = new QTreeWidgetItem(mItems, { item->Text, *known });
             row->setData(0, KeyRole, item->Key);
             row->setData(0, TypeRole, item->Tag);
             row->setFlags(row->flags() | Qt::ItemIsUserCheckable);
@@ -90,18 +93,18 @@ void frmUndelete::cmdUndelete_Click()
         return;
     if (failures == 0) {
         mUi.messageBox(UiServices::Icon::Information, QStringLiteral("Undeletion Successful"),
-                       QStringLiteral("All selected objects have been successfully undeleted."));
+            QStringLiteral("All selected objects have been successfully undeleted."));
     } else if (successes == 0) {
         mUi.messageBox(UiServices::Icon::Critical, QStringLiteral("Undeletion Unsuccessful"),
-                       QStringLiteral("Non of the selected objects could be successfully undeleted!"));
+            QStringLiteral("Non of the selected objects could be successfully undeleted!"));
     } else {
         mUi.messageBox(UiServices::Icon::Warning, QStringLiteral("Undeletion Partly Successful"),
-                       QStringLiteral("Not all selected objects could be successfully undeleted! Of the %1 selected "
-                                      "objects, %2%3 successfully undeleted and %4 could not be undeleted!")
-                           .arg(successes + failures)
-                           .arg(successes)
-                           .arg(successes == 1 ? QStringLiteral(" was") : QStringLiteral(" were"))
-                           .arg(failures));
+            QStringLiteral("Not all selected objects could be successfully undeleted! Of the %1 selected "
+                           "objects, %2%3 successfully undeleted and %4 could not be undeleted!")
+                .arg(successes + failures)
+                .arg(successes)
+                .arg(successes == 1 ? QStringLiteral(" was") : QStringLiteral(" were"))
+                .arg(failures));
     }
     if (successes > 0)
         mUndeleted = true;

@@ -322,10 +322,10 @@ private Q_SLOTS:
         QVERIFY(procs->Object(QStringLiteral("I") + a, true));
         QVERIFY(!procs->Object(a));
         QCOMPARE(recorder.events, QStringList({ QStringLiteral("R0/1"), QStringLiteral("R1/1"), QStringLiteral("C") }));
-        // Undelete arrives with the object's operations: until then it refuses,
-        // and the object leaves the deleted list all the same.
-        QVERIFY(!procs->UnDeleteObject(QStringLiteral("I") + a));
+        // Undelete brings the object back under a new id; it leaves the deleted list.
+        QVERIFY(procs->UnDeleteObject(QStringLiteral("I") + a));
         QVERIFY(!procs->Object(a, true));
+        QVERIFY(!b->sql->GetObjectID(QStringLiteral("usp_a"), QStringLiteral("dbo")).isEmpty());
     }
 
     void triggers_data() { AddKindRows(); }

@@ -198,12 +198,17 @@ private Q_SLOTS:
         QCOMPARE(menu.DisplayName, QStringLiteral("dbo.usp_a"));
         QCOMPARE(session->GetContextMenu(QStringLiteral("StoredProcedures"), QString()), KORVOContextMenu());
 
-        // Rename and delete come with the object's operations; until then they
-        // refuse and leave the object where it is.
-        QVERIFY(!session->RenameItem(QStringLiteral("StoredProcedure"), key, QStringLiteral("usp_b")));
-        QVERIFY(!session->DeleteItem(QStringLiteral("StoredProcedure"), key));
-        QVERIFY(session->GetObject(QStringLiteral("StoredProcedure"), key, fromDeleted));
-        QVERIFY(b->ui.boxes.isEmpty());
+        // Rename and delete through the session: the object moves to its new
+        // id, and then leaves the collection.
+        b->ui.answer(UiServices::Answer::Ok);
+        QVERIFY(session->RenameItem(QStringLiteral("StoredProcedure"), key, QStringLiteral("usp_b")));
+        QCOMPARE(b->ui.last().title, QStringLiteral("Item Successfully Renamed"));
+        const QString renamed = QStringLiteral("I") + b->sql->GetObjectID(QStringLiteral("usp_b"), QStringLiteral("dbo"));
+        QVERIFY(!session->GetObject(QStringLiteral("StoredProcedure"), key, fromDeleted));
+        QVERIFY(session->GetObject(QStringLiteral("StoredProcedure"), renamed, fromDeleted));
+        QVERIFY(session->DeleteItem(QStringLiteral("StoredProcedure"), renamed));
+        QVERIFY(!session->GetObject(QStringLiteral("StoredProcedure"), renamed, fromDeleted));
+        QCOMPARE(b->ui.boxes.size(), 1);
     }
 
     void listsReloadOnEveryCall_data() { AddKindRows(); }

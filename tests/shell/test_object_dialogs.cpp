@@ -20,7 +20,8 @@
 
 #include <functional>
 
-namespace {
+namespace
+{
 
 // Runs f once the next modal dialog has started; closes it if f left it open,
 // so that a failing step cannot hang the test.
@@ -38,7 +39,7 @@ void WhenModal(std::function<void(QDialog &)> f)
     });
 }
 
-template<class T> T *Control(QWidget &w, const QString &name)
+template <class T> T *Control(QWidget &w, const QString &name)
 {
     T *c = w.findChild<T *>(name);
     if (!c)
@@ -57,7 +58,9 @@ class DeletedCollection : public StubCollection
 {
 public:
     DeletedCollection(const QString &type, const QString &itemType, const QString &display)
-        : StubCollection(type), mItemType(itemType), mDisplay(display)
+        : StubCollection(type)
+        , mItemType(itemType)
+        , mDisplay(display)
     {
     }
     QString SubObjectType() const override { return mItemType; }
@@ -96,11 +99,10 @@ public:
     {
         if (kind == Kind::StoredProcedures)
             return procs = std::make_shared<DeletedCollection>(QStringLiteral("StoredProcedures"),
-                                                               QStringLiteral("StoredProcedure"),
-                                                               QStringLiteral("Stored Procedure"));
+                       QStringLiteral("StoredProcedure"), QStringLiteral("Stored Procedure"));
         if (kind == Kind::Views)
-            return views = std::make_shared<DeletedCollection>(QStringLiteral("Views"), QStringLiteral("View"),
-                                                               QStringLiteral("View"));
+            return views = std::make_shared<DeletedCollection>(
+                       QStringLiteral("Views"), QStringLiteral("View"), QStringLiteral("View"));
         return StubCollectionFactory().Create(kind);
     }
     void Link(const KORVOObjectCollectionPtr &, const KORVOObjectCollectionPtr &) override { }
@@ -139,8 +141,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("message");
         QTest::newRow("empty") << QStringLiteral("   ") << QStringLiteral("New Name is missing!");
-        QTest::newRow("same name other case") << QStringLiteral(" USP_Orders ")
-                                              << QStringLiteral("New Name is the same as the Old Name!");
+        QTest::newRow("same name other case")
+            << QStringLiteral(" USP_Orders ") << QStringLiteral("New Name is the same as the Old Name!");
         QTest::newRow("open bracket") << QStringLiteral("usp[x") << QStringLiteral("New Name is invalid!");
         QTest::newRow("close bracket") << QStringLiteral("usp]x") << QStringLiteral("New Name is invalid!");
     }
@@ -180,7 +182,7 @@ private Q_SLOTS:
             Click(d, QStringLiteral("cmdRename"));
         });
         QCOMPARE(dlg.RenameItem(nullptr, QStringLiteral("usp_orders"), QStringLiteral("sales")),
-                 QStringLiteral("usp_orders2"));
+            QStringLiteral("usp_orders2"));
         QCOMPARE(oldLabel, QStringLiteral("[sales].[usp_orders]"));
         QCOMPARE(ownerLabel, QStringLiteral("[sales].["));
         QCOMPARE(closeLabel, QStringLiteral("]"));
@@ -261,27 +263,27 @@ private Q_SLOTS:
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("text");
         QTest::addColumn<bool>("result");
-        const QStringList all{QStringLiteral("dbo.101"), QStringLiteral("dbo.102"), QStringLiteral("dbo.201")};
-        QTest::newRow("all") << all << QStringList{"I101", "I102", "I201"} << int(UiServices::Icon::Information)
+        const QStringList all { QStringLiteral("dbo.101"), QStringLiteral("dbo.102"), QStringLiteral("dbo.201") };
+        QTest::newRow("all") << all << QStringList { "I101", "I102", "I201" } << int(UiServices::Icon::Information)
                              << QStringLiteral("Undeletion Successful")
                              << QStringLiteral("All selected objects have been successfully undeleted.") << true;
         QTest::newRow("none") << all << QStringList() << int(UiServices::Icon::Critical)
                               << QStringLiteral("Undeletion Unsuccessful")
                               << QStringLiteral("Non of the selected objects could be successfully undeleted!")
                               << false;
-        QTest::newRow("one of three") << all << QStringList{"I201"} << int(UiServices::Icon::Warning)
+        QTest::newRow("one of three") << all << QStringList { "I201" } << int(UiServices::Icon::Warning)
                                       << QStringLiteral("Undeletion Partly Successful")
                                       << QStringLiteral("Not all selected objects could be successfully undeleted! "
                                                         "Of the 3 selected objects, 1 was successfully undeleted and "
                                                         "2 could not be undeleted!")
                                       << true;
-        QTest::newRow("two of three") << all << QStringList{"I101", "I201"} << int(UiServices::Icon::Warning)
+        QTest::newRow("two of three") << all << QStringList { "I101", "I201" } << int(UiServices::Icon::Warning)
                                       << QStringLiteral("Undeletion Partly Successful")
                                       << QStringLiteral("Not all selected objects could be successfully undeleted! "
                                                         "Of the 3 selected objects, 2 were successfully undeleted "
                                                         "and 1 could not be undeleted!")
                                       << true;
-        QTest::newRow("nothing checked") << QStringList() << QStringList{"I101"} << -1 << QString() << QString()
+        QTest::newRow("nothing checked") << QStringList() << QStringList { "I101" } << -1 << QString() << QString()
                                          << false;
     }
     void undeleteOutcomes()
@@ -296,9 +298,9 @@ private Q_SLOTS:
         QTemporaryDir dir;
         auto factory = std::make_shared<DeletedFactory>();
         KORVODatabase session(ui, factory, {}, dir.filePath(QStringLiteral("settings.conf")));
-        factory->procs->deleted = {QStringLiteral("I101"), QStringLiteral("I102")};
+        factory->procs->deleted = { QStringLiteral("I101"), QStringLiteral("I102") };
         factory->procs->good = good;
-        factory->views->deleted = {QStringLiteral("I201")};
+        factory->views->deleted = { QStringLiteral("I201") };
         factory->views->good = good;
 
         frmUndelete dlg(ui);
@@ -316,8 +318,9 @@ private Q_SLOTS:
         });
         QCOMPARE(dlg.ShowDeletedItems(session), result);
 
-        QCOMPARE(before, QStringList({QStringLiteral("dbo.101|Stored Procedure"),
-                                      QStringLiteral("dbo.102|Stored Procedure"), QStringLiteral("dbo.201|View")}));
+        QCOMPARE(before,
+            QStringList({ QStringLiteral("dbo.101|Stored Procedure"), QStringLiteral("dbo.102|Stored Procedure"),
+                QStringLiteral("dbo.201|View") }));
         QCOMPARE(factory->procs->calls.size() + factory->views->calls.size(), checked.size());
         // The list is reloaded: what came back is gone from it.
         QCOMPARE(after.size(), before.size() - (checked.isEmpty() ? 0 : good.size()));
