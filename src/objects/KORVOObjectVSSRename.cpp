@@ -58,7 +58,9 @@ bool KORVOObjectVSS::RenameItem(const QString &newName, bool silent)
         return refuse(sameName);
 
     try {
-        mSQL->ExecuteSQL(kind.CreatingText(newText));
+        // A text without its keywords gives nothing to run; the look-up below says so.
+        if (!newText.isEmpty())
+            mSQL->ExecuteSQL(kind.CreatingText(newText));
     } catch (const SqlError &error) {
         if (!silent)
             Box(UiServices::Icon::Critical, QStringLiteral("Could not Rename Item"), CleanSQLError(error.Description));
@@ -114,6 +116,8 @@ bool KORVOObjectVSS::UnDelete(bool silent)
     if (!mSQL || !mVSS)
         return false;
     const QString text = mVSS->ItemContent(ItemName(), true, -1, false, true);
+    if (IsBlankText(text))
+        return false; // the connector has said why, or there is nothing to create
     try {
         mSQL->ExecuteSQL(mSQL->Kind().CreatingText(text));
     } catch (const SqlError &error) {
