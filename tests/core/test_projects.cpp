@@ -26,18 +26,31 @@ private:
     std::unique_ptr<KORVODatabase> mDb;
 
     std::unique_ptr<QSettings> Store() const { return std::make_unique<QSettings>(mFile, QSettings::IniFormat); }
+    QString Stored(const QString &key) const { return Store()->value(key).toString(); }
+    // Writes "key=value" pairs as another program would.
+    void StoreValues(const QStringList &assignments)
+    {
+        auto s = Store();
+        for (const QString &a : assignments)
+            s->setValue(a.section(QLatin1Char('='), 0, 0), a.section(QLatin1Char('='), 1));
+    }
+    QByteArray StoreBytes() const
+    {
+        QFile f(mFile);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
 
     KORVOProjectPtr MakeProject(const QString &name, const QString &server = QStringLiteral("srv"))
     {
         auto p = std::make_shared<KORVOProject>(mUi);
         p->Name = name;
         p->SQL()->SetServer(server);
-        p->SQL()->SetDatabase(name + QStringLiteral("_db"));
+        p->SQL()->SetDatabase(name + "_db");
         p->SQL()->SetUserName(QStringLiteral("sa"));
-        p->VSS()->IniFile = QStringLiteral("/vss/") + name + QStringLiteral("/srcsafe.ini");
+        p->VSS()->IniFile = "/vss/" + name + "/srcsafe.ini";
         p->VSS()->UserName = QStringLiteral("dev");
-        p->VSS()->Project = QStringLiteral("$\\") + name + QStringLiteral("\\");
-        p->VSS()->SetGeneralWorkingFolder(QStringLiteral("/work/") + name);
+        p->VSS()->Project = "$\\" + name + "\\";
+        p->VSS()->SetGeneralWorkingFolder("/work/" + name);
         return p;
     }
 
@@ -53,11 +66,16 @@ private:
     {
         auto s = Store();
         QStringList names;
-        for (int i = 1; i <= n; ++i) {
-            const QString key = QString::number(i) + QStringLiteral("/PrjName");
-            names << (s->contains(key) ? s->value(key).toString() : QStringLiteral("-"));
-        }
+        for (int i = 1; i <= n; ++i)
+            names << s->value(QStringLiteral("%1/PrjName").arg(i), QStringLiteral("-")).toString();
         return names;
+    }
+
+    // A source-control connection of the project as the given user.
+    static QString Connect(const KORVOProjectPtr &p, SvnTestRepository &repo, const char *user, const char *folder)
+    {
+        return p->VSS()->OpenConnection(repo.Url(), QLatin1String(user), QString(), p->VSS()->Project,
+            repo.Folder(QLatin1String(folder)), false, true);
     }
 
 private Q_SLOTS:
@@ -92,67 +110,49 @@ private Q_SLOTS:
         KORVOProjects list(&mUi);
         QVERIFY(list.Add(QStringLiteral("Alpha")));
         QVERIFY(list.Add(QString(), MakeProject(QStringLiteral("Beta"))));
+        QVERIFY(list.Add(QStringLiteral("C")));
         QVERIFY(!list.Add(QStringLiteral("ALPHA"))); // a second project of one name
-        QCOMPARE(list.Count(), 2);
-        QCOMPARE(list.Item(QStringLiteral("beta"))->Name, QStringLiteral("Beta"));
+        QCOMPARE(list.Count(), 3);
+        QCOMPARE(list.Item(QStringLiteral("beta"))->Name, "Beta");
         QCOMPARE(list.Item(QStringLiteral("alpha"))->Sequence, -1L);
         QVERIFY(!list.Item(QStringLiteral("Gamma")));
-    }
 
-    void changeProjectNameKeepsThePlace()
-    {
-        KORVOProjects list(&mUi);
-        for (const char *n : { "A", "B", "C" })
-            list.Add(QString::fromLatin1(n));
-        QVERIFY(list.ChangeProjectName(QStringLiteral("B"), QStringLiteral("Bee")));
-        QVERIFY(!list.ChangeProjectName(QStringLiteral("A"), QStringLiteral("c"))); // taken by another
-        QVERIFY(list.ChangeProjectName(QStringLiteral("A"), QStringLiteral("a"))); // its own name in other case
+        // A new name keeps the project's place.
+        QVERIFY(list.ChangeProjectName(QStringLiteral("Beta"), QStringLiteral("Bee")));
+        QVERIFY(!list.ChangeProjectName(QStringLiteral("Alpha"), QStringLiteral("c"))); // taken by another
+        QVERIFY(list.ChangeProjectName(QStringLiteral("Alpha"), QStringLiteral("alpha"))); // its own in other case
         QStringList order;
         for (const auto &p : list)
             order << p->Name;
-        QCOMPARE(order, (QStringList { "a", "Bee", "C" }));
-        QVERIFY(!list.Item(QStringLiteral("B")));
+        QCOMPARE(order, (QStringList { "alpha", "Bee", "C" }));
+        QVERIFY(!list.Item(QStringLiteral("Beta")));
     }
 
     void sortBySequence_data()
     {
-        QTest::addColumn<QList<int>>("sequences");
-        QTest::addColumn<QList<int>>("sorted");
-        QTest::newRow("reversed") << QList<int> { 3, 2, 1 } << QList<int> { 1, 2, 3 };
-        QTest::newRow("gaps beyond the count") << QList<int> { 12, 1, 5 } << QList<int> { 1, 5, 12 };
-        QTest::newRow("same number, later wins") << QList<int> { 2, 1, 2 } << QList<int> { 1, 2 };
-        QTest::newRow("unsaved at the end") << QList<int> { -1, 2, 1 } << QList<int> { 1, 2, -1 };
+        QTest::addColumn<QList<int>>("sequences"); // of P0, P1, ...
+        QTest::addColumn<QStringList>("sorted");
+        QTest::newRow("reversed") << QList<int> { 3, 2, 1 } << QStringList { "P2@1", "P1@2", "P0@3" };
+        QTest::newRow("gaps beyond the count") << QList<int> { 12, 1, 5 } << QStringList { "P1@1", "P2@5", "P0@12" };
+        QTest::newRow("same number, later wins") << QList<int> { 2, 1, 2 } << QStringList { "P1@1", "P2@2" };
+        QTest::newRow("unsaved at the end") << QList<int> { -1, 2, 1 } << QStringList { "P2@1", "P1@2", "P0@-1" };
     }
 
     void sortBySequence()
     {
         QFETCH(QList<int>, sequences);
-        QFETCH(QList<int>, sorted);
+        QFETCH(QStringList, sorted);
         KORVOProjects list(&mUi);
         for (int i = 0; i < sequences.size(); ++i)
             list.Add(QStringLiteral("P%1").arg(i))->Sequence = sequences.at(i);
         list.SortBySequence();
-        QList<int> got;
+        QStringList got;
         for (const auto &p : list)
-            got << int(p->Sequence);
+            got << p->Name + "@" + QString::number(p->Sequence);
         QCOMPARE(got, sorted);
-        if (sequences == QList<int> { 2, 1, 2 })
-            QCOMPARE(list.Item(2)->Name, QStringLiteral("P2"));
     }
 
     // --- The store ----------------------------------------------------------
-
-    void firstSavedProjectBecomesKeyOne()
-    {
-        QCOMPARE(mDb->GetRegistryProjectCount(), 0L);
-        auto p = MakeProject(QStringLiteral("First"));
-        QCOMPARE(p->Sequence, -1L);
-        mDb->SaveProject(p);
-        QCOMPARE(p->Sequence, 1L);
-        mDb->SaveProject(MakeProject(QStringLiteral("Second")));
-        QCOMPARE(KeyNames(3), (QStringList { "First", "Second", "-" }));
-        QCOMPARE(mDb->GetRegistryProjectCount(), 2L);
-    }
 
     void savedLayoutValueByValue()
     {
@@ -164,30 +164,25 @@ private Q_SLOTS:
         p->VSS()->Password = QStringLiteral("vss pw");
         p->VSS()->StorePassword = false;
         p->Default = true;
+        QCOMPARE(mDb->GetRegistryProjectCount(), 0L);
+        QCOMPARE(p->Sequence, -1L);
         mDb->SaveProject(p);
+        QCOMPARE(p->Sequence, 1L);
+        QCOMPARE(mDb->GetRegistryProjectCount(), 1L);
 
         auto s = Store();
         s->beginGroup(QStringLiteral("1"));
-        const QList<QPair<QString, QString>> expected {
-            { "PrjName", "Shop" },
-            { "LastServer", "db1" },
-            { "LastDatabase", "Shop_db" },
-            { "SQLUseWinAuth", "0" },
-            { "LastUserName", "loginA" },
-            { "Password", "pw,1" },
-            { "SavePassword", "1" },
-            { "VSSFile", "/vss/Shop/srcsafe.ini" },
-            { "VSSUser", "dev" },
-            { "VSSPassword", "vss pw" },
-            { "VSSProject", "$\\Shop\\" },
-            { "VSSSavePassword", "0" },
-            { "PathInit", "/work/Shop/" },
-            { "ServerKind", "SQLServer" },
-        };
-        for (const auto &[name, value] : expected)
-            QCOMPARE(s->value(name).toString(), value);
+        QStringList stored;
+        for (const QString &key : s->childKeys())
+            stored << key + "=" + s->value(key).toString();
         // Default lives in memory only.
-        QCOMPARE(s->childKeys().size(), expected.size());
+        QStringList expected { "PrjName=Shop", "LastServer=db1", "LastDatabase=Shop_db", "SQLUseWinAuth=0",
+            "LastUserName=loginA", "Password=pw,1", "SavePassword=1", "VSSFile=/vss/Shop/srcsafe.ini", "VSSUser=dev",
+            "VSSPassword=vss pw", "VSSProject=$\\Shop\\", "VSSSavePassword=0", "PathInit=/work/Shop/",
+            "ServerKind=SQLServer" };
+        stored.sort();
+        expected.sort();
+        QCOMPARE(stored, expected);
     }
 
     void passwordCountsOnlyWithItsFlag_data()
@@ -211,50 +206,36 @@ private Q_SLOTS:
         p->VSS()->StorePassword = vssFlag;
         mDb->SaveProject(p);
         // The text is written whatever the flag says...
-        QCOMPARE(Store()->value(QStringLiteral("1/Password")).toString(), QStringLiteral("sqlpw"));
-        QCOMPARE(Store()->value(QStringLiteral("1/VSSPassword")).toString(), QStringLiteral("vsspw"));
+        QCOMPARE(Stored(QStringLiteral("1/Password")), "sqlpw");
+        QCOMPARE(Stored(QStringLiteral("1/VSSPassword")), "vsspw");
         // ...and read only when the flag says so.
         auto loaded = mDb->FindProjectByID(1);
         QVERIFY(loaded);
-        QCOMPARE(loaded->SQL()->Password(), sqlFlag ? QStringLiteral("sqlpw") : QString());
+        QCOMPARE(loaded->SQL()->Password(), sqlFlag ? "sqlpw" : QString());
         QCOMPARE(loaded->SQL()->StorePassword(), sqlFlag);
-        QCOMPARE(loaded->VSS()->Password, vssFlag ? QStringLiteral("vsspw") : QString());
+        QCOMPARE(loaded->VSS()->Password, vssFlag ? "vsspw" : QString());
         QCOMPARE(loaded->VSS()->StorePassword, vssFlag);
     }
 
     void loadReadsEveryValue()
     {
-        auto s = Store();
-        s->beginGroup(QStringLiteral("4"));
-        s->setValue(QStringLiteral("PrjName"), QStringLiteral("Hand made"));
-        s->setValue(QStringLiteral("LastServer"), QStringLiteral("/run/pg"));
-        s->setValue(QStringLiteral("LastDatabase"), QStringLiteral("shop"));
-        s->setValue(QStringLiteral("SQLUseWinAuth"), QStringLiteral("1"));
-        s->setValue(QStringLiteral("LastUserName"), QStringLiteral("(Windows authentication)"));
-        s->setValue(QStringLiteral("SavePassword"), QStringLiteral("true")); // only "1" counts
-        s->setValue(QStringLiteral("Password"), QStringLiteral("x"));
-        s->setValue(QStringLiteral("VSSFile"), QStringLiteral("file:///repo"));
-        s->setValue(QStringLiteral("VSSUser"), QStringLiteral("me"));
-        s->setValue(QStringLiteral("VSSProject"), QStringLiteral("$\\A\\"));
-        s->setValue(QStringLiteral("PathInit"), QStringLiteral("/w"));
-        s->setValue(QStringLiteral("ServerKind"), QStringLiteral("PostgreSQL"));
-        s->endGroup();
-        s->sync();
-
+        StoreValues({ "4/PrjName=Hand made", "4/LastServer=/run/pg", "4/LastDatabase=shop", "4/SQLUseWinAuth=1",
+            "4/LastUserName=(Windows authentication)", "4/SavePassword=true", "4/Password=x", "4/VSSFile=file:///repo",
+            "4/VSSUser=me", "4/VSSProject=$\\A\\", "4/PathInit=/w", "4/ServerKind=PostgreSQL" });
         auto p = mDb->FindProjectByID(4);
         QVERIFY(p);
-        QCOMPARE(p->Name, QStringLiteral("Hand made"));
+        QCOMPARE(p->Name, "Hand made");
         QCOMPARE(p->Sequence, 4L);
         QVERIFY(!p->Default);
-        QCOMPARE(p->SQL()->Server(), QStringLiteral("/run/pg"));
-        QCOMPARE(p->SQL()->Database(), QStringLiteral("shop"));
+        QCOMPARE(p->SQL()->Server(), "/run/pg");
+        QCOMPARE(p->SQL()->Database(), "shop");
         QVERIFY(p->SQL()->UseWinNTAuth());
-        QVERIFY(!p->SQL()->StorePassword());
+        QVERIFY(!p->SQL()->StorePassword()); // only "1" counts
         QCOMPARE(p->SQL()->Password(), QString());
-        QCOMPARE(p->SQL()->Kind().Name(), QStringLiteral("PostgreSQL"));
-        QCOMPARE(p->VSS()->IniFile, QStringLiteral("file:///repo"));
-        QCOMPARE(p->VSS()->UserName, QStringLiteral("me"));
-        QCOMPARE(p->VSS()->Project, QStringLiteral("$\\A\\"));
+        QCOMPARE(p->SQL()->Kind().Name(), "PostgreSQL");
+        QCOMPARE(p->VSS()->IniFile, "file:///repo");
+        QCOMPARE(p->VSS()->UserName, "me");
+        QCOMPARE(p->VSS()->Project, "$\\A\\");
         QCOMPARE(p->VSS()->GeneralWorkingFolder(), QDir::toNativeSeparators(QStringLiteral("/w/")));
         QVERIFY(!mDb->FindProjectByID(5));
     }
@@ -273,17 +254,14 @@ private Q_SLOTS:
         QFETCH(QString, stored);
         QFETCH(QString, kind);
         SaveNamed({ QStringLiteral("K") });
-        {
-            auto s = Store();
-            if (stored.isEmpty())
-                s->remove(QStringLiteral("1/ServerKind"));
-            else
-                s->setValue(QStringLiteral("1/ServerKind"), stored);
-        }
+        if (stored.isEmpty())
+            Store()->remove(QStringLiteral("1/ServerKind"));
+        else
+            Store()->setValue(QStringLiteral("1/ServerKind"), stored);
         auto p = mDb->FindProjectByID(1);
         QCOMPARE(p->SQL()->Kind().Name(), kind);
         mDb->SaveProject(p);
-        QCOMPARE(Store()->value(QStringLiteral("1/ServerKind")).toString(), kind);
+        QCOMPARE(Stored(QStringLiteral("1/ServerKind")), kind);
     }
 
     void defaultProject_data()
@@ -307,29 +285,21 @@ private Q_SLOTS:
             Store()->setValue(QStringLiteral("ProjectToOpen"), projectToOpen);
         auto p = mDb->GetDefaultProject();
         QCOMPARE(p ? p->Name : QString(), expected);
-        if (p)
-            QVERIFY(p->Default);
-        const auto all = mDb->FindAllProjects(true, true);
-        for (const auto &q : *all)
+        QVERIFY(!p || p->Default);
+        for (const auto &q : *mDb->FindAllProjects(true, true))
             QVERIFY(!q->Default);
     }
 
     void countTakesOnlyNumberedProjects()
     {
         SaveNamed({ QStringLiteral("A"), QStringLiteral("B") });
-        auto s = Store();
-        s->setValue(QStringLiteral("5/PrjName"), QStringLiteral("Far"));
-        s->setValue(QStringLiteral("9.1/PrjName"), QStringLiteral("Dotted"));
-        s->setValue(QStringLiteral("x12/PrjName"), QStringLiteral("Named"));
-        s->setValue(QStringLiteral("7/LastServer"), QStringLiteral("no name"));
-        s->setValue(QStringLiteral("8/PrjName"), QStringLiteral("   "));
-        s->sync();
+        StoreValues(
+            { "5/PrjName=Far", "9.1/PrjName=Dotted", "x12/PrjName=Named", "7/LastServer=no name", "8/PrjName=   " });
         QCOMPARE(mDb->GetRegistryProjectCount(), 5L);
         // A gap made by hand is tolerated by the list too.
         QStringList names;
-        const auto all = mDb->FindAllProjects(true, true);
-        for (const auto &p : *all)
-            names << p->Name + QLatin1Char('@') + QString::number(p->Sequence);
+        for (const auto &p : *mDb->FindAllProjects(true, true))
+            names << p->Name + "@" + QString::number(p->Sequence);
         QCOMPARE(names, (QStringList { "A@1", "B@2", "Far@5", "   @8" }));
     }
 
@@ -338,16 +308,14 @@ private Q_SLOTS:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("oldName");
         QTest::addColumn<bool>("exists");
-        QTest::newRow("keeps its name") << "Alpha"
-                                        << "Alpha" << false;
-        QTest::newRow("only the case changes") << "ALPHA"
-                                               << "Alpha" << true;
-        QTest::newRow("another's name in other case") << "beta"
-                                                      << "Alpha" << true;
-        QTest::newRow("new and unique") << "Gamma"
-                                        << "" << false;
-        QTest::newRow("new, name taken") << "alpha"
-                                         << "" << true;
+        auto row = [](const char *tag, const char *name, const char *oldName, bool exists) {
+            QTest::newRow(tag) << name << oldName << exists;
+        };
+        row("keeps its name", "Alpha", "Alpha", false);
+        row("only the case changes", "ALPHA", "Alpha", true);
+        row("another's name in other case", "beta", "Alpha", true);
+        row("new and unique", "Gamma", "", false);
+        row("new, name taken", "alpha", "", true);
     }
 
     void projectNameExists()
@@ -376,10 +344,8 @@ private Q_SLOTS:
         mDb->RemoveProject(mDb->FindProjectByID(removed));
         QCOMPARE(KeyNames(3), after);
         // The moved project took all its values along.
-        if (removed == 2) {
-            QCOMPARE(Store()->value(QStringLiteral("2/LastDatabase")).toString(), QStringLiteral("P3_db"));
-            QCOMPARE(Store()->value(QStringLiteral("2/VSSProject")).toString(), QStringLiteral("$\\P3\\"));
-        }
+        QCOMPARE(Stored(QStringLiteral("2/LastDatabase")), after.at(1) + "_db");
+        QCOMPARE(Stored(QStringLiteral("2/VSSProject")), "$\\" + after.at(1) + "\\");
         QVERIFY(!Store()->childGroups().contains(QStringLiteral("3")));
     }
 
@@ -397,24 +363,17 @@ private Q_SLOTS:
         QFETCH(int, opened);
         QFETCH(QStringList, after);
         SaveNamed({ QStringLiteral("P1"), QStringLiteral("P2"), QStringLiteral("P3"), QStringLiteral("P4") });
-        const QByteArray before = [this] {
-            QFile f(mFile);
-            f.open(QIODevice::ReadOnly);
-            return f.readAll();
-        }();
+        const QByteArray before = StoreBytes();
         auto p = mDb->FindProjectByID(opened);
         bool ok = false;
         mDb->OpenProject(p, ok);
         QVERIFY(ok);
         QCOMPARE(KeyNames(4), after);
-        QCOMPARE(Store()->value(QStringLiteral("1/LastDatabase")).toString(), after.first() + QStringLiteral("_db"));
+        QCOMPARE(Stored(QStringLiteral("1/LastDatabase")), after.first() + "_db");
         // The session's object keeps the number it was opened with.
         QCOMPARE(p->Sequence, long(opened));
-        if (opened == 1) {
-            QFile f(mFile);
-            f.open(QIODevice::ReadOnly);
-            QCOMPARE(f.readAll(), before);
-        }
+        if (opened == 1)
+            QCOMPARE(StoreBytes(), before);
     }
 
     void mostRecentNames()
@@ -431,14 +390,11 @@ private Q_SLOTS:
     void syncHistory()
     {
         SvnTestRepository repo;
-        QVERIFY(repo.IsValid());
-        QVERIFY(repo.MakeFolders({ QStringLiteral("Shop") }));
+        QVERIFY(repo.MakeFolders({ QStringLiteral("Shop"), QStringLiteral("P") }));
         auto p = MakeProject(QStringLiteral("Shop"));
         // A closed connection counts as never synchronised.
         QVERIFY(p->IsFirstUserToConnect());
-        const QString error = p->VSS()->OpenConnection(repo.Url(), QStringLiteral("anna"), QString(),
-            QStringLiteral("$\\Shop\\"), repo.Folder(QStringLiteral("wf")), false, true);
-        QCOMPARE(error, QString());
+        QCOMPARE(Connect(p, repo, "anna", "wf"), QString());
         QVERIFY(p->IsFirstUserToConnect());
 
         p->ProjectWasSyncronized(QStringLiteral("NoSyncWanted"));
@@ -450,30 +406,22 @@ private Q_SLOTS:
         QCOMPARE(lines.size(), 3);
         QCOMPARE(lines.at(2), QString());
         const QRegularExpression line(QStringLiteral("^(\\w+): \\d\\d\\.\\d\\d\\.\\d{4} \\d\\d:\\d\\d:\\d\\d - anna$"));
-        QCOMPARE(line.match(lines.at(0)).captured(1), QStringLiteral("Synchronization"));
-        QCOMPARE(line.match(lines.at(1)).captured(1), QStringLiteral("NoSyncWanted"));
+        QCOMPARE(line.match(lines.at(0)).captured(1), "Synchronization");
+        QCOMPARE(line.match(lines.at(1)).captured(1), "NoSyncWanted");
         // Released again: nobody is left holding the item.
         QCOMPARE(p->VSS()->CheckOutStatus(QStringLiteral("SyncHistory")), 0);
 
         // Another user of the project sees the shared answer.
         auto other = MakeProject(QStringLiteral("Shop"));
-        QCOMPARE(other->VSS()->OpenConnection(repo.Url(), QStringLiteral("ben"), QString(), QStringLiteral("$\\Shop\\"),
-                     repo.Folder(QStringLiteral("wf2")), false, true),
-            QString());
+        QCOMPARE(Connect(other, repo, "ben", "wf2"), QString());
         QVERIFY(!other->IsFirstUserToConnect());
-    }
 
-    void emptySyncHistoryCountsAsNone()
-    {
-        SvnTestRepository repo;
-        QVERIFY(repo.MakeFolders({ QStringLiteral("P") }));
-        auto p = MakeProject(QStringLiteral("P"));
-        QCOMPARE(p->VSS()->OpenConnection(repo.Url(), QStringLiteral("anna"), QString(), QStringLiteral("$\\P\\"),
-                     repo.Folder(QStringLiteral("wf")), false, true),
-            QString());
-        QVERIFY(p->VSS()->AddItem(QStringLiteral("SyncHistory"), QString(), false, QString()));
-        QVERIFY(p->VSS()->ItemExists(QStringLiteral("SyncHistory"), false));
-        QVERIFY(p->IsFirstUserToConnect());
+        // An empty history counts as none.
+        auto empty = MakeProject(QStringLiteral("P"));
+        QCOMPARE(Connect(empty, repo, "anna", "wf3"), QString());
+        QVERIFY(empty->VSS()->AddItem(QStringLiteral("SyncHistory"), QString(), false, QString()));
+        QVERIFY(empty->VSS()->ItemExists(QStringLiteral("SyncHistory"), false));
+        QVERIFY(empty->IsFirstUserToConnect());
     }
 };
 
