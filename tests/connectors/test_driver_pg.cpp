@@ -7,212 +7,166 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace
 {
-
 enum class Via { Libpq, Odbc };
-
-std::unique_ptr<SqlDriver> driverFor(Via via)
-{
-    if (via == Via::Odbc)
-        return std::make_unique<OdbcDriver>();
-    return std::make_unique<PgDriver>();
 }
-
-QString connectionString(Via via, const PgTestDatabase &db, const QString &password)
-{
-    if (via == Via::Odbc)
-        return QStringLiteral(
-            "Driver={PostgreSQL Unicode};Servername=%1;Port=5432;Database=%2;Uid=%3;Pwd=%4;OptionalErrors=1;")
-            .arg(db.Server, db.Database, db.UserName, password);
-    return PgTestServer::conninfo(db.Server, db.Database, db.UserName, password);
-}
-
-} // namespace
 
 Q_DECLARE_METATYPE(Via)
 
 class TestDriverPg : public QObject
 {
     Q_OBJECT
-private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase() { mDb.reset(); }
 
-    void connectRefused_data() { drivers(); }
-    void connectRefused();
-    void resultSets_data() { drivers(); }
-    void resultSets();
-    void nullsAndTypes_data() { drivers(); }
-    void nullsAndTypes();
-    void messages_data() { drivers(); }
-    void messages();
-    void errorsCarryLine_data() { drivers(); }
-    void errorsCarryLine();
-    void errorLeavesConnectionUsable_data() { drivers(); }
-    void errorLeavesConnectionUsable();
-    void serverGoesAway_data() { drivers(); }
-    void serverGoesAway();
-    void longText_data() { drivers(); }
-    void longText();
-    void sqlServerDriverIsRegistered();
+    std::unique_ptr<PgTestDatabase> mDb;
 
-private:
-    void drivers()
+    std::unique_ptr<SqlConnection> open(Via via, const QString &password)
+    {
+        if (via == Via::Libpq)
+            return PgDriver().Open(PgTestServer::conninfo(mDb->Server, mDb->Database, mDb->UserName, password));
+        return OdbcDriver().Open(
+            u"Driver={PostgreSQL Unicode};Servername=%1;Port=5432;Database=%2;Uid=%3;Pwd=%4;OptionalErrors=1;"_s.arg(
+                mDb->Server, mDb->Database, mDb->UserName, password));
+    }
+    std::unique_ptr<SqlConnection> open()
+    {
+        QFETCH(Via, via);
+        return open(via, mDb->Password);
+    }
+    static void drivers()
     {
         QTest::addColumn<Via>("via");
         QTest::newRow("libpq") << Via::Libpq;
         QTest::newRow("odbc") << Via::Odbc;
     }
-    std::unique_ptr<SqlConnection> open(Via via)
+
+private Q_SLOTS:
+    void initTestCase()
     {
-        return driverFor(via)->Open(connectionString(via, *mDb, mDb->Password));
+        QString why;
+        if (!PgTestServer().available(&why))
+            QFAIL(qPrintable(why));
+        mDb = PgTestServer::freshDatabase(u"driver"_s);
+        mDb->exec(u"CREATE TABLE t (id int PRIMARY KEY, name text)"_s);
+    }
+    void cleanupTestCase() { mDb.reset(); }
+
+    void connectRefused_data() { drivers(); }
+    void connectRefused()
+    {
+        QFETCH(Via, via);
+        try {
+            open(via, u"wrong"_s);
+            QFAIL("a wrong password was accepted");
+        } catch (const SqlError &e) {
+            QVERIFY2(e.Description.contains("password authentication failed for user \"korvo\""_L1),
+                qPrintable(e.Description));
+        }
     }
 
-    std::unique_ptr<PgTestDatabase> mDb;
+    // Every statement of a batch gives a result, in order; notices come as messages.
+    void resultSets_data() { drivers(); }
+    void resultSets()
+    {
+        auto c = open();
+        const BatchResult r
+            = c->Execute(u"DELETE FROM t; INSERT INTO t VALUES (1, 'a'), (2, 'b'), (3, NULL); SELECT id, name FROM t "
+                         "ORDER BY id; SELECT 'x' AS c WHERE false; UPDATE t SET name = 'z' WHERE id > 1; "
+                         "DO $$BEGIN RAISE NOTICE 'hello %', 1; END$$"_s);
+        QCOMPARE(r.Results.size(), 6);
+        QVERIFY(!r.Results[0]->IsOpen());
+        QCOMPARE(r.Results[1]->RecordsAffected(), 3);
+        QVERIFY(!r.Results[1]->IsOpen());
+        const auto &rows = r.Results[2];
+        QVERIFY(rows->IsOpen());
+        QCOMPARE(rows->FieldNames(), (QStringList { "id", "name" }));
+        QCOMPARE(rows->RecordCount(), 3);
+        QCOMPARE(rows->Field(u"ID"_s).toInt(), 1);
+        rows->MoveNext();
+        QCOMPARE(rows->FieldText(u"name"_s), u"b"_s);
+        rows->MoveNext();
+        QVERIFY(rows->IsNull(u"name"_s));
+        rows->MoveNext();
+        QVERIFY(rows->Eof());
+        QVERIFY_THROWS_EXCEPTION(SqlError, rows->Field(u"id"_s));
+        QVERIFY(r.Results[3]->IsOpen() && r.Results[3]->Eof());
+        QCOMPARE(r.Results[3]->RecordCount(), 0);
+        QCOMPARE(r.Results[4]->RecordsAffected(), 2);
+        QVERIFY2(r.Messages.join('\n').contains("hello 1"_L1), qPrintable(r.Messages.join('\n')));
+
+        // OpenRecordset gives the first result, rows or not.
+        QCOMPARE(
+            c->OpenRecordset(u"SET search_path = public; SELECT count(*) AS n FROM t"_s)->Field(u"n"_s).toInt(), 3);
+        QVERIFY(!c->OpenRecordset(u"SET search_path = public"_s)->IsOpen());
+    }
+
+    void values_data() { drivers(); }
+    void values()
+    {
+        const QString text = QString(5000, u'x') + u"é"_s + QString(3000, u'y');
+        const auto rs = open()->OpenRecordset(
+            u"SELECT NULL::text AS n, ''::text AS e, 42::int AS i, 4294967295::bigint AS big, 1.5::float8 AS f, "
+            "'Grüße ''q'' ✓'::text AS u, '%1'::text AS long"_s.arg(text));
+        QVERIFY(!rs->Field(u"n"_s).isValid());
+        QVERIFY(rs->Field(u"e"_s).isValid());
+        QCOMPARE(rs->FieldText(u"e"_s), QString());
+        QCOMPARE(rs->Field(u"i"_s).toLongLong(), 42);
+        QCOMPARE(rs->Field(u"big"_s).toLongLong(), 4294967295LL);
+        QCOMPARE(rs->Field(u"f"_s).toDouble(), 1.5);
+        QCOMPARE(rs->FieldText(u"u"_s), u"Grüße 'q' ✓"_s);
+        QCOMPARE(rs->FieldText(u"long"_s), text);
+        QVERIFY_THROWS_EXCEPTION(SqlError, rs->Field(u"nope"_s));
+    }
+
+    // Errors carry the server's state and line, and leave the connection usable.
+    void errors_data() { drivers(); }
+    void errors()
+    {
+        QFETCH(Via, via);
+        auto c = open();
+        try {
+            c->Execute(u"SELECT 1\r\n  FROM t\r\n WHER id = 1"_s);
+            QFAIL("no error");
+        } catch (const SqlError &e) {
+            QCOMPARE(e.State, u"42601"_s);
+            if (via == Via::Libpq)
+                QCOMPARE(e.Description, u"Line 3: syntax error at or near \"id\""_s);
+            else
+                QVERIFY2(e.Description.contains("syntax error at or near \"id\""_L1), qPrintable(e.Description));
+        }
+        QVERIFY(c->IsOpen());
+        // An error inside an explicit transaction must not leave it aborted.
+        QVERIFY_THROWS_EXCEPTION(SqlError, c->Execute(u"BEGIN; SELECT 1/0; COMMIT"_s));
+        QCOMPARE(c->OpenRecordset(u"SELECT 7 AS s"_s)->Field(u"s"_s).toInt(), 7);
+    }
+
+    void serverGoesAway_data() { drivers(); }
+    void serverGoesAway()
+    {
+        auto c = open();
+        QVERIFY(c->IsOpen());
+        mDb->terminateSessions();
+        QVERIFY_THROWS_EXCEPTION(SqlError, c->Execute(u"SELECT 1"_s));
+        QVERIFY(!c->IsOpen());
+        QVERIFY_THROWS_EXCEPTION(SqlError, c->Execute(u"SELECT 1"_s));
+    }
+
+    // The SQL Server kind's connection strings name the driver "SQL Server": it
+    // must load (FreeTDS here) and report a refused server as such.
+    void sqlServerDriverIsRegistered()
+    {
+        try {
+            OdbcDriver().Open(
+                ServerKind::SQLServer()->CreateConnectionString(u"127.0.0.1,1"_s, u"master"_s, u"sa"_s, u"x"_s, false));
+            QFAIL("a server on port 1?");
+        } catch (const SqlError &e) {
+            QVERIFY2(!e.State.startsWith("IM"_L1), qPrintable(e.Description)); // driver manager errors
+            QCOMPARE(ServerKind::SQLServer()->ClassifyConnectError(e), ServerKind::ConnectFailure::ServerNotFound);
+        }
+    }
 };
-
-void TestDriverPg::initTestCase()
-{
-    QString why;
-    if (!PgTestServer().available(&why))
-        QFAIL(qPrintable(why));
-    mDb = PgTestServer::freshDatabase(QStringLiteral("driver"));
-    mDb->exec(QStringLiteral("CREATE TABLE t (id int PRIMARY KEY, name text)"));
-}
-
-void TestDriverPg::connectRefused()
-{
-    QFETCH(Via, via);
-    try {
-        driverFor(via)->Open(connectionString(via, *mDb, QStringLiteral("wrong")));
-        QFAIL("a wrong password was accepted");
-    } catch (const SqlError &e) {
-        QVERIFY2(e.Description.contains(QLatin1String("password authentication failed for user \"korvo\"")),
-            qPrintable(e.Description));
-    }
-}
-
-void TestDriverPg::resultSets()
-{
-    QFETCH(Via, via);
-    auto c = open(via);
-    const BatchResult r = c->Execute(QStringLiteral("DELETE FROM t; INSERT INTO t VALUES (1, 'a'), (2, 'b'), (3, "
-                                                    "NULL); SELECT id, name FROM t ORDER BY id; SELECT 'x' AS c "
-                                                    "WHERE false; UPDATE t SET name = 'z' WHERE id > 1"));
-    QCOMPARE(r.Results.size(), 5);
-    QVERIFY(!r.Results[0]->IsOpen());
-    QCOMPARE(r.Results[1]->RecordsAffected(), 3);
-    QVERIFY(!r.Results[1]->IsOpen());
-    const auto &rows = r.Results[2];
-    QVERIFY(rows->IsOpen());
-    QCOMPARE(rows->FieldNames(), (QStringList { "id", "name" }));
-    QCOMPARE(rows->RecordCount(), 3);
-    QCOMPARE(rows->Field(QStringLiteral("ID")).toInt(), 1);
-    rows->MoveNext();
-    QCOMPARE(rows->FieldText(QStringLiteral("name")), QStringLiteral("b"));
-    rows->MoveNext();
-    QVERIFY(rows->IsNull(QStringLiteral("name")));
-    rows->MoveNext();
-    QVERIFY(rows->Eof());
-    QVERIFY_THROWS_EXCEPTION(SqlError, rows->Field(QStringLiteral("id")));
-    QVERIFY(r.Results[3]->IsOpen());
-    QCOMPARE(r.Results[3]->RecordCount(), 0);
-    QVERIFY(r.Results[3]->Eof());
-    QCOMPARE(r.Results[4]->RecordsAffected(), 2);
-
-    const auto first = c->OpenRecordset(QStringLiteral("SET search_path = public; SELECT count(*) AS n FROM t"));
-    QCOMPARE(first->Field(QStringLiteral("n")).toInt(), 3);
-    QVERIFY(!c->OpenRecordset(QStringLiteral("SET search_path = public"))->IsOpen());
-}
-
-void TestDriverPg::nullsAndTypes()
-{
-    QFETCH(Via, via);
-    auto c = open(via);
-    const auto rs = c->OpenRecordset(
-        QStringLiteral("SELECT NULL::text AS n, ''::text AS e, 42::int AS i, 4294967295::bigint AS big, 1.5::float8 "
-                       "AS f, 'Grüße ''q'' ✓'::text AS u"));
-    QVERIFY(!rs->Field(QStringLiteral("n")).isValid());
-    QVERIFY(rs->Field(QStringLiteral("e")).isValid());
-    QCOMPARE(rs->FieldText(QStringLiteral("e")), QString());
-    QCOMPARE(rs->Field(QStringLiteral("i")).toLongLong(), 42);
-    QCOMPARE(rs->Field(QStringLiteral("big")).toLongLong(), 4294967295LL);
-    QCOMPARE(rs->Field(QStringLiteral("f")).toDouble(), 1.5);
-    QCOMPARE(rs->FieldText(QStringLiteral("u")), QStringLiteral("Grüße 'q' ✓"));
-    QVERIFY_THROWS_EXCEPTION(SqlError, rs->Field(QStringLiteral("nope")));
-}
-
-void TestDriverPg::messages()
-{
-    QFETCH(Via, via);
-    auto c = open(via);
-    const BatchResult r = c->Execute(QStringLiteral("DO $$BEGIN RAISE NOTICE 'hello %', 1; END$$; SELECT 1 AS one"));
-    QVERIFY2(r.Messages.join('\n').contains(QLatin1String("hello 1")), qPrintable(r.Messages.join('\n')));
-}
-
-void TestDriverPg::errorsCarryLine()
-{
-    QFETCH(Via, via);
-    auto c = open(via);
-    try {
-        c->Execute(QStringLiteral("SELECT 1\r\n  FROM t\r\n WHER id = 1"));
-        QFAIL("no error");
-    } catch (const SqlError &e) {
-        QCOMPARE(e.State, QStringLiteral("42601"));
-        if (via == Via::Libpq)
-            QCOMPARE(e.Description, QStringLiteral("Line 3: syntax error at or near \"id\""));
-        else
-            QVERIFY2(
-                e.Description.contains(QLatin1String("syntax error at or near \"id\"")), qPrintable(e.Description));
-    }
-}
-
-void TestDriverPg::errorLeavesConnectionUsable()
-{
-    QFETCH(Via, via);
-    auto c = open(via);
-    QVERIFY_THROWS_EXCEPTION(SqlError, c->Execute(QStringLiteral("SELECT * FROM missing_table")));
-    QVERIFY(c->IsOpen());
-    // An error inside an explicit transaction must not leave it aborted.
-    QVERIFY_THROWS_EXCEPTION(SqlError, c->Execute(QStringLiteral("BEGIN; SELECT 1/0; COMMIT")));
-    QCOMPARE(c->OpenRecordset(QStringLiteral("SELECT 7 AS s"))->Field(QStringLiteral("s")).toInt(), 7);
-}
-
-void TestDriverPg::serverGoesAway()
-{
-    QFETCH(Via, via);
-    auto c = open(via);
-    QVERIFY(c->IsOpen());
-    mDb->terminateSessions();
-    QVERIFY_THROWS_EXCEPTION(SqlError, c->Execute(QStringLiteral("SELECT 1")));
-    QVERIFY(!c->IsOpen());
-    QVERIFY_THROWS_EXCEPTION(SqlError, c->Execute(QStringLiteral("SELECT 1")));
-}
-
-void TestDriverPg::longText()
-{
-    QFETCH(Via, via);
-    auto c = open(via);
-    const QString text = QString(5000, QLatin1Char('x')) + QStringLiteral("é") + QString(3000, QLatin1Char('y'));
-    const auto rs = c->OpenRecordset(QStringLiteral("SELECT '%1'::text AS v").arg(text));
-    QCOMPARE(rs->FieldText(QStringLiteral("v")), text);
-}
-
-// The SQL Server kind's connection strings name the driver "SQL Server": it
-// must load (FreeTDS here) and report a refused server as such.
-void TestDriverPg::sqlServerDriverIsRegistered()
-{
-    const QString conn = ServerKind::SQLServer()->CreateConnectionString(
-        QStringLiteral("127.0.0.1,1"), QStringLiteral("master"), QStringLiteral("sa"), QStringLiteral("x"), false);
-    try {
-        OdbcDriver().Open(conn);
-        QFAIL("a server on port 1?");
-    } catch (const SqlError &e) {
-        QVERIFY2(!e.State.startsWith(QLatin1String("IM")), qPrintable(e.Description)); // driver manager errors
-        QCOMPARE(ServerKind::SQLServer()->ClassifyConnectError(e), ServerKind::ConnectFailure::ServerNotFound);
-    }
-}
 
 QTEST_GUILESS_MAIN(TestDriverPg)
 #include "test_driver_pg.moc"

@@ -12,16 +12,18 @@
 #include <QFileInfo>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace
 {
 
-const QString project = QStringLiteral("$\\Db\\Objects\\");
+const QString project = u"$\\Db\\Objects\\"_s;
 
 QStringList names(const std::shared_ptr<KORVOVSSItems> &items)
 {
     QStringList result;
     for (const auto &item : *items)
-        result.append(item->Name + (item->IsCheckedOut() ? QLatin1Char('*') + item->CheckedOutBy : QString()));
+        result.append(item->Name + (item->IsCheckedOut() ? u'*' + item->CheckedOutBy : QString()));
     return result;
 }
 
@@ -33,20 +35,29 @@ QStringList actions(const QList<KORVOHistoryData> &rows)
     return result;
 }
 
-void writeText(const QString &path, const QByteArray &text)
+void writeText(const QString &path, const QString &text)
 {
     QFile f(path);
     QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    f.write(text);
+    f.write(text.toUtf8());
+}
+
+// A call that fails, with or without its box.
+using Operation = std::function<bool(KORVOVSS &, bool silent)>;
+
+void failure(const char *row, const QString &title, const QString &firstLine, Operation op, const QString &setup = {})
+{
+    QTest::newRow(row) << setup << title << firstLine << op;
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(Operation)
 
 class TestVssConnector : public QObject
 {
     Q_OBJECT
 
-private:
     std::unique_ptr<SvnTestRepository> mRepo;
     std::unique_ptr<ScriptedUi> mUi;
     std::shared_ptr<KORVOVSS> mVss;
@@ -55,26 +66,18 @@ private:
     std::unique_ptr<ScriptedUi> mListUi;
     std::shared_ptr<KORVOVSS> mListVss;
 
-    // A connection of user on the test repository, with a working folder of its own.
-    std::shared_ptr<KORVOVSS> connect(ScriptedUi &ui, const QString &user, const QString &folder)
-    {
-        auto vss = std::make_shared<KORVOVSS>(ui);
-        const QString error = vss->OpenConnection(mRepo->Url(), user, QString(), project, folder, false, true);
-        if (!error.isEmpty())
-            qWarning("%s", qPrintable(error));
-        return vss;
-    }
+    long head() { return VssDatabase(mRepo->Url(), u"x"_s, {}).Repository().LatestRevision(); }
 
 private Q_SLOTS:
     void init()
     {
         mRepo = std::make_unique<SvnTestRepository>();
         QVERIFY(mRepo->IsValid());
-        QVERIFY(mRepo->MakeFolders({ QStringLiteral("Db/Objects"), QStringLiteral("Db/Other") }));
+        QVERIFY(mRepo->MakeFolders({ u"Db/Objects"_s, u"Db/Other"_s }));
         mUi = std::make_unique<ScriptedUi>();
-        mWork = mRepo->Folder(QStringLiteral("work"));
-        mVss = connect(*mUi, QStringLiteral("alice"), mWork);
-        QVERIFY(mVss->ConnectionOpen());
+        mWork = mRepo->Folder(u"work"_s);
+        mVss = std::make_shared<KORVOVSS>(*mUi);
+        QCOMPARE(mVss->OpenConnection(mRepo->Url(), u"alice"_s, QString(), project, mWork, false, true), QString());
     }
 
     void cleanup()
@@ -89,31 +92,18 @@ private Q_SLOTS:
         QTest::addColumn<QString>("iniText"); // empty: no ini file is written
         QTest::addColumn<QString>("argument"); // {dir} is the ini file's folder
         QTest::addColumn<QString>("expected"); // empty: an error is expected
-        QTest::newRow("file URL as it stands") << QString() << "file:///srv/svn/db"
-                                               << "file:///srv/svn/db";
-        QTest::newRow("svn URL") << QString() << "svn://127.0.0.1:3690/db"
-                                 << "svn://127.0.0.1:3690/db";
-        QTest::newRow("https URL") << QString() << "https://example.org/svn/db"
-                                   << "https://example.org/svn/db";
-        QTest::newRow("ini with a URL") << "[general]\nURL = svn://host/db\n"
-                                        << "{dir}/srcsafe.ini"
-                                        << "svn://host/db";
-        QTest::newRow("ini key in any case, quoted") << "url=\"file:///x/y\"\n"
-                                                     << "{dir}/srcsafe.ini"
-                                                     << "file:///x/y";
-        QTest::newRow("relative file: path") << "URL = file:repo\n"
-                                             << "{dir}/srcsafe.ini"
-                                             << "file://{dir}/repo";
-        QTest::newRow("relative plain path") << "URL = ../up/repo\n"
-                                             << "{dir}/srcsafe.ini"
-                                             << "file://{parent}/up/repo";
-        QTest::newRow("folder holding srcsafe.ini") << "URL = file:r\n"
-                                                    << "{dir}"
-                                                    << "file://{dir}/r";
-        QTest::newRow("missing ini file") << QString() << "{dir}/missing.ini" << QString();
-        QTest::newRow("ini without URL") << "[general]\nuser = x\n"
-                                         << "{dir}/srcsafe.ini" << QString();
-        QTest::newRow("empty argument") << QString() << "" << QString();
+        const QString ini = u"{dir}/srcsafe.ini"_s;
+        QTest::newRow("file URL") << QString() << u"file:///srv/svn/db"_s << u"file:///srv/svn/db"_s;
+        QTest::newRow("svn URL") << QString() << u"svn://127.0.0.1:3690/db"_s << u"svn://127.0.0.1:3690/db"_s;
+        QTest::newRow("https URL") << QString() << u"https://example.org/svn/db"_s << u"https://example.org/svn/db"_s;
+        QTest::newRow("ini with a URL") << u"[general]\nURL = svn://host/db\n"_s << ini << u"svn://host/db"_s;
+        QTest::newRow("ini key in any case, quoted") << u"url=\"file:///x/y\"\n"_s << ini << u"file:///x/y"_s;
+        QTest::newRow("relative file: path") << u"URL = file:repo\n"_s << ini << u"file://{dir}/repo"_s;
+        QTest::newRow("relative plain path") << u"URL = ../up/repo\n"_s << ini << u"file://{parent}/up/repo"_s;
+        QTest::newRow("folder holding srcsafe.ini") << u"URL = file:r\n"_s << u"{dir}"_s << u"file://{dir}/r"_s;
+        QTest::newRow("missing ini file") << QString() << u"{dir}/missing.ini"_s << QString();
+        QTest::newRow("ini without URL") << u"[general]\nuser = x\n"_s << ini << QString();
+        QTest::newRow("empty argument") << QString() << QString() << QString();
     }
 
     void resolveUrl()
@@ -121,12 +111,11 @@ private Q_SLOTS:
         QFETCH(QString, iniText);
         QFETCH(QString, argument);
         QFETCH(QString, expected);
-        const QString dir = QDir::cleanPath(mRepo->Folder(QStringLiteral("ini")));
+        const QString dir = QDir::cleanPath(mRepo->Folder(u"ini"_s));
         if (!iniText.isEmpty())
-            writeText(dir + QStringLiteral("/srcsafe.ini"), iniText.toUtf8());
-        const QString parent = QFileInfo(dir).absolutePath();
-        argument.replace(QLatin1String("{dir}"), dir);
-        expected.replace(QLatin1String("{dir}"), dir).replace(QLatin1String("{parent}"), parent);
+            writeText(dir + u"/srcsafe.ini"_s, iniText);
+        argument.replace("{dir}"_L1, dir);
+        expected.replace("{dir}"_L1, dir).replace("{parent}"_L1, QFileInfo(dir).absolutePath());
         try {
             const QString url = VssDatabase::ResolveUrl(argument);
             QVERIFY2(!expected.isEmpty(), qPrintable(url));
@@ -140,21 +129,14 @@ private Q_SLOTS:
     void projectFolder_data()
     {
         QTest::addColumn<QString>("project");
-        QTest::addColumn<QString>("folder");
-        QTest::newRow("root") << "$\\"
-                              << "";
-        QTest::newRow("bare dollar") << "$"
-                                     << "";
-        QTest::newRow("two levels") << "$\\A\\B\\"
-                                    << "A/B";
-        QTest::newRow("forward slashes") << "$/A/B"
-                                         << "A/B";
-        QTest::newRow("no dollar") << "A\\B"
-                                   << "A/B";
-        QTest::newRow("blank inside") << "$\\My Project\\"
-                                      << "My Project";
-        QTest::newRow("dot-dot refused") << "$\\A\\..\\B"
-                                         << "!";
+        QTest::addColumn<QString>("folder"); // "!": refused
+        QTest::newRow("root") << u"$\\"_s << QString();
+        QTest::newRow("bare dollar") << u"$"_s << QString();
+        QTest::newRow("two levels") << u"$\\A\\B\\"_s << u"A/B"_s;
+        QTest::newRow("forward slashes") << u"$/A/B"_s << u"A/B"_s;
+        QTest::newRow("no dollar") << u"A\\B"_s << u"A/B"_s;
+        QTest::newRow("blank inside") << u"$\\My Project\\"_s << u"My Project"_s;
+        QTest::newRow("dot-dot refused") << u"$\\A\\..\\B"_s << u"!"_s;
     }
 
     void projectFolder()
@@ -164,7 +146,7 @@ private Q_SLOTS:
         try {
             QCOMPARE(VssDatabase::ProjectFolder(project), folder);
         } catch (const VssError &) {
-            QCOMPARE(folder, QStringLiteral("!"));
+            QCOMPARE(folder, u"!"_s);
         }
     }
 
@@ -173,19 +155,14 @@ private Q_SLOTS:
         QTest::addColumn<QString>("ini"); // {url} of the repository, {root} its folder
         QTest::addColumn<QString>("project");
         QTest::addColumn<QString>("error"); // a part of the expected error; empty for success
-        QTest::newRow("URL") << "{url}" << project << "";
-        QTest::newRow("ini file") << "{root}/srcsafe.ini" << project << "";
-        QTest::newRow("root project") << "{url}"
-                                      << "$\\"
-                                      << "";
-        QTest::newRow("missing ini file") << "{root}/nothere.ini" << project << "The ini file";
-        QTest::newRow("wrong URL") << "{url}-missing" << project << "Unable to connect";
-        QTest::newRow("missing project") << "{url}"
-                                         << "$\\Db\\Nope\\"
-                                         << "File or project '$\\Db\\Nope\\' not found";
-        QTest::newRow("item as project") << "{url}"
-                                         << "$\\Db\\Objects\\x.sp\\"
-                                         << "not found";
+        QTest::newRow("URL") << u"{url}"_s << project << QString();
+        QTest::newRow("ini file") << u"{root}/srcsafe.ini"_s << project << QString();
+        QTest::newRow("root project") << u"{url}"_s << u"$\\"_s << QString();
+        QTest::newRow("missing ini file") << u"{root}/nothere.ini"_s << project << u"The ini file"_s;
+        QTest::newRow("wrong URL") << u"{url}-missing"_s << project << u"Unable to connect"_s;
+        QTest::newRow("missing project") << u"{url}"_s << u"$\\Db\\Nope\\"_s
+                                         << u"File or project '$\\Db\\Nope\\' not found"_s;
+        QTest::newRow("item as project") << u"{url}"_s << u"$\\Db\\Objects\\x.sp\\"_s << u"not found"_s;
     }
 
     void openConnection()
@@ -193,39 +170,34 @@ private Q_SLOTS:
         QFETCH(QString, ini);
         QFETCH(QString, project);
         QFETCH(QString, error);
-        writeText(mRepo->Root() + QStringLiteral("/srcsafe.ini"), "URL = file:repo\n");
-        ini.replace(QLatin1String("{url}"), mRepo->Url()).replace(QLatin1String("{root}"), mRepo->Root());
-        const QString folder = mRepo->Folder(QStringLiteral("w2"));
-        const QString noSeparator = folder.chopped(1);
-
+        writeText(mRepo->Root() + u"/srcsafe.ini"_s, u"URL = file:repo\n"_s);
+        ini.replace("{url}"_L1, mRepo->Url()).replace("{root}"_L1, mRepo->Root());
+        const QString folder = mRepo->Folder(u"w2"_s).chopped(1);
         ScriptedUi ui;
         KORVOVSS vss(ui);
         if (!error.isEmpty())
             ui.answer(UiServices::Answer::Ok);
-        const QString result
-            = vss.OpenConnection(ini, QStringLiteral("alice"), QString(), project, noSeparator, false, true);
+        const QString result = vss.OpenConnection(ini, u"alice"_s, QString(), project, folder, false, true);
+        QCOMPARE(vss.TestConnection(ini, u"alice"_s, QString(), project), result);
         if (error.isEmpty()) {
             QCOMPARE(result, QString());
-            QVERIFY(ui.boxes.isEmpty());
             QVERIFY(vss.ConnectionOpen());
             QCOMPARE(vss.IniFile, ini);
             QCOMPARE(vss.Project, project);
-            // Stored as given, without the setter's separator rule.
-            QCOMPARE(vss.GeneralWorkingFolder(), noSeparator);
-            QCOMPARE(vss.GetItemFileName(QStringLiteral("1.sp")), noSeparator + QStringLiteral("1.sp"));
-            QCOMPARE(vss.TestConnection(ini, QStringLiteral("alice"), QString(), project), QString());
-        } else {
-            QVERIFY2(result.contains(error), qPrintable(result));
-            QVERIFY(!vss.ConnectionOpen());
-            QCOMPARE(ui.boxes.size(), 1);
-            QCOMPARE(ui.boxes[0].icon, UiServices::Icon::Critical);
-            QCOMPARE(ui.boxes[0].title, QStringLiteral("Connection Error"));
-            QCOMPARE(ui.boxes[0].text, result);
-            QCOMPARE(vss.TestConnection(ini, QStringLiteral("alice"), QString(), project), result);
-            // Silent: the same result, no box.
-            QCOMPARE(vss.OpenConnection(ini, QStringLiteral("alice"), QString(), project, folder, true, true), result);
-            QCOMPARE(ui.boxes.size(), 1);
+            // The folder is kept as given, without the setter's separator rule.
+            QCOMPARE(vss.GeneralWorkingFolder(), folder);
+            QCOMPARE(vss.GetItemFileName(u"1.sp"_s), folder + u"1.sp"_s);
+            return;
         }
+        QVERIFY2(result.contains(error), qPrintable(result));
+        QVERIFY(!vss.ConnectionOpen());
+        QCOMPARE(ui.boxes.size(), 1);
+        QCOMPARE(ui.boxes[0].icon, UiServices::Icon::Critical);
+        QCOMPARE(ui.boxes[0].title, u"Connection Error"_s);
+        QCOMPARE(ui.boxes[0].text, result);
+        // Silent: the same result, no box.
+        QCOMPARE(vss.OpenConnection(ini, u"alice"_s, QString(), project, folder, true, true), result);
+        QCOMPARE(ui.boxes.size(), 1);
     }
 
     void passwordPrompt_data()
@@ -237,14 +209,13 @@ private Q_SLOTS:
         QTest::addColumn<bool>("silent");
         QTest::addColumn<bool>("prompted");
         QTest::addColumn<QString>("result");
-        QTest::newRow("prompt confirmed") << false << false << false << true << false << true << "";
-        QTest::newRow("prompt cancelled")
-            << false << false << false << false << false << true << "Password was not entered!";
-        QTest::newRow("prompt cancelled, silent")
-            << false << false << false << false << true << true << "Password was not entered!";
-        QTest::newRow("blank password given") << false << true << false << false << false << false << "";
-        QTest::newRow("stored password") << true << false << false << false << false << false << "";
-        QTest::newRow("connected before") << false << false << true << false << false << false << "";
+        const QString none = u"Password was not entered!"_s;
+        QTest::newRow("prompt confirmed") << false << false << false << true << false << true << QString();
+        QTest::newRow("prompt cancelled") << false << false << false << false << false << true << none;
+        QTest::newRow("prompt cancelled, silent") << false << false << false << false << true << true << none;
+        QTest::newRow("blank password given") << false << true << false << false << false << false << QString();
+        QTest::newRow("stored password") << true << false << false << false << false << false << QString();
+        QTest::newRow("connected before") << false << false << true << false << false << false << QString();
     }
 
     void passwordPrompt()
@@ -260,35 +231,28 @@ private Q_SLOTS:
         KORVOVSS vss(ui);
         vss.StorePassword = storePassword;
         vss.IniFile = mRepo->Url();
-        vss.UserName = QStringLiteral("alice");
+        vss.UserName = u"alice"_s;
         vss.Project = project;
         vss.SetGeneralWorkingFolder(mWork);
         if (connectedBefore) {
             QCOMPARE(vss.OpenConnection({}, {}, {}, {}, {}, false, true), QString());
             vss.CloseConnection();
-            QVERIFY(!vss.ConnectionOpen());
         }
         if (prompted)
-            ui.password(confirm, QStringLiteral("bob"), QStringLiteral("secret"));
+            ui.password(confirm, u"bob"_s, u"secret"_s);
         if (!result.isEmpty() && !silent)
             ui.answer(UiServices::Answer::Ok);
         QCOMPARE(vss.OpenConnection({}, {}, {}, {}, {}, silent, blankGiven), result);
-        QCOMPARE(ui.prompts.size(), prompted ? 1 : 0);
         QCOMPARE(ui.pending(), 0);
         if (prompted) {
             QCOMPARE(ui.prompts[0].iniFile, mRepo->Url());
-            QCOMPARE(ui.prompts[0].userName, QStringLiteral("alice"));
+            QCOMPARE(ui.prompts[0].userName, u"alice"_s);
         }
-        if (result.isEmpty()) {
-            QVERIFY(vss.ConnectionOpen());
-            QCOMPARE(vss.UserName, prompted ? QStringLiteral("bob") : QStringLiteral("alice"));
-        } else {
-            QVERIFY(!vss.ConnectionOpen());
-            QCOMPARE(vss.UserName, QStringLiteral("alice"));
-            QCOMPARE(ui.boxes.size(), silent ? 0 : 1);
-            if (!silent)
-                QCOMPARE(ui.boxes[0].title, QStringLiteral("Connection Error"));
-        }
+        QCOMPARE(vss.ConnectionOpen(), result.isEmpty());
+        QCOMPARE(vss.UserName, prompted && confirm ? u"bob"_s : u"alice"_s);
+        QCOMPARE(ui.boxes.size(), !result.isEmpty() && !silent ? 1 : 0);
+        if (!ui.boxes.isEmpty())
+            QCOMPARE(ui.boxes[0].title, u"Connection Error"_s);
     }
 
     void projectsAndNewProject_data()
@@ -296,30 +260,17 @@ private Q_SLOTS:
         QTest::addColumn<QString>("parent");
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("result");
-        QTest::newRow("new") << "$\\Db\\"
-                             << "Fresh"
-                             << "";
-        QTest::newRow("with blank and umlaut") << "$\\Db\\"
-                                               << "Ärger Projekt"
-                                               << "";
-        QTest::newRow("exists") << "$\\Db\\"
-                                << "Objects"
-                                << "The Project 'Objects' already exists!";
-        QTest::newRow("slash") << "$\\Db\\"
-                               << "a/b"
-                               << "The New Project Name 'a/b' is invalid!";
-        QTest::newRow("empty") << "$\\Db\\"
-                               << ""
-                               << "The New Project Name '' is invalid!";
-        QTest::newRow("trailing dot") << "$\\Db\\"
-                                      << "x."
-                                      << "The Project 'x.' could not be added (Problem with the name structure)!";
-        QTest::newRow("leading blank") << "$\\"
-                                       << " x"
-                                       << "The Project ' x' could not be added (Problem with the name structure)!";
-        QTest::newRow("missing parent") << "$\\Nope\\"
-                                        << "x"
-                                        << "File or project '$\\Nope\\' not found";
+        const QString db = u"$\\Db\\"_s;
+        QTest::newRow("new") << db << u"Fresh"_s << QString();
+        QTest::newRow("with blank and umlaut") << db << u"Ärger Projekt"_s << QString();
+        QTest::newRow("exists") << db << u"Objects"_s << u"The Project 'Objects' already exists!"_s;
+        QTest::newRow("slash") << db << u"a/b"_s << u"The New Project Name 'a/b' is invalid!"_s;
+        QTest::newRow("empty") << db << QString() << u"The New Project Name '' is invalid!"_s;
+        QTest::newRow("trailing dot") << db << u"x."_s
+                                      << u"The Project 'x.' could not be added (Problem with the name structure)!"_s;
+        QTest::newRow("leading blank") << u"$\\"_s << u" x"_s
+                                       << u"The Project ' x' could not be added (Problem with the name structure)!"_s;
+        QTest::newRow("missing parent") << u"$\\Nope\\"_s << u"x"_s << u"File or project '$\\Nope\\' not found"_s;
     }
 
     void projectsAndNewProject()
@@ -328,14 +279,13 @@ private Q_SLOTS:
         QFETCH(QString, name);
         QFETCH(QString, result);
         QCOMPARE(mVss->CreateNewProject(parent, name), result);
-        QStringList expected { QString(), QStringLiteral("Objects"), QStringLiteral("Other") };
-        if (result.isEmpty() && parent == QLatin1String("$\\Db\\")) {
+        QStringList expected { QString(), u"Objects"_s, u"Other"_s };
+        if (result.isEmpty() && parent == u"$\\Db\\"_s) {
             expected.append(name);
             std::sort(expected.begin() + 1, expected.end(),
                 [](const QString &a, const QString &b) { return a.compare(b, Qt::CaseInsensitive) < 0; });
         }
-        QCOMPARE(mVss->GetProjectSubFolders(QStringLiteral("$\\Db\\")), expected);
-        QVERIFY(mUi->boxes.isEmpty());
+        QCOMPARE(mVss->GetProjectSubFolders(u"$\\Db\\"_s), expected);
     }
 
     void itemsFilter_data()
@@ -344,17 +294,16 @@ private Q_SLOTS:
         QTest::addColumn<bool>("includeDeleted");
         QTest::addColumn<bool>("onlyDeleted");
         QTest::addColumn<QStringList>("expected");
-        QTest::newRow("*.sp drops .desc") << "*.sp" << false << false << QStringList { "1.sp", "4.sp*alice" };
-        QTest::newRow("*.sp with deleted") << "*.sp" << true << false << QStringList { "1.sp", "3.sp", "4.sp*alice" };
-        QTest::newRow("only deleted") << "*.sp" << true << true << QStringList { "3.sp" };
-        QTest::newRow("only deleted needs include") << "*.sp" << false << true << QStringList {};
-        QTest::newRow("case-sensitive") << "*.SP" << false << false << QStringList { "5.SP" };
-        QTest::newRow("*.desc") << "*.desc" << true << false << QStringList { "1.sp.desc" };
-        QTest::newRow("all") << "*" << false << false
-                             << QStringList { "1.sp", "1.sp.desc", "2.vw", "4.sp*alice", "5.SP", "SyncHistory" };
-        QTest::newRow("empty filter") << "" << false << false
-                                      << QStringList { "1.sp", "1.sp.desc", "2.vw", "4.sp*alice", "5.SP",
-                                             "SyncHistory" };
+        const QStringList all { "1.sp", "1.sp.desc", "2.vw", "4.sp*alice", "5.SP", "SyncHistory" };
+        QTest::newRow("*.sp drops .desc") << u"*.sp"_s << false << false << QStringList { "1.sp", "4.sp*alice" };
+        QTest::newRow("*.sp with deleted")
+            << u"*.sp"_s << true << false << QStringList { "1.sp", "3.sp", "4.sp*alice" };
+        QTest::newRow("only deleted") << u"*.sp"_s << true << true << QStringList { "3.sp" };
+        QTest::newRow("only deleted needs include") << u"*.sp"_s << false << true << QStringList {};
+        QTest::newRow("case-sensitive") << u"*.SP"_s << false << false << QStringList { "5.SP" };
+        QTest::newRow("*.desc") << u"*.desc"_s << true << false << QStringList { "1.sp.desc" };
+        QTest::newRow("all") << u"*"_s << false << false << all;
+        QTest::newRow("empty filter") << QString() << false << false << all;
     }
 
     void itemsFilter()
@@ -366,243 +315,189 @@ private Q_SLOTS:
         // The rows only read: one project serves them all.
         if (!mListVss) {
             mListRepo = std::make_unique<SvnTestRepository>();
-            QVERIFY(mListRepo->MakeFolders({ QStringLiteral("Db/Objects") }));
+            QVERIFY(mListRepo->MakeFolders({ u"Db/Objects"_s }));
             mListUi = std::make_unique<ScriptedUi>();
             mListVss = std::make_shared<KORVOVSS>(*mListUi);
-            QCOMPARE(mListVss->OpenConnection(mListRepo->Url(), QStringLiteral("alice"), {}, project,
-                         mListRepo->Folder(QStringLiteral("work")), false, true),
+            QCOMPARE(mListVss->OpenConnection(
+                         mListRepo->Url(), u"alice"_s, {}, project, mListRepo->Folder(u"work"_s), false, true),
                 QString());
             for (const char *n : { "1.sp", "1.sp.desc", "2.vw", "3.sp", "4.sp", "5.SP", "SyncHistory" })
-                QVERIFY(
-                    mListVss->AddItem(QLatin1String(n), QStringLiteral("text of %1").arg(QLatin1String(n)), false, {}));
-            QVERIFY(mListVss->RemoveItem(QStringLiteral("3.sp"), false));
-            QVERIFY(mListVss->CheckOut(QStringLiteral("4.sp"), false));
+                QVERIFY(mListVss->AddItem(QLatin1String(n), u"text of "_s + QLatin1String(n), false, {}));
+            QVERIFY(mListVss->RemoveItem(u"3.sp"_s, false));
+            QVERIFY(mListVss->CheckOut(u"4.sp"_s, false));
             // A sub-project is not an item.
-            QVERIFY(mListRepo->MakeFolders({ QStringLiteral("Db/Objects/Sub.sp") }));
+            QVERIFY(mListRepo->MakeFolders({ u"Db/Objects/Sub.sp"_s }));
         }
-        const auto &vss = mListVss;
-        const auto items = vss->Items(filter, includeDeleted, onlyDeleted);
+        const auto items = mListVss->Items(filter, includeDeleted, onlyDeleted);
         QCOMPARE(names(items), expected);
         QCOMPARE(items->Count(), expected.size());
-        QCOMPARE(items->ActiveVSSConnection(), vss);
+        QCOMPARE(items->ActiveVSSConnection(), mListVss);
         if (!expected.isEmpty()) {
-            QCOMPARE(items->at(0)->ActiveVSSConnection(), vss);
+            QCOMPARE(items->at(0)->ActiveVSSConnection(), mListVss);
             QCOMPARE(items->Item(items->at(0)->Name), items->at(0));
         }
-        QVERIFY(!items->Item(QStringLiteral("nothing")));
+        QVERIFY(!items->Item(u"nothing"_s));
     }
 
     void workingCopiesAndCheckOut()
     {
-        const QString item = QStringLiteral("10.sp");
-        const QString local = mVss->GetItemFileName(item);
-        QCOMPARE(local, mWork + item);
-        QVERIFY(mVss->AddItem(item, QStringLiteral("CREATE PROCEDURE a AS SELECT 1"), false, QStringLiteral("first")));
-        QVERIFY(QFileInfo::exists(local));
+        const QString item = u"10.sp"_s, local = mWork + item;
+        const QString v1 = u"CREATE PROCEDURE a AS SELECT 1"_s, v2 = u"CREATE PROCEDURE a AS SELECT 2"_s;
+        QCOMPARE(mVss->GetItemFileName(item), local);
+        QVERIFY(mVss->AddItem(item, v1, false, u"first"_s));
+        QCOMPARE(WorkingFiles::ReadText(local), v1);
         QVERIFY(WorkingFiles::IsReadOnly(local));
         QCOMPARE(mVss->CheckOutStatus(item), 0);
         QCOMPARE(mVss->CheckedOutBy(item), QString());
 
         QVERIFY(mVss->CheckOut(item, false));
         QCOMPARE(mVss->CheckOutStatus(item), 2);
-        QCOMPARE(mVss->CheckedOutBy(item), QStringLiteral("alice"));
-        QCOMPARE(mVss->Checkouts(item), QStringList { QStringLiteral("alice") });
-        QCOMPARE(mVss->Item(item)->CheckedOutBy, QStringLiteral("alice"));
+        QCOMPARE(mVss->CheckedOutBy(item), u"alice"_s);
+        QCOMPARE(mVss->Item(item)->CheckedOutBy, u"alice"_s);
         QVERIFY(!WorkingFiles::IsReadOnly(local));
-        // A second check-out is refused without a message.
-        QVERIFY(!mVss->CheckOut(item, false));
+        QVERIFY(!mVss->CheckOut(item, false)); // refused without a message
 
         // The user's own text is read from the working copy; the checked-in text
-        // through a scratch copy that leaves the working copy alone.
-        writeText(local, "CREATE PROCEDURE a AS SELECT 2");
-        QCOMPARE(mVss->ItemContent(item, true, -1, false, false), QStringLiteral("CREATE PROCEDURE a AS SELECT 2"));
-        QCOMPARE(mVss->ItemContent(item, false, -1, false, false), QStringLiteral("CREATE PROCEDURE a AS SELECT 1"));
-        QCOMPARE(WorkingFiles::ReadText(local), QStringLiteral("CREATE PROCEDURE a AS SELECT 2"));
-        QVERIFY(!QFileInfo::exists(mWork + QStringLiteral("tmp.") + item));
+        // through a scratch copy that leaves no file behind.
+        writeText(local, v2);
+        QCOMPARE(mVss->ItemContent(item, true, -1, false, false), v2);
+        QCOMPARE(mVss->ItemContent(item, false, -1, false, false), v1);
+        QCOMPARE(QDir(mWork).entryList(QDir::Files), QStringList { item });
         // GetLatestVersion leaves a checked-out working copy alone.
         QVERIFY(mVss->GetLatestVersion(item, false));
-        QCOMPARE(WorkingFiles::ReadText(local), QStringLiteral("CREATE PROCEDURE a AS SELECT 2"));
+        QCOMPARE(WorkingFiles::ReadText(local), v2);
 
         // Check-in with empty content takes the working copy as it stands.
-        QVERIFY(mVss->CheckIn(item, QString(), QStringLiteral("second"), false));
+        QVERIFY(mVss->CheckIn(item, QString(), u"second"_s, false));
         QCOMPARE(mVss->CheckOutStatus(item), 0);
         QVERIFY(WorkingFiles::IsReadOnly(local));
-        QVERIFY(!mVss->CheckIn(item, QStringLiteral("x"), QString(), false));
+        QVERIFY(!mVss->CheckIn(item, u"x"_s, QString(), false));
         QVERIFY(!mVss->UndoCheckout(item, false));
 
         // Undo: the lock goes and the working copy is the latest text again.
         QVERIFY(mVss->CheckOut(item, false));
-        writeText(local, "scribble");
+        writeText(local, u"scribble"_s);
         QVERIFY(mVss->UndoCheckout(item, false));
         QCOMPARE(mVss->CheckOutStatus(item), 0);
-        QCOMPARE(WorkingFiles::ReadText(local), QStringLiteral("CREATE PROCEDURE a AS SELECT 2"));
+        QCOMPARE(WorkingFiles::ReadText(local), v2);
         QVERIFY(WorkingFiles::IsReadOnly(local));
 
         // A check-in of unchanged text only ends the check-out.
         QVERIFY(mVss->CheckOut(item, false));
-        QVERIFY(mVss->CheckIn(item, QStringLiteral("CREATE PROCEDURE a AS SELECT 2"), QStringLiteral("same"), false));
+        QVERIFY(mVss->CheckIn(item, v2, u"same"_s, false));
         const auto history = mVss->GetItemHistory(item, false);
         QCOMPARE(actions(history), (QStringList { "Checked in", "Created" }));
-        QCOMPARE(history[0].Comment, QStringLiteral("second"));
-        QCOMPARE(history[1].Comment, QStringLiteral("first"));
-        QCOMPARE(history[0].UserName, QStringLiteral("alice"));
+        QCOMPARE(history[0].Comment, u"second"_s);
+        QCOMPARE(history[1].Comment, u"first"_s);
+        QCOMPARE(history[0].UserName, u"alice"_s);
         QVERIFY(history[0].VersionNumber > history[1].VersionNumber);
         QVERIFY(VersionDateTime(history[0].VersionDate).isValid());
 
         // ChangeItemContent goes through a check-out of its own.
-        QVERIFY(mVss->ChangeItemContent(item, QStringLiteral("v3"), QStringLiteral("Synchronization"), false));
+        QVERIFY(mVss->ChangeItemContent(item, u"v3"_s, u"Synchronization"_s, false));
         QCOMPARE(mVss->CheckOutStatus(item), 0);
-        QCOMPARE(mVss->ItemContent(item, true, -1, false, false), QStringLiteral("v3"));
-        QCOMPARE(mVss->GetItemHistory(item, false).first().Comment, QStringLiteral("Synchronization"));
-        QVERIFY(mUi->boxes.isEmpty());
+        QCOMPARE(mVss->ItemContent(item, true, -1, false, false), u"v3"_s);
+        QCOMPARE(mVss->GetItemHistory(item, false).first().Comment, u"Synchronization"_s);
     }
 
-    void otherUsersCheckOut()
+    void historyFollowsTheItem_data()
     {
-        // file:// takes any user name, which is enough to tell two owners apart.
-        const QString item = QStringLiteral("7.sp");
-        QVERIFY(mVss->AddItem(item, QStringLiteral("v1"), false, {}));
-        ScriptedUi bobUi;
-        auto bob = connect(bobUi, QStringLiteral("bob"), mRepo->Folder(QStringLiteral("bob")));
-        QVERIFY(bob->ConnectionOpen());
-
-        QVERIFY(mVss->CheckOut(item, false));
-        QCOMPARE(bob->CheckOutStatus(item), 1);
-        QCOMPARE(bob->Checkouts(item), QStringList { QStringLiteral("alice") });
-        // Another user's check-out doesn't show through CheckedOutBy or Items.
-        QCOMPARE(bob->CheckedOutBy(item), QString());
-        QCOMPARE(names(bob->Items(QStringLiteral("*.sp"), false, false)), QStringList { item });
-        QVERIFY(!bob->CheckOut(item, false));
-        QVERIFY(!bob->CheckIn(item, QStringLiteral("bob's"), QString(), false));
-        QVERIFY(!bob->UndoCheckout(item, false));
-        QVERIFY(!bob->RenameItem(item, QStringLiteral("8.sp"), false, false, false));
-        // Reading works, and ItemContent fetches over bob's own working copy.
-        QCOMPARE(bob->ItemContent(item, true, -1, false, false), QStringLiteral("v1"));
-
-        QVERIFY(mVss->UndoCheckout(item, false));
-        QVERIFY(bob->CheckOut(item, false));
-        QCOMPARE(mVss->CheckOutStatus(item), 1);
-        QVERIFY(bob->CheckIn(item, QStringLiteral("v2"), QStringLiteral("by bob"), false));
-        QCOMPARE(mVss->ItemContent(item, false, -1, false, false), QStringLiteral("v2"));
-        QCOMPARE(mVss->GetItemHistory(item, false).first().UserName, QStringLiteral("bob"));
-        QVERIFY(mUi->boxes.isEmpty());
-        QVERIFY(bobUi.boxes.isEmpty());
+        QTest::addColumn<QString>("name");
+        QTest::newRow("plain") << u"10.sp"_s;
+        QTest::newRow("blanks, percent, hash") << u"my 50% #1.sp"_s;
+        QTest::newRow("umlauts") << u"Größe ändern.sp"_s;
+        QTest::newRow("cjk") << u"表.vw"_s;
     }
 
-    void renameKeepsHistory()
+    // Renames, a delete with a new add, and undeletes under a new name and under
+    // its own keep one history, whose versions read back by number.
+    void historyFollowsTheItem()
     {
-        QVERIFY(mVss->AddItem(QStringLiteral("10.sp"), QStringLiteral("text 1"), false, QStringLiteral("c1")));
-        QVERIFY(
-            mVss->ChangeItemContent(QStringLiteral("10.sp"), QStringLiteral("text 2"), QStringLiteral("c2"), false));
-        const auto before = mVss->GetItemHistory(QStringLiteral("10.sp"), false);
-        QCOMPARE(before.size(), 2);
+        QFETCH(QString, name);
+        const QString n1 = u"1 "_s + name, n2 = u"2 "_s + name, n3 = u"3 "_s + name;
+        QVERIFY(mVss->AddItem(name, u"text 1"_s, false, u"c1"_s));
+        QCOMPARE(names(mVss->Items(u"*"_s, false, false)), QStringList { name });
+        QVERIFY(mVss->CheckOut(name, false));
+        QVERIFY(mVss->CheckIn(name, u"text 2"_s, u"ü"_s, false));
+        QVERIFY(mVss->RenameItemWithNewContent(name, n1, u"text 3"_s, u"Item renamed from [a] to [b]."_s, false));
+        QVERIFY(!mVss->ItemExists(name));
+        QVERIFY(!mVss->ItemIsDeleted(name)); // renamed, not deleted
+        QCOMPARE(mVss->CheckOutStatus(n1), 0);
+        // The working file keeps the old name, and no temporary file stays behind.
+        QCOMPARE(QDir(mWork).entryList(QDir::Files), QStringList { name });
+        QVERIFY(mVss->RenameItem(n1, n2, false, true, false));
 
-        QVERIFY(mVss->RenameItemWithNewContent(QStringLiteral("10.sp"), QStringLiteral("20.sp"),
-            QStringLiteral("text 3"), QStringLiteral("Item renamed from [a] to [b]."), false));
-        QVERIFY(!mVss->ItemExists(QStringLiteral("10.sp")));
-        QVERIFY(!mVss->ItemIsDeleted(QStringLiteral("10.sp"))); // renamed, not deleted
-        QCOMPARE(mVss->CheckOutStatus(QStringLiteral("20.sp")), 0);
-        // The working file keeps the old name.
-        QVERIFY(QFileInfo::exists(mWork + QStringLiteral("10.sp")));
-
-        QVERIFY(mVss->RenameItem(QStringLiteral("20.sp"), QStringLiteral("30.sp"), false, true, false));
-        const auto history = mVss->GetItemHistory(QStringLiteral("30.sp"), false);
-        QCOMPARE(actions(history), (QStringList { "Renamed", "Renamed", "Checked in", "Created" }));
-        QCOMPARE(history[1].Comment, QStringLiteral("Item renamed from [a] to [b]."));
-        QCOMPARE(history[2].VersionNumber, before[0].VersionNumber);
-        // Versions read by number give the text of that version, under whatever name it had.
-        QCOMPARE(mVss->ItemContentForVersion(QStringLiteral("30.sp"), before[1].VersionNumber, false),
-            QStringLiteral("text 1"));
-        QCOMPARE(mVss->ItemContent(QStringLiteral("30.sp"), false, before[0].VersionNumber, false, false),
-            QStringLiteral("text 2"));
-        QCOMPARE(mVss->ItemContentForVersion(QStringLiteral("30.sp"), history[1].VersionNumber, false),
-            QStringLiteral("text 3"));
-        // No temporary files stay behind.
-        QCOMPARE(QDir(mWork).entryList({ QStringLiteral("*.tmp") }, QDir::Files), QStringList());
-        // A number that isn't a version gives "" without a message.
-        QCOMPARE(mVss->ItemContentForVersion(QStringLiteral("30.sp"), 999, false), QString());
-        // OnlyIfExists on a missing item: false, no message.
-        QVERIFY(!mVss->RenameItem(QStringLiteral("nothing.sp"), QStringLiteral("x.sp"), false, true, false));
-        QVERIFY(mUi->boxes.isEmpty());
-    }
-
-    void deleteAddAndUndelete()
-    {
-        const QString item = QStringLiteral("40.sp");
-        QVERIFY(mVss->AddItem(item, QStringLiteral("old text"), false, QStringLiteral("made")));
-        const long created = mVss->GetItemHistory(item, false).first().VersionNumber;
-        QVERIFY(mVss->RemoveItem(item, false));
-        QVERIFY(!QFileInfo::exists(mWork + item));
-        QVERIFY(!mVss->ItemExists(item, false));
-        QVERIFY(mVss->ItemExists(item, true));
-        QVERIFY(mVss->ItemIsDeleted(item));
-        QCOMPARE(actions(mVss->GetItemHistory(item, true)), (QStringList { "Deleted", "Created" }));
-        QCOMPARE(mVss->ItemContent(item, true, -1, false, true), QStringLiteral("old text"));
-        QVERIFY_THROWS_EXCEPTION(VssError, mVss->GetItemHistory(item, false));
-
+        QVERIFY(mVss->RemoveItem(n2, false));
+        QVERIFY(!QFileInfo::exists(mWork + n2));
+        QVERIFY(!mVss->ItemExists(n2, false));
+        QVERIFY(mVss->ItemExists(n2, true));
+        QVERIFY(mVss->ItemIsDeleted(n2));
+        QCOMPARE(mVss->ItemContent(n2, true, -1, false, true), u"text 3"_s);
+        QVERIFY_THROWS_EXCEPTION(VssError, mVss->GetItemHistory(n2, false));
+        QCOMPARE(actions(mVss->GetItemHistory(n2, true)).first(), u"Deleted"_s);
         // Adding the name again continues the old history, with the new text newest.
-        QVERIFY(mVss->AddItem(item, QStringLiteral("new text"), false, QStringLiteral("again")));
-        QVERIFY(!mVss->ItemIsDeleted(item));
-        const auto history = mVss->GetItemHistory(item, false);
-        QCOMPARE(actions(history), (QStringList { "Recovered", "Deleted", "Created" }));
-        QCOMPARE(history[0].Comment, QStringLiteral("again"));
-        QCOMPARE(mVss->ItemContent(item, false, -1, false, false), QStringLiteral("new text"));
-        QCOMPARE(mVss->ItemContentForVersion(item, created, false), QStringLiteral("old text"));
-        QVERIFY(WorkingFiles::IsReadOnly(mWork + item));
+        QVERIFY(mVss->AddItem(n2, u"text 4"_s, false, u"again"_s));
+        QVERIFY(!mVss->ItemIsDeleted(n2));
+        QCOMPARE(mVss->ItemContent(n2, false, -1, false, false), u"text 4"_s);
+        QVERIFY(WorkingFiles::IsReadOnly(mWork + n2));
 
-        // Undelete under a new name (as an undeleted object gets a new id).
-        QVERIFY(mVss->RemoveItem(item, false));
-        QVERIFY(mVss->RenameItem(item, QStringLiteral("41.sp"), false, false, true));
-        QVERIFY(!mVss->ItemIsDeleted(item));
-        QVERIFY(!mVss->ItemExists(item));
-        QCOMPARE(actions(mVss->GetItemHistory(QStringLiteral("41.sp"), false)),
-            (QStringList { "Recovered", "Deleted", "Recovered", "Deleted", "Created" }));
-        QCOMPARE(mVss->ItemContentForVersion(QStringLiteral("41.sp"), created, false), QStringLiteral("old text"));
+        // Undelete under a new name (as an undeleted object gets a new id), then under its own.
+        QVERIFY(mVss->RemoveItem(n2, false));
+        QVERIFY(mVss->RenameItem(n2, n3, false, false, true));
+        QVERIFY(!mVss->ItemIsDeleted(n2));
+        QVERIFY(!mVss->ItemExists(n2));
+        QVERIFY(mVss->RemoveItem(n3, false));
+        QVERIFY(mVss->RenameItem(n3, n3, false, true, true));
+        QCOMPARE(mVss->ItemContent(n3, false, -1, false, false), u"text 4"_s);
 
-        // Undelete under its own name.
-        QVERIFY(mVss->RemoveItem(QStringLiteral("41.sp"), false));
-        QVERIFY(mVss->RenameItem(QStringLiteral("41.sp"), QStringLiteral("41.sp"), false, true, true));
-        QCOMPARE(mVss->ItemContent(QStringLiteral("41.sp"), false, -1, false, false), QStringLiteral("new text"));
-        QVERIFY(mUi->boxes.isEmpty());
+        const auto h = mVss->GetItemHistory(n3, false);
+        QCOMPARE(actions(h),
+            (QStringList { "Recovered", "Deleted", "Recovered", "Deleted", "Recovered", "Deleted", "Renamed", "Renamed",
+                "Checked in", "Created" }));
+        QCOMPARE((QStringList { h[4].Comment, h[7].Comment, h[8].Comment, h[9].Comment }),
+            (QStringList { "again", "Item renamed from [a] to [b].", "ü", "c1" }));
+        QCOMPARE(mVss->ItemContentForVersion(n3, h[9].VersionNumber, false), u"text 1"_s);
+        QCOMPARE(mVss->ItemContent(n3, false, h[8].VersionNumber, false, false), u"text 2"_s);
+        QCOMPARE(mVss->ItemContentForVersion(n3, h[7].VersionNumber, false), u"text 3"_s);
+        QCOMPARE(mVss->ItemContentForVersion(n3, h[4].VersionNumber, false), u"text 4"_s);
+        // Neither a number that isn't a version nor OnlyIfExists on a missing item shows a message.
+        QCOMPARE(mVss->ItemContentForVersion(n3, 999999, false), QString());
+        QVERIFY(!mVss->RenameItem(u"nothing.sp"_s, u"x.sp"_s, false, true, false));
     }
 
     void labels()
     {
-        const QString item = QStringLiteral("50.sp");
-        QVERIFY(mVss->AddItem(item, QStringLiteral("release text"), false, {}));
-        QVERIFY(mRepo->Copy(QStringLiteral("Db/Objects"), QStringLiteral("Db/tags/v1.0"), QStringLiteral("Release 1")));
-        QVERIFY(mVss->ChangeItemContent(item, QStringLiteral("later text"), QStringLiteral("after"), false));
+        const QString item = u"50.sp"_s;
+        QVERIFY(mVss->AddItem(item, u"release text"_s, false, {}));
+        QVERIFY(mRepo->Copy(u"Db/Objects"_s, u"Db/tags/v1.0"_s, u"Release 1"_s));
+        QVERIFY(mVss->ChangeItemContent(item, u"later text"_s, u"after"_s, false));
         // An item added after the label doesn't carry it.
-        QVERIFY(mVss->AddItem(QStringLiteral("51.sp"), QStringLiteral("x"), false, {}));
+        QVERIFY(mVss->AddItem(u"51.sp"_s, u"x"_s, false, {}));
 
         const auto history = mVss->GetItemHistory(item, false);
         QCOMPARE(actions(history), (QStringList { "Checked in", "Labeled 'v1.0'", "Created" }));
-        QVERIFY(history[1].IsLabel);
-        QCOMPARE(history[1].LabelComment, QStringLiteral("Release 1"));
-        QVERIFY(!history[0].IsLabel);
+        QVERIFY(history[1].IsLabel && !history[0].IsLabel);
+        QCOMPARE(history[1].LabelComment, u"Release 1"_s);
         QCOMPARE(history[0].LabelComment, QString());
-        QCOMPARE(history[1].UserName, QStringLiteral("setup"));
-        QCOMPARE(mVss->ItemContentForVersion(item, history[1].VersionNumber, false), QStringLiteral("release text"));
-        QCOMPARE(actions(mVss->GetItemHistory(QStringLiteral("51.sp"), false)), QStringList { "Created" });
+        QCOMPARE(history[1].UserName, u"setup"_s);
+        QCOMPARE(mVss->ItemContentForVersion(item, history[1].VersionNumber, false), u"release text"_s);
+        QCOMPARE(actions(mVss->GetItemHistory(u"51.sp"_s, false)), QStringList { "Created" });
         // The tags folder is not part of the project.
-        QCOMPARE(names(mVss->Items(QStringLiteral("*"), true, false)), (QStringList { "50.sp", "51.sp" }));
+        QCOMPARE(names(mVss->Items(u"*"_s, true, false)), (QStringList { "50.sp", "51.sp" }));
     }
 
     void movedProjectKeepsHistory()
     {
-        QVERIFY(mVss->AddItem(QStringLiteral("80.sp"), QStringLiteral("before the move"), false, {}));
-        QVERIFY(mRepo->Svn({ QStringLiteral("move"), QStringLiteral("-m"), QStringLiteral("move"),
-            mRepo->Url() + QStringLiteral("/Db/Objects"), mRepo->Url() + QStringLiteral("/Db/Moved") }));
-        ScriptedUi ui;
-        KORVOVSS moved(ui);
-        QCOMPARE(moved.OpenConnection(mRepo->Url(), QStringLiteral("alice"), {}, QStringLiteral("$\\Db\\Moved\\"),
-                     mRepo->Folder(QStringLiteral("moved")), false, true),
+        QVERIFY(mVss->AddItem(u"80.sp"_s, u"before the move"_s, false, {}));
+        QVERIFY(mRepo->Svn(
+            { u"move"_s, u"-m"_s, u"move"_s, mRepo->Url() + u"/Db/Objects"_s, mRepo->Url() + u"/Db/Moved"_s }));
+        KORVOVSS moved(*mUi);
+        QCOMPARE(moved.OpenConnection(
+                     mRepo->Url(), u"alice"_s, {}, u"$\\Db\\Moved\\"_s, mRepo->Folder(u"moved"_s), false, true),
             QString());
-        const auto history = moved.GetItemHistory(QStringLiteral("80.sp"), false);
+        const auto history = moved.GetItemHistory(u"80.sp"_s, false);
         QCOMPARE(actions(history), (QStringList { "Moved", "Created" }));
-        QCOMPARE(moved.ItemContentForVersion(QStringLiteral("80.sp"), history[1].VersionNumber, false),
-            QStringLiteral("before the move"));
-        QVERIFY(ui.boxes.isEmpty());
+        QCOMPARE(moved.ItemContentForVersion(u"80.sp"_s, history[1].VersionNumber, false), u"before the move"_s);
     }
 
     void getDate()
@@ -613,233 +508,148 @@ private Q_SLOTS:
         QCOMPARE(last.date(), QDate(1900, 1, 1));
 
         const QDateTime start = QDateTime::currentDateTime().addSecs(-2);
-        QVERIFY(mVss->AddItem(QStringLiteral("1.sp"), QStringLiteral("a"), false, {}));
-        QVERIFY(mVss->AddItem(QStringLiteral("2.sp"), QStringLiteral("b"), false, {}));
-        QVERIFY(mVss->RemoveItem(QStringLiteral("2.sp"), false));
+        QVERIFY(mVss->AddItem(u"1.sp"_s, u"a"_s, false, {}));
+        QVERIFY(mVss->AddItem(u"2.sp"_s, u"b"_s, false, {}));
+        QVERIFY(mVss->RemoveItem(u"2.sp"_s, false));
         mVss->GetDate(first, last);
-        const QDateTime end = QDateTime::currentDateTime().addSecs(2);
-        QVERIFY(first >= start && first <= last && last <= end);
-        const auto h = mVss->GetItemHistory(QStringLiteral("1.sp"), false);
-        QCOMPARE(first.toString(QLatin1String(VersionDateFormat)), h.first().VersionDate);
+        QVERIFY(first >= start && first <= last && last <= QDateTime::currentDateTime().addSecs(2));
+        QCOMPARE(first.toString(QLatin1String(VersionDateFormat)),
+            mVss->GetItemHistory(u"1.sp"_s, false).first().VersionDate);
     }
 
     void descriptions()
     {
-        QVERIFY(mVss->AddItem(QStringLiteral("60.sp"), QStringLiteral("x"), false, {}));
+        QVERIFY(mVss->AddItem(u"60.sp"_s, u"x"_s, false, {}));
         KORVODescription d;
         d.SetActiveVSSConnection(mVss);
-        d.SetVSSItemName(QStringLiteral("60.sp"));
+        d.SetVSSItemName(u"60.sp"_s);
         QCOMPARE(d.Description(), QString());
         // A blank description makes no item.
         d.SetDescription(QString());
-        d.SetDescription(QStringLiteral("   "));
-        QVERIFY(!mVss->ItemExists(QStringLiteral("60.sp.desc")));
+        d.SetDescription(u"   "_s);
+        QVERIFY(!mVss->ItemExists(u"60.sp.desc"_s));
 
-        d.SetDescription(QStringLiteral("Keeps the orders"));
-        QVERIFY(mVss->ItemExists(QStringLiteral("60.sp.desc")));
-        QCOMPARE(d.Description(), QStringLiteral("Keeps the orders"));
-        d.SetDescription(QStringLiteral("Keeps all orders"));
-        QCOMPARE(d.Description(), QStringLiteral("Keeps all orders"));
-        QCOMPARE(mVss->GetItemHistory(QStringLiteral("60.sp.desc"), false).first().Comment, QStringLiteral("True"));
+        d.SetDescription(u"Keeps the orders"_s);
+        QCOMPARE(d.Description(), u"Keeps the orders"_s);
+        d.SetDescription(u"Keeps all orders"_s);
+        QCOMPARE(d.Description(), u"Keeps all orders"_s);
+        QCOMPARE(mVss->GetItemHistory(u"60.sp.desc"_s, false).first().Comment, u"True"_s);
         // Emptying it checks in one blank, which reads as "".
         d.SetDescription(QString());
         QCOMPARE(d.Description(), QString());
-        QCOMPARE(mVss->ItemContent(QStringLiteral("60.sp.desc"), false, -1, true, false), QStringLiteral(" "));
-        QCOMPARE(mVss->GetItemHistory(QStringLiteral("60.sp.desc"), false).size(), 3);
+        QCOMPARE(mVss->ItemContent(u"60.sp.desc"_s, false, -1, true, false), u" "_s);
+        QCOMPARE(mVss->GetItemHistory(u"60.sp.desc"_s, false).size(), 3);
 
-        d.SetDescription(QStringLiteral("again"));
-        QVERIFY(d.Rename(QStringLiteral("61.sp")));
-        QVERIFY(!mVss->ItemExists(QStringLiteral("60.sp.desc")));
-        QCOMPARE(d.Description(), QStringLiteral("again"));
+        d.SetDescription(u"again"_s);
+        QVERIFY(d.Rename(u"61.sp"_s));
+        QVERIFY(!mVss->ItemExists(u"60.sp.desc"_s));
+        QCOMPARE(d.Description(), u"again"_s);
         KORVODescription none;
         none.SetActiveVSSConnection(mVss);
         QCOMPARE(none.Description(), QString());
-        none.SetVSSItemName(QStringLiteral("70.sp"));
-        QVERIFY(!none.Rename(QStringLiteral("71.sp"))); // nothing to rename, and no message
-        QVERIFY(mUi->boxes.isEmpty());
-    }
-
-    void unusualNames_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("blanks") << "my proc.sp"
-                                << "SELECT 'a b'";
-        QTest::newRow("umlauts") << "Größe ändern.sp"
-                                 << "-- Grüße";
-        QTest::newRow("cjk") << "表.vw"
-                             << "SELECT '日本'";
-        QTest::newRow("percent and hash") << "50% #1.sp"
-                                          << "x";
-    }
-
-    void unusualNames()
-    {
-        QFETCH(QString, name);
-        QFETCH(QString, text);
-        const QString renamed = QStringLiteral("new ") + name;
-        QVERIFY(mVss->AddItem(name, text, false, {}));
-        QCOMPARE(names(mVss->Items(QStringLiteral("*"), false, false)), QStringList { name });
-        QVERIFY(mVss->CheckOut(name, false));
-        QVERIFY(mVss->CheckIn(name, text + QStringLiteral(" 2"), QStringLiteral("ü"), false));
-        QVERIFY(mVss->RenameItem(name, renamed, false, true, false));
-        QCOMPARE(mVss->ItemContent(renamed, false, -1, false, false), text + QStringLiteral(" 2"));
-        QVERIFY(mVss->RemoveItem(renamed, false));
-        QVERIFY(mVss->ItemIsDeleted(renamed));
-        QVERIFY(mVss->AddItem(renamed, text, false, {}));
-        const auto history = mVss->GetItemHistory(renamed, false);
-        QCOMPARE(actions(history), (QStringList { "Recovered", "Deleted", "Renamed", "Checked in", "Created" }));
-        QCOMPARE(history[3].Comment, QStringLiteral("ü"));
-        QCOMPARE(mVss->ItemContentForVersion(renamed, history.last().VersionNumber, false), text);
-        QVERIFY(mUi->boxes.isEmpty());
+        none.SetVSSItemName(u"70.sp"_s);
+        QVERIFY(!none.Rename(u"71.sp"_s)); // nothing to rename, and no message
     }
 
     void failureBoxes_data()
     {
-        QTest::addColumn<QString>("operation");
+        QTest::addColumn<QString>("setup"); // "checked out": a.sp is; "closed": the connection is
         QTest::addColumn<QString>("title");
         QTest::addColumn<QString>("firstLine");
-        QTest::newRow("ItemContent") << "ItemContent"
-                                     << "Could not get Item Content"
-                                     << "An error ocuured while trying to retrieve the contents for item 'no.sp'.";
-        QTest::newRow("ItemContent deleted")
-            << "ItemContentDeleted"
-            << "Could not get Item Content"
-            << "An error ocuured while trying to retrieve the contents for item 'a.sp'.";
-        QTest::newRow("ItemContentForVersion")
-            << "ItemContentForVersion"
-            << "Could not get Item Content"
-            << "An error ocuured while trying to retrieve the contents for item 'no.sp', version '3'.";
-        QTest::newRow("RemoveItem") << "RemoveItem"
-                                    << "Could not remove Item"
-                                    << "An error ocuured while trying to remove the item 'no.sp'.";
-        QTest::newRow("AddItem") << "AddItem"
-                                 << "Could not add Item"
-                                 << "An error ocuured while trying to remove the item 'a.sp'.";
-        QTest::newRow("AddItem bad name") << "AddItemBadName"
-                                          << "Could not add Item"
-                                          << "An error ocuured while trying to remove the item 'x\x01y.sp'.";
-        QTest::newRow("ChangeItemContent") << "ChangeItemContent"
-                                           << "Could not change Item"
-                                           << "An error ocuured while trying to change the item 'no.sp'.";
-        QTest::newRow("ChangeItemContent own check-out") << "ChangeItemContentCheckedOut"
-                                                         << "Could not change Item"
-                                                         << "An error ocuured while trying to change the item 'a.sp'.";
-        QTest::newRow("GetLatestVersion")
-            << "GetLatestVersion"
-            << "Could not get latest version"
-            << "An error ocuured while trying to get the latest version of the item 'no.sp'.";
-        QTest::newRow("CheckOut") << "CheckOut"
-                                  << "Could not check out"
-                                  << "An error ocuured while trying to check out the item 'no.sp'.";
-        QTest::newRow("CheckIn") << "CheckIn"
-                                 << "Could not check in"
-                                 << "An error ocuured while trying to check in the item 'no.sp'.";
-        QTest::newRow("UndoCheckout") << "UndoCheckout"
-                                      << "Could not undo check out"
-                                      << "An error ocuured while trying to undo the check out for the item 'no.sp'.";
-        QTest::newRow("RenameItem onto existing") << "RenameItem"
-                                                  << "Could not Rename Item"
-                                                  << "An error ocuured while renaming the item 'a.sp' to 'b.sp.";
-        QTest::newRow("RenameItem missing") << "RenameItemMissing"
-                                            << "Could not Rename Item"
-                                            << "An error ocuured while renaming the item 'no.sp' to 'b.sp.";
-        QTest::newRow("RenameItemWithNewContent") << "RenameItemWithNewContent"
-                                                  << "Could not Rename Item"
-                                                  << "An error ocuured while renaming the item 'a.sp' to 'b.sp.";
-        QTest::newRow("closed connection") << "Closed"
-                                           << "Could not check out"
-                                           << "An error ocuured while trying to check out the item 'a.sp'.";
+        QTest::addColumn<Operation>("operation");
+        static const QString no = u"no.sp"_s, a = u"a.sp"_s, b = u"b.sp"_s, content = u"Could not get Item Content"_s,
+                             rename = u"Could not Rename Item"_s, change = u"Could not change Item"_s;
+        failure("ItemContent", content, u"An error ocuured while trying to retrieve the contents for item 'no.sp'."_s,
+            [](KORVOVSS &v, bool s) { return !v.ItemContent(no, false, -1, s, false).isEmpty(); });
+        failure("ItemContent deleted", content,
+            u"An error ocuured while trying to retrieve the contents for item 'a.sp'."_s,
+            [](KORVOVSS &v, bool s) { return !v.ItemContent(a, false, -1, s, true).isEmpty(); });
+        failure("ItemContentForVersion", content,
+            u"An error ocuured while trying to retrieve the contents for item 'no.sp', version '3'."_s,
+            [](KORVOVSS &v, bool s) { return !v.ItemContent(no, false, 3, s, false).isEmpty(); });
+        failure("RemoveItem", u"Could not remove Item"_s,
+            u"An error ocuured while trying to remove the item 'no.sp'."_s,
+            [](KORVOVSS &v, bool s) { return v.RemoveItem(no, s); });
+        failure("AddItem", u"Could not add Item"_s, u"An error ocuured while trying to remove the item 'a.sp'."_s,
+            [](KORVOVSS &v, bool s) { return v.AddItem(a, u"other"_s, s, {}); });
+        failure("AddItem bad name", u"Could not add Item"_s,
+            u"An error ocuured while trying to remove the item 'x\x01y.sp'."_s,
+            [](KORVOVSS &v, bool s) { return v.AddItem(u"x\x01y.sp"_s, u"x"_s, s, {}); });
+        failure("ChangeItemContent", change, u"An error ocuured while trying to change the item 'no.sp'."_s,
+            [](KORVOVSS &v, bool s) { return v.ChangeItemContent(no, u"x"_s, {}, s); });
+        failure(
+            "ChangeItemContent own check-out", change, u"An error ocuured while trying to change the item 'a.sp'."_s,
+            [](KORVOVSS &v, bool s) { return v.ChangeItemContent(a, u"x"_s, {}, s); }, u"checked out"_s);
+        failure("GetLatestVersion", u"Could not get latest version"_s,
+            u"An error ocuured while trying to get the latest version of the item 'no.sp'."_s,
+            [](KORVOVSS &v, bool s) { return v.GetLatestVersion(no, s); });
+        failure("CheckOut", u"Could not check out"_s, u"An error ocuured while trying to check out the item 'no.sp'."_s,
+            [](KORVOVSS &v, bool s) { return v.CheckOut(no, s); });
+        failure("CheckIn", u"Could not check in"_s, u"An error ocuured while trying to check in the item 'no.sp'."_s,
+            [](KORVOVSS &v, bool s) { return v.CheckIn(no, u"x"_s, {}, s); });
+        failure("UndoCheckout", u"Could not undo check out"_s,
+            u"An error ocuured while trying to undo the check out for the item 'no.sp'."_s,
+            [](KORVOVSS &v, bool s) { return v.UndoCheckout(no, s); });
+        failure("RenameItem onto existing", rename, u"An error ocuured while renaming the item 'a.sp' to 'b.sp."_s,
+            [](KORVOVSS &v, bool s) { return v.RenameItem(a, b, s, false, false); });
+        failure("RenameItem missing", rename, u"An error ocuured while renaming the item 'no.sp' to 'b.sp."_s,
+            [](KORVOVSS &v, bool s) { return v.RenameItem(no, b, s, false, false); });
+        failure("RenameItemWithNewContent", rename, u"An error ocuured while renaming the item 'a.sp' to 'b.sp."_s,
+            [](KORVOVSS &v, bool s) { return v.RenameItemWithNewContent(a, b, u"new"_s, u"c"_s, s); });
+        failure(
+            "closed connection", u"Could not check out"_s,
+            u"An error ocuured while trying to check out the item 'a.sp'."_s,
+            [](KORVOVSS &v, bool s) { return v.CheckOut(a, s); }, u"closed"_s);
     }
 
     void failureBoxes()
     {
-        QFETCH(QString, operation);
+        QFETCH(QString, setup);
         QFETCH(QString, title);
         QFETCH(QString, firstLine);
-        QVERIFY(mVss->AddItem(QStringLiteral("a.sp"), QStringLiteral("text a"), false, {}));
-        QVERIFY(mVss->AddItem(QStringLiteral("b.sp"), QStringLiteral("text b"), false, {}));
-        if (operation == QLatin1String("ChangeItemContentCheckedOut"))
-            QVERIFY(mVss->CheckOut(QStringLiteral("a.sp"), false));
-        if (operation == QLatin1String("Closed"))
+        QFETCH(Operation, operation);
+        QVERIFY(mVss->AddItem(u"a.sp"_s, u"text a"_s, false, {}));
+        QVERIFY(mVss->AddItem(u"b.sp"_s, u"text b"_s, false, {}));
+        if (setup == u"checked out"_s)
+            QVERIFY(mVss->CheckOut(u"a.sp"_s, false));
+        if (setup == u"closed"_s)
             mVss->CloseConnection();
-        const long head = VssDatabase(mRepo->Url(), QStringLiteral("x"), {}).Repository().LatestRevision();
-
-        auto run = [&](bool silent) -> bool {
-            const QString no = QStringLiteral("no.sp"), a = QStringLiteral("a.sp"), b = QStringLiteral("b.sp");
-            if (operation == QLatin1String("ItemContent"))
-                return !mVss->ItemContent(no, false, -1, silent, false).isEmpty();
-            if (operation == QLatin1String("ItemContentDeleted"))
-                return !mVss->ItemContent(a, false, -1, silent, true).isEmpty();
-            if (operation == QLatin1String("ItemContentForVersion"))
-                return !mVss->ItemContent(no, false, 3, silent, false).isEmpty();
-            if (operation == QLatin1String("RemoveItem"))
-                return mVss->RemoveItem(no, silent);
-            if (operation == QLatin1String("AddItem"))
-                return mVss->AddItem(a, QStringLiteral("other"), silent, {});
-            if (operation == QLatin1String("AddItemBadName"))
-                return mVss->AddItem(QStringLiteral("x\x01y.sp"), QStringLiteral("x"), silent, {});
-            if (operation.startsWith(QLatin1String("ChangeItemContent")))
-                return mVss->ChangeItemContent(
-                    operation.endsWith(QLatin1String("Out")) ? a : no, QStringLiteral("x"), {}, silent);
-            if (operation == QLatin1String("GetLatestVersion"))
-                return mVss->GetLatestVersion(no, silent);
-            if (operation == QLatin1String("CheckOut"))
-                return mVss->CheckOut(no, silent);
-            if (operation == QLatin1String("CheckIn"))
-                return mVss->CheckIn(no, QStringLiteral("x"), {}, silent);
-            if (operation == QLatin1String("UndoCheckout"))
-                return mVss->UndoCheckout(no, silent);
-            if (operation == QLatin1String("RenameItem"))
-                return mVss->RenameItem(a, b, silent, false, false);
-            if (operation == QLatin1String("RenameItemMissing"))
-                return mVss->RenameItem(no, b, silent, false, false);
-            if (operation == QLatin1String("RenameItemWithNewContent"))
-                return mVss->RenameItemWithNewContent(a, b, QStringLiteral("new"), QStringLiteral("c"), silent);
-            if (operation == QLatin1String("Closed"))
-                return mVss->CheckOut(a, silent);
-            qFatal("unknown operation");
-        };
+        const long before = head();
 
         mUi->answer(UiServices::Answer::Ok);
-        QVERIFY(!run(false));
+        QVERIFY(!operation(*mVss, false));
         QCOMPARE(mUi->boxes.size(), 1);
-        const auto box = mUi->boxes[0];
-        QCOMPARE(box.icon, UiServices::Icon::Critical);
-        QCOMPARE(box.title, title);
-        const QStringList lines = box.text.split(QLatin1Char('\n'));
+        QCOMPARE(mUi->boxes[0].icon, UiServices::Icon::Critical);
+        QCOMPARE(mUi->boxes[0].title, title);
+        const QStringList lines = mUi->boxes[0].text.split(u'\n');
         QCOMPARE(lines.size(), 2);
         QCOMPARE(lines[0], firstLine);
-        QVERIFY2(lines[1].startsWith(QLatin1Char('(')) && lines[1].endsWith(QLatin1Char(')')) && lines[1].size() > 2,
-            qPrintable(lines[1]));
+        QVERIFY2(lines[1].size() > 2 && lines[1].startsWith(u'(') && lines[1].endsWith(u')'), qPrintable(lines[1]));
         // Silent: the same outcome without a box.
-        QVERIFY(!run(true));
+        QVERIFY(!operation(*mVss, true));
         QCOMPARE(mUi->boxes.size(), 1);
-
-        if (operation != QLatin1String("Closed")) {
-            // Nothing was committed, and nothing is left checked out that wasn't before.
-            QCOMPARE(VssDatabase(mRepo->Url(), QStringLiteral("x"), {}).Repository().LatestRevision(), head);
-            QCOMPARE(mVss->CheckOutStatus(QStringLiteral("a.sp")),
-                operation == QLatin1String("ChangeItemContentCheckedOut") ? 2 : 0);
-            QCOMPARE(mVss->ItemContent(QStringLiteral("a.sp"), false, -1, false, false), QStringLiteral("text a"));
-        }
+        if (setup == u"closed"_s)
+            return;
+        // Nothing was committed, and nothing is left checked out that wasn't before.
+        QCOMPARE(head(), before);
+        QCOMPARE(mVss->CheckOutStatus(u"a.sp"_s), setup.isEmpty() ? 0 : 2);
+        QCOMPARE(mVss->ItemContent(u"a.sp"_s, false, -1, false, false), u"text a"_s);
     }
 
     void errorsWithoutHandlerReachCaller()
     {
-        QVERIFY_THROWS_EXCEPTION(VssError, mVss->Item(QStringLiteral("no.sp")));
-        QVERIFY_THROWS_EXCEPTION(VssError, mVss->CheckedOutBy(QStringLiteral("no.sp")));
-        QVERIFY_THROWS_EXCEPTION(VssError, mVss->GetItemHistory(QStringLiteral("no.sp"), false));
-        QVERIFY_THROWS_EXCEPTION(VssError, mVss->GetProjectSubFolders(QStringLiteral("$\\Nope\\")));
+        QVERIFY_THROWS_EXCEPTION(VssError, mVss->Item(u"no.sp"_s));
+        QVERIFY_THROWS_EXCEPTION(VssError, mVss->CheckedOutBy(u"no.sp"_s));
+        QVERIFY_THROWS_EXCEPTION(VssError, mVss->GetItemHistory(u"no.sp"_s, false));
+        QVERIFY_THROWS_EXCEPTION(VssError, mVss->GetProjectSubFolders(u"$\\Nope\\"_s));
         mVss->CloseConnection();
         QDateTime first, last;
-        QVERIFY_THROWS_EXCEPTION(VssError, mVss->Items(QStringLiteral("*.sp"), false, false));
+        QVERIFY_THROWS_EXCEPTION(VssError, mVss->Items(u"*.sp"_s, false, false));
         QVERIFY_THROWS_EXCEPTION(VssError, mVss->GetDate(first, last));
-        QVERIFY_THROWS_EXCEPTION(VssError, mVss->GetProjectSubFolders(QStringLiteral("$\\")));
+        QVERIFY_THROWS_EXCEPTION(VssError, mVss->GetProjectSubFolders(u"$\\"_s));
         // Look-ups answer false instead.
-        QVERIFY(!mVss->ItemExists(QStringLiteral("a.sp")));
-        QVERIFY(!mVss->ItemIsDeleted(QStringLiteral("a.sp")));
-        QVERIFY(mUi->boxes.isEmpty());
+        QVERIFY(!mVss->ItemExists(u"a.sp"_s));
+        QVERIFY(!mVss->ItemIsDeleted(u"a.sp"_s));
     }
 };
 

@@ -1,4 +1,5 @@
-// KORVOVSS against svnserve on 127.0.0.1 with two real users.
+// KORVOVSS with two users: against svnserve on 127.0.0.1 with real accounts,
+// and on file://, which takes any user name.
 #include "KORVOVSS.h"
 #include "KORVOVSSItems.h"
 #include "ScriptedUi.h"
@@ -11,25 +12,27 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace
 {
-const QString project = QStringLiteral("$\\Db\\");
+const QString project = u"$\\Db\\"_s;
 }
 
 class TestVssSvnserve : public QObject
 {
     Q_OBJECT
 
-private:
     std::unique_ptr<SvnTestRepository> mRepo;
     std::unique_ptr<SvnServe> mServer;
     std::unique_ptr<QTemporaryDir> mHome;
 
-    std::shared_ptr<KORVOVSS> connect(ScriptedUi &ui, const QString &user, const QString &password)
+    QString url(bool served) const { return served ? mServer->Url(u"repo"_s) : mRepo->Url(); }
+    std::shared_ptr<KORVOVSS> connect(ScriptedUi &ui, const QString &user, const QString &password, bool served = true)
     {
         auto vss = std::make_shared<KORVOVSS>(ui);
-        const QString error = vss->OpenConnection(mServer->Url(QStringLiteral("repo")), user, password, project,
-            mRepo->Folder(QStringLiteral("work-") + user), true, false);
+        const QString error
+            = vss->OpenConnection(url(served), user, password, project, mRepo->Folder(u"work-"_s + user), true, false);
         if (!error.isEmpty())
             qWarning("%s", qPrintable(error));
         return vss;
@@ -40,97 +43,102 @@ private Q_SLOTS:
     {
         // Credentials must never be written to disk: a home of our own shows it.
         mHome = std::make_unique<QTemporaryDir>(
-            qEnvironmentVariable("KORVO_TEST_TMP", QDir::tempPath()) + QStringLiteral("/home-XXXXXX"));
+            qEnvironmentVariable("KORVO_TEST_TMP", QDir::tempPath()) + u"/home-XXXXXX"_s);
         QVERIFY(mHome->isValid());
         qputenv("HOME", QFile::encodeName(mHome->path()));
         mRepo = std::make_unique<SvnTestRepository>();
         QVERIFY(mRepo->IsValid());
-        QVERIFY(mRepo->MakeFolders({ QStringLiteral("Db") }));
-        QVERIFY(mRepo->ServeUsers(
-            { { QStringLiteral("alice"), QStringLiteral("pw1") }, { QStringLiteral("bob"), QStringLiteral("pw2") } }));
+        QVERIFY(mRepo->MakeFolders({ u"Db"_s }));
+        QVERIFY(mRepo->ServeUsers({ { u"alice"_s, u"pw1"_s }, { u"bob"_s, u"pw2"_s } }));
         mServer = std::make_unique<SvnServe>(mRepo->Root());
         QVERIFY2(mServer->IsRunning(), "svnserve did not start");
     }
 
     void cleanupTestCase()
     {
-        QVERIFY(!QFileInfo::exists(mHome->filePath(QStringLiteral(".subversion/auth"))));
         QCOMPARE(QDir(mHome->path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
         mServer.reset();
         mRepo.reset();
     }
 
+    void exclusiveCheckOut_data()
+    {
+        QTest::addColumn<bool>("served");
+        QTest::addColumn<QString>("item");
+        QTest::newRow("svnserve") << true << u"100.sp"_s;
+        QTest::newRow("file") << false << u"110.sp"_s;
+    }
+
     void exclusiveCheckOut()
     {
+        QFETCH(bool, served);
+        QFETCH(QString, item);
         ScriptedUi aliceUi, bobUi;
-        auto alice = connect(aliceUi, QStringLiteral("alice"), QStringLiteral("pw1"));
-        auto bob = connect(bobUi, QStringLiteral("bob"), QStringLiteral("pw2"));
-        QVERIFY(alice->ConnectionOpen());
-        QVERIFY(bob->ConnectionOpen());
-        const QString item = QStringLiteral("100.sp");
-        QVERIFY(alice->AddItem(item, QStringLiteral("v1"), false, QStringLiteral("by alice")));
+        auto alice = connect(aliceUi, u"alice"_s, u"pw1"_s, served);
+        auto bob = connect(bobUi, u"bob"_s, u"pw2"_s, served);
+        QVERIFY(alice->ConnectionOpen() && bob->ConnectionOpen());
+        QVERIFY(alice->AddItem(item, u"v1"_s, false, u"by alice"_s));
 
         QVERIFY(alice->CheckOut(item, false));
         QCOMPARE(alice->CheckOutStatus(item), 2);
         QCOMPARE(bob->CheckOutStatus(item), 1);
-        QCOMPARE(bob->Checkouts(item), QStringList { QStringLiteral("alice") });
+        QCOMPARE(bob->Checkouts(item), QStringList { u"alice"_s });
+        // Another user's check-out doesn't show through CheckedOutBy or Items.
         QCOMPARE(bob->CheckedOutBy(item), QString());
+        const auto listed = bob->Items(item, false, false);
+        QVERIFY(listed->Count() == 1 && !listed->at(0)->IsCheckedOut());
         QVERIFY(!bob->CheckOut(item, false));
-        QVERIFY(!bob->CheckIn(item, QStringLiteral("bob's text"), QString(), false));
-        QVERIFY(!bob->RenameItemWithNewContent(item, QStringLiteral("101.sp"), QStringLiteral("x"), QString(), false));
+        QVERIFY(!bob->CheckIn(item, u"bob's text"_s, QString(), false));
+        QVERIFY(!bob->UndoCheckout(item, false));
+        QVERIFY(!bob->RenameItemWithNewContent(item, item + u".new"_s, u"x"_s, QString(), false));
         // ChangeItemContent doesn't look at the status: the server refuses bob's check-out.
         bobUi.answer(UiServices::Answer::Ok);
-        QVERIFY(!bob->ChangeItemContent(item, QStringLiteral("bob's text"), QString(), false));
+        QVERIFY(!bob->ChangeItemContent(item, u"bob's text"_s, QString(), false));
         QCOMPARE(bobUi.boxes.size(), 1);
-        QCOMPARE(bobUi.boxes[0].title, QStringLiteral("Could not change Item"));
-        QCOMPARE(alice->ItemContent(item, false, -1, false, false), QStringLiteral("v1"));
+        QCOMPARE(bobUi.boxes[0].title, u"Could not change Item"_s);
+        // Reading works, and ItemContent fetches over bob's own working copy.
+        QCOMPARE(bob->ItemContent(item, true, -1, false, false), u"v1"_s);
 
-        QVERIFY(alice->CheckIn(item, QStringLiteral("v2"), QStringLiteral("alice's change"), false));
+        QVERIFY(alice->CheckIn(item, u"v2"_s, u"alice's change"_s, false));
         QCOMPARE(bob->CheckOutStatus(item), 0);
         QVERIFY(alice->CheckOut(item, false));
         QVERIFY(alice->UndoCheckout(item, false));
         QVERIFY(bob->CheckOut(item, false));
         QCOMPARE(alice->CheckOutStatus(item), 1);
-        QVERIFY(bob->CheckIn(item, QStringLiteral("v3"), QStringLiteral("bob's change"), false));
-        QCOMPARE(alice->ItemContent(item, false, -1, false, false), QStringLiteral("v3"));
+        QVERIFY(bob->CheckIn(item, u"v3"_s, u"bob's change"_s, false));
+        QCOMPARE(alice->ItemContent(item, false, -1, false, false), u"v3"_s);
 
         const auto history = alice->GetItemHistory(item, false);
         QCOMPARE(history.size(), 3);
-        QCOMPARE(history[0].UserName, QStringLiteral("bob"));
-        QCOMPARE(history[1].UserName, QStringLiteral("alice"));
-        QCOMPARE(history[2].Action, QStringLiteral("Created"));
-        QVERIFY(aliceUi.boxes.isEmpty());
+        QCOMPARE(history[0].UserName, u"bob"_s);
+        QCOMPARE(history[1].UserName, u"alice"_s);
+        QCOMPARE(history[2].Action, u"Created"_s);
     }
 
     void historyOverTheWire()
     {
         ScriptedUi ui;
-        auto alice = connect(ui, QStringLiteral("alice"), QStringLiteral("pw1"));
-        QVERIFY(alice->AddItem(QStringLiteral("200.sp"), QStringLiteral("one"), false, {}));
-        const long first = alice->GetItemHistory(QStringLiteral("200.sp"), false).first().VersionNumber;
-        QVERIFY(alice->RenameItemWithNewContent(QStringLiteral("200.sp"), QStringLiteral("201.sp"),
-            QStringLiteral("two"), QStringLiteral("renamed"), false));
-        QVERIFY(alice->RemoveItem(QStringLiteral("201.sp"), false));
-        QVERIFY(alice->AddItem(QStringLiteral("201.sp"), QStringLiteral("three"), false, {}));
+        auto alice = connect(ui, u"alice"_s, u"pw1"_s);
+        QVERIFY(alice->AddItem(u"200.sp"_s, u"one"_s, false, {}));
+        const long first = alice->GetItemHistory(u"200.sp"_s, false).first().VersionNumber;
+        QVERIFY(alice->RenameItemWithNewContent(u"200.sp"_s, u"201.sp"_s, u"two"_s, u"renamed"_s, false));
+        QVERIFY(alice->RemoveItem(u"201.sp"_s, false));
+        QVERIFY(alice->AddItem(u"201.sp"_s, u"three"_s, false, {}));
         QStringList actions;
-        for (const auto &row : alice->GetItemHistory(QStringLiteral("201.sp"), false))
+        for (const auto &row : alice->GetItemHistory(u"201.sp"_s, false))
             actions.append(row.Action);
         QCOMPARE(actions, (QStringList { "Recovered", "Deleted", "Renamed", "Created" }));
-        QCOMPARE(alice->ItemContentForVersion(QStringLiteral("201.sp"), first, false), QStringLiteral("one"));
-        QVERIFY(alice->Items(QStringLiteral("*.sp"), true, true)->Count() == 0);
-        QVERIFY(ui.boxes.isEmpty());
+        QCOMPARE(alice->ItemContentForVersion(u"201.sp"_s, first, false), u"one"_s);
+        QCOMPARE(alice->Items(u"*.sp"_s, true, true)->Count(), 0);
     }
 
     void wrongCredentials_data()
     {
         QTest::addColumn<QString>("user");
         QTest::addColumn<QString>("password");
-        QTest::newRow("wrong password") << "alice"
-                                        << "nope";
-        QTest::newRow("unknown user") << "mallory"
-                                      << "pw1";
-        QTest::newRow("blank password") << "bob"
-                                        << "";
+        QTest::newRow("wrong password") << u"alice"_s << u"nope"_s;
+        QTest::newRow("unknown user") << u"mallory"_s << u"pw1"_s;
+        QTest::newRow("blank password") << u"bob"_s << QString();
     }
 
     void wrongCredentials()
@@ -140,46 +148,39 @@ private Q_SLOTS:
         ScriptedUi ui;
         KORVOVSS vss(ui);
         ui.answer(UiServices::Answer::Ok);
-        const QString url = mServer->Url(QStringLiteral("repo"));
         const QString error
-            = vss.OpenConnection(url, user, password, project, mRepo->Folder(QStringLiteral("w")), false, true);
+            = vss.OpenConnection(url(true), user, password, project, mRepo->Folder(u"w"_s), false, true);
         QVERIFY(!error.isEmpty());
         QVERIFY(!vss.ConnectionOpen());
         QCOMPARE(ui.boxes.size(), 1);
-        QCOMPARE(ui.boxes[0].title, QStringLiteral("Connection Error"));
+        QCOMPARE(ui.boxes[0].title, u"Connection Error"_s);
         QCOMPARE(ui.boxes[0].text, error);
-        QCOMPARE(vss.TestConnection(url, user, password, project), error);
+        QCOMPARE(vss.TestConnection(url(true), user, password, project), error);
     }
 
     // Last: it stops the server and starts it again.
     void serverDown()
     {
         ScriptedUi ui;
-        auto alice = connect(ui, QStringLiteral("alice"), QStringLiteral("pw1"));
-        QVERIFY(alice->AddItem(QStringLiteral("300.sp"), QStringLiteral("kept"), false, {}));
-        const QString local = alice->GetItemFileName(QStringLiteral("300.sp"));
+        auto alice = connect(ui, u"alice"_s, u"pw1"_s);
+        QVERIFY(alice->AddItem(u"300.sp"_s, u"kept"_s, false, {}));
         mServer->Stop();
 
         ui.answer(UiServices::Answer::Ok);
-        QVERIFY(!alice->CheckOut(QStringLiteral("300.sp"), false));
+        QVERIFY(!alice->CheckOut(u"300.sp"_s, false));
         QCOMPARE(ui.boxes.size(), 1);
-        QCOMPARE(ui.boxes[0].title, QStringLiteral("Could not check out"));
-        QCOMPARE(alice->ItemContent(QStringLiteral("300.sp"), false, -1, true, false), QString());
+        QCOMPARE(ui.boxes[0].title, u"Could not check out"_s);
+        QCOMPARE(alice->ItemContent(u"300.sp"_s, false, -1, true, false), QString());
         // The working copy is untouched.
-        QCOMPARE(WorkingFiles::ReadText(local), QStringLiteral("kept"));
-        QVERIFY_THROWS_EXCEPTION(VssError, alice->Items(QStringLiteral("*.sp"), false, false));
-        QVERIFY(!alice
-                     ->TestConnection(
-                         mServer->Url(QStringLiteral("repo")), QStringLiteral("alice"), QStringLiteral("pw1"), project)
-                     .isEmpty());
+        QCOMPARE(WorkingFiles::ReadText(alice->GetItemFileName(u"300.sp"_s)), u"kept"_s);
+        QVERIFY_THROWS_EXCEPTION(VssError, alice->Items(u"*.sp"_s, false, false));
+        QVERIFY(!alice->TestConnection(url(true), u"alice"_s, u"pw1"_s, project).isEmpty());
 
         // Back on the same port, the same connection carries on.
-        const int port = mServer->Port();
-        mServer = std::make_unique<SvnServe>(mRepo->Root(), port);
+        mServer = std::make_unique<SvnServe>(mRepo->Root(), mServer->Port());
         QVERIFY(mServer->IsRunning());
-        QVERIFY(alice->CheckOut(QStringLiteral("300.sp"), false));
-        QVERIFY(alice->CheckIn(QStringLiteral("300.sp"), QStringLiteral("after the restart"), {}, false));
-        QCOMPARE(ui.boxes.size(), 1);
+        QVERIFY(alice->CheckOut(u"300.sp"_s, false));
+        QVERIFY(alice->CheckIn(u"300.sp"_s, u"after the restart"_s, {}, false));
     }
 };
 
