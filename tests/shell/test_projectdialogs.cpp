@@ -8,9 +8,9 @@
 #include "KORVOProjects.h"
 #include "KORVOSQL.h"
 #include "KORVOVSS.h"
+#include "OffscreenDialogs.h"
 #include "PgTestServer.h"
 #include "ScriptedSqlServer.h"
-#include "ScriptedUi.h"
 #include "StubCollections.h"
 #include "SvnFixtures.h"
 #include "frmProjectBrowser.h"
@@ -18,75 +18,17 @@
 #include "frmVSSNewProject.h"
 #include "frmVSSProjectBrowser.h"
 
-#include <QApplication>
 #include <QCheckBox>
-#include <QComboBox>
 #include <QDir>
 #include <QGroupBox>
 #include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
 #include <QTreeWidget>
 
 namespace
 {
-
-// Runs f once the next modal dialog has started; closes it if f left it open,
-// so that a failing step cannot hang the test.
-void WhenModal(std::function<void(QDialog &)> f)
-{
-    QTimer::singleShot(0, [f] {
-        auto *dlg = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-        if (!dlg) {
-            QTest::qFail("no modal dialog", __FILE__, __LINE__);
-            return;
-        }
-        f(*dlg);
-        if (dlg->isVisible())
-            dlg->reject();
-    });
-}
-
-template <class T> T *Control(QWidget &w, const QString &name)
-{
-    T *c = w.findChild<T *>(name);
-    if (!c)
-        qWarning("no control %s", qPrintable(name));
-    return c;
-}
-
-void SetText(QWidget &w, const QString &name, const QString &text)
-{
-    if (auto *edit = w.findChild<QLineEdit *>(name)) {
-        edit->setText(text);
-        return;
-    }
-    if (auto *combo = w.findChild<QComboBox *>(name)) {
-        combo->setEditText(text);
-        return;
-    }
-    qWarning("no text control %s", qPrintable(name));
-}
-
-void Click(QWidget &w, const QString &name)
-{
-    Control<QPushButton>(w, name)->click();
-}
-
-// The control that has (or will get) the focus in the window.
-QString FocusName(QWidget &w)
-{
-    QWidget *f = w.focusWidget();
-    while (f && f->objectName().isEmpty() && f->parentWidget() != &w)
-        f = f->parentWidget();
-    if (f && qobject_cast<QComboBox *>(f->parentWidget()))
-        f = f->parentWidget(); // the edit box of a combo
-    return f ? f->objectName() : QString();
-}
 
 // One server of either kind, with a database "shop" the login korvo may use.
 struct Server {
@@ -95,22 +37,22 @@ struct Server {
     std::unique_ptr<PgTestDatabase> pg;
     std::unique_ptr<ScriptedSqlServer> scripted;
 
-    explicit Server(const QString &k)
+    explicit Server(const QString &k = QStringLiteral("PostgreSQL"))
         : kind(k)
     {
         if (kind == QLatin1String("PostgreSQL")) {
             pg = PgTestServer::freshDatabase(QStringLiteral("prjwiz"));
             server = pg->Server;
             database = pg->Database;
-        } else {
-            scripted = std::make_unique<ScriptedSqlServer>();
-            scripted->addDatabase(QStringLiteral("master"));
-            scripted->addDatabase(QStringLiteral("shop"));
-            scripted->addLogin(user, password);
-            scripted->addUser(QStringLiteral("master"), user, user);
-            scripted->addUser(QStringLiteral("shop"), user, user);
-            server = QStringLiteral("SQLTEST");
-            database = QStringLiteral("shop");
+            return;
+        }
+        scripted = std::make_unique<ScriptedSqlServer>();
+        server = QStringLiteral("SQLTEST");
+        database = QStringLiteral("shop");
+        scripted->addLogin(user, password);
+        for (const QString &db : { QStringLiteral("master"), database }) {
+            scripted->addDatabase(db);
+            scripted->addUser(db, user, user);
         }
     }
     // A project whose connector reaches this server.
@@ -122,8 +64,14 @@ struct Server {
             p->SQL()->SetDriver(scripted->driver());
         return p;
     }
-    int KindIndex() const { return kind == QLatin1String("PostgreSQL") ? 1 : 0; }
 };
+
+void KindRows()
+{
+    QTest::addColumn<QString>("kind");
+    for (const char *k : { "SQLServer", "PostgreSQL" })
+        QTest::newRow(k) << k;
+}
 
 } // namespace
 
@@ -145,13 +93,21 @@ private:
         QFile f(mFile);
         return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
     }
+    QString Stored(const QString &key) const { return QSettings(mFile, QSettings::IniFormat).value(key).toString(); }
+
+    std::unique_ptr<frmProjectDetails> Wizard(const Server &s)
+    {
+        auto wizard = std::make_unique<frmProjectDetails>(*mDb, mUi, mHelp.get());
+        wizard->MakeProject = [&] { return s.NewProject(mUi); };
+        return wizard;
+    }
 
     // Fills every step with values that pass, for a server of the given kind.
     void FillValid(QWidget &dlg, const Server &s, const QString &name = QStringLiteral("Shop"))
     {
         SetText(dlg, QStringLiteral("txtProjectName"), name);
         SetText(dlg, QStringLiteral("txtWorkingFolder"), mWorkingFolder);
-        Control<QComboBox>(dlg, QStringLiteral("cboServerKind"))->setCurrentIndex(s.KindIndex());
+        Control<QComboBox>(dlg, QStringLiteral("cboServerKind"))->setCurrentIndex(s.pg ? 1 : 0);
         SetText(dlg, QStringLiteral("cboSQLServer"), s.server);
         SetText(dlg, QStringLiteral("txtSQLUsername"), s.user);
         SetText(dlg, QStringLiteral("txtSQLPassword"), s.password);
@@ -162,9 +118,27 @@ private:
         SetText(dlg, QStringLiteral("txtVSSProject"), QStringLiteral("$\\Shop\\"));
     }
 
-    static void AddKinds() { QTest::addColumn<QString>("kind"); }
-
-    static QStringList Kinds() { return { QStringLiteral("SQLServer"), QStringLiteral("PostgreSQL") }; }
+    // Stores projects of the given names; with a server they reach it on both sides.
+    void SaveProjects(const QStringList &names, const Server *s = nullptr)
+    {
+        for (const QString &name : names) {
+            auto p = s ? s->NewProject(mUi) : std::make_shared<KORVOProject>(mUi);
+            p->Name = name;
+            p->SQL()->SetServer(s ? s->server : "srv-" + name);
+            p->SQL()->SetDatabase(s ? s->database : "db-" + name);
+            p->VSS()->IniFile = s ? mRepo->Url() : "/ini/" + name;
+            if (s) {
+                p->SQL()->SetUserName(s->user);
+                p->SQL()->SetPassword(s->password);
+                p->SQL()->SetStorePassword(true);
+                p->VSS()->UserName = QStringLiteral("anna");
+                p->VSS()->StorePassword = true;
+                p->VSS()->Project = QStringLiteral("$\\Shop\\");
+                p->VSS()->SetGeneralWorkingFolder(mWorkingFolder);
+            }
+            mDb->SaveProject(p);
+        }
+    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -177,8 +151,7 @@ private Q_SLOTS:
         qputenv("KORVO_DATA_DIR", QFile::encodeName(mDir->filePath(QStringLiteral("data"))));
         mRepo = std::make_unique<SvnTestRepository>();
         QVERIFY(mRepo->IsValid());
-        QVERIFY(mRepo->MakeFolders({ QStringLiteral("Shop"), QStringLiteral("A"), QStringLiteral("A/B"),
-            QStringLiteral("A/B/C"), QStringLiteral("X") }));
+        QVERIFY(mRepo->MakeFolders({ "Shop", "A", "A/B", "A/B/C", "X" }));
         mWorkingFolder = mRepo->Folder(QStringLiteral("work"));
         QString why;
         if (!PgTestServer().available(&why))
@@ -210,21 +183,18 @@ private Q_SLOTS:
 
     void wizardForwardAndBack()
     {
-        Server s(QStringLiteral("PostgreSQL"));
-        frmProjectDetails wizard(*mDb, mUi, mHelp.get());
-        wizard.MakeProject = [&] { return s.NewProject(mUi); };
-        QList<QList<bool>> buttons; // back, next, finished per step shown
-        QStringList captions, visible;
-        KORVOProjectPtr result;
+        Server s;
+        auto wizard = Wizard(s);
+        QStringList steps; // "frame:back next finished" per step shown
+        QStringList captions;
         WhenModal([&](QDialog &dlg) {
             auto record = [&] {
-                buttons << QList<bool> { Control<QPushButton>(dlg, "cmdBack")->isEnabled(),
-                    Control<QPushButton>(dlg, "cmdNext")->isEnabled(),
-                    Control<QPushButton>(dlg, "cmdFinished")->isEnabled() };
-                for (int i = 1; i <= 5; ++i) {
-                    auto *frame = Control<QGroupBox>(dlg, QStringLiteral("fraStep_%1").arg(i));
+                QString buttons;
+                for (const char *b : { "cmdBack", "cmdNext", "cmdFinished" })
+                    buttons += QString::number(Control<QPushButton>(dlg, QLatin1String(b))->isEnabled());
+                for (auto *frame : dlg.findChildren<QGroupBox *>(QRegularExpression(QStringLiteral("^fraStep_\\d$")))) {
                     if (frame->isVisible()) {
-                        visible << frame->objectName();
+                        steps << frame->objectName() + ":" + buttons;
                         captions << frame->title();
                     }
                 }
@@ -237,27 +207,23 @@ private Q_SLOTS:
             }
             Click(dlg, QStringLiteral("cmdBack"));
             record();
-            Click(dlg, QStringLiteral("cmdBack"));
-            Click(dlg, QStringLiteral("cmdBack"));
-            Click(dlg, QStringLiteral("cmdBack"));
-            Click(dlg, QStringLiteral("cmdBack")); // no step before the first
+            Click(dlg, QStringLiteral("cmdBack"), 4); // the last has no step before the first
             record();
         });
-        result = wizard.newProject();
-        QVERIFY(!result);
-        QCOMPARE(wizard.windowTitle(), QStringLiteral("Project Wizard - New Project"));
-        QCOMPARE(visible,
-            (QStringList {
-                "fraStep_1", "fraStep_2", "fraStep_3", "fraStep_4", "fraStep_5", "fraStep_4", "fraStep_1" }));
+        QVERIFY(!wizard->newProject());
+        QCOMPARE(wizard->windowTitle(), "Project Wizard - New Project");
+        QCOMPARE(steps,
+            (QStringList { "fraStep_1:010", "fraStep_2:110", "fraStep_3:110", "fraStep_4:110", "fraStep_5:101",
+                "fraStep_4:110", "fraStep_1:010" }));
         QCOMPARE(captions.mid(0, 5),
             (QStringList { "Project Details ...", "SQL Server Settings ...", "SQL Database Settings ...",
                 "Visual SourceSafe Settings ...", "VSS Project Settings ..." }));
-        const QList<QList<bool>> expected { { false, true, false }, { true, true, false }, { true, true, false },
-            { true, true, false }, { true, false, true }, { true, true, false }, { false, true, false } };
-        QCOMPARE(buttons, expected);
         QCOMPARE(mUi.boxes.size(), 0);
     }
 
+    // Each check of a step: the field set to the value on the step shown, the
+    // message, and where the wizard stays with the focus. A field emptied after
+    // its step passed sends Finished back to that step.
     void validationMessages_data()
     {
         QTest::addColumn<QString>("kind");
@@ -265,28 +231,26 @@ private Q_SLOTS:
         QTest::addColumn<QString>("control");
         QTest::addColumn<QString>("value");
         QTest::addColumn<QString>("message");
-        QTest::addColumn<QString>("focus");
-        for (const QString &k : Kinds()) {
-            auto row = [&](const char *tag, int step, const char *control, const QString &value, const char *message,
-                           const char *focus) {
-                QTest::addRow("%s %s", qPrintable(k), tag)
-                    << k << step << QString::fromLatin1(control) << value << QString::fromLatin1(message)
-                    << QString::fromLatin1(focus);
+        QTest::addColumn<int>("stays");
+        for (const char *k : { "SQLServer", "PostgreSQL" }) {
+            auto row = [&](const char *tag, int step, const char *control, const char *value, const char *message,
+                           int stays = 0) {
+                QTest::addRow("%s %s", k, tag) << k << step << control << value << message << (stays ? stays : step);
             };
-            row("no name", 1, "txtProjectName", "  ", "No Project Name specified!", "txtProjectName");
-            row("name taken", 1, "txtProjectName", "EXISTING", "The specified Project Name already exists!",
-                "txtProjectName");
-            row("no folder", 1, "txtWorkingFolder", "", "No Working Folder specified!", "txtWorkingFolder");
+            row("no name", 1, "txtProjectName", "  ", "No Project Name specified!");
+            row("name taken", 1, "txtProjectName", "EXISTING", "The specified Project Name already exists!");
+            row("no folder", 1, "txtWorkingFolder", "", "No Working Folder specified!");
             row("missing folder", 1, "txtWorkingFolder", "/no/such/folder",
-                "The specified Working Folder does not exist!", "txtWorkingFolder");
-            row("no server", 2, "cboSQLServer", " ", "No SQL Server specified!", "cboSQLServer");
-            row("no SQL user", 2, "txtSQLUsername", "", "No Username specified!", "txtSQLUsername");
-            row("no database", 3, "cboSQLDatabase", "", "No Database specified!", "cboSQLDatabase");
-            row("no ini file", 4, "txtVSSIniFile", "", "No Ini File specified!", "txtVSSIniFile");
+                "The specified Working Folder does not exist!");
+            row("no server", 2, "cboSQLServer", " ", "No SQL Server specified!");
+            row("no SQL user", 2, "txtSQLUsername", "", "No Username specified!");
+            row("no database", 3, "cboSQLDatabase", "", "No Database specified!");
+            row("no ini file", 4, "txtVSSIniFile", "", "No Ini File specified!");
             row("missing ini file", 4, "txtVSSIniFile", "/no/such/srcsafe.ini",
-                "The specified Ini File does not exist!", "txtVSSIniFile");
-            row("no VSS user", 4, "txtVSSUserName", " ", "No Username specified!", "txtVSSUserName");
-            row("no project", 5, "txtVSSProject", "", "No Project specified!", "txtVSSProject");
+                "The specified Ini File does not exist!");
+            row("no VSS user", 4, "txtVSSUserName", " ", "No Username specified!");
+            row("no project", 5, "txtVSSProject", "", "No Project specified!");
+            row("finish checks every step", 5, "txtVSSUserName", "", "No Username specified!", 4);
         }
     }
 
@@ -297,128 +261,70 @@ private Q_SLOTS:
         QFETCH(QString, control);
         QFETCH(QString, value);
         QFETCH(QString, message);
-        QFETCH(QString, focus);
+        QFETCH(int, stays);
         auto existing = std::make_shared<KORVOProject>(mUi);
         existing->Name = QStringLiteral("Existing");
         mDb->SaveProject(existing);
-
         Server s(kind);
-        frmProjectDetails wizard(*mDb, mUi, mHelp.get());
-        wizard.MakeProject = [&] { return s.NewProject(mUi); };
+        auto wizard = Wizard(s);
         int reached = 0, stayed = 0;
-        QString focusName;
+        QString focus;
         WhenModal([&](QDialog &dlg) {
             FillValid(dlg, s);
-            for (int i = 1; i < step; ++i)
-                Click(dlg, QStringLiteral("cmdNext"));
-            reached = wizard.CurrentStep();
+            Click(dlg, QStringLiteral("cmdNext"), step - 1);
+            reached = wizard->CurrentStep();
             SetText(dlg, control, value);
             mUi.clear();
             mUi.answer(UiServices::Answer::Ok);
             // The last step has no Next: Finished tests it.
             Click(dlg, step < 5 ? QStringLiteral("cmdNext") : QStringLiteral("cmdFinished"));
-            stayed = wizard.CurrentStep();
-            focusName = FocusName(dlg);
+            stayed = wizard->CurrentStep();
+            focus = FocusName(dlg);
         });
-        QVERIFY(!wizard.newProject());
+        QVERIFY(!wizard->newProject());
         QCOMPARE(reached, step);
-        QCOMPARE(stayed, step);
-        QCOMPARE(mUi.boxes.size(), 1);
-        QCOMPARE(int(mUi.boxes.first().icon), int(UiServices::Icon::Warning));
-        QCOMPARE(mUi.boxes.first().title, QStringLiteral("Invalid Data"));
-        QCOMPARE(mUi.boxes.first().text, message);
-        QCOMPARE(focusName, focus);
-    }
-
-    void finishRevalidatesEveryStep_data()
-    {
-        AddKinds();
-        for (const QString &k : Kinds())
-            QTest::newRow(qPrintable(k)) << k;
-    }
-
-    // A field emptied after its step passed sends Finished back to that step.
-    void finishRevalidatesEveryStep()
-    {
-        QFETCH(QString, kind);
-        Server s(kind);
-        frmProjectDetails wizard(*mDb, mUi, mHelp.get());
-        wizard.MakeProject = [&] { return s.NewProject(mUi); };
-        int stepAfterFinish = 0;
-        QString focusName;
-        WhenModal([&](QDialog &dlg) {
-            FillValid(dlg, s);
-            for (int i = 1; i < 5; ++i)
-                Click(dlg, QStringLiteral("cmdNext"));
-            SetText(dlg, QStringLiteral("txtVSSUserName"), QString());
-            mUi.answer(UiServices::Answer::Ok);
-            Click(dlg, QStringLiteral("cmdFinished"));
-            stepAfterFinish = wizard.CurrentStep();
-            focusName = FocusName(dlg);
-        });
-        QVERIFY(!wizard.newProject());
-        QCOMPARE(stepAfterFinish, 4);
-        QCOMPARE(focusName, QStringLiteral("txtVSSUserName"));
-        QCOMPARE(mUi.boxes.size(), 1);
-        QCOMPARE(mUi.boxes.first().text, QStringLiteral("No Username specified!"));
+        QCOMPARE(stayed, stays);
+        QCOMPARE(Boxes(mUi), QStringList { "warning|Invalid Data|" + message });
+        QCOMPARE(focus, control);
         QCOMPARE(mUi.waitDepth, 0);
     }
 
-    void newProjectFinishesAndIsStored_data()
-    {
-        AddKinds();
-        for (const QString &k : Kinds())
-            QTest::newRow(qPrintable(k)) << k;
-    }
+    void newProjectFinishesAndIsStored_data() { KindRows(); }
 
     void newProjectFinishesAndIsStored()
     {
         QFETCH(QString, kind);
         Server s(kind);
-        frmProjectDetails wizard(*mDb, mUi, mHelp.get());
-        wizard.MakeProject = [&] { return s.NewProject(mUi); };
+        auto wizard = Wizard(s);
         QStringList databases;
         WhenModal([&](QDialog &dlg) {
             FillValid(dlg, s, QStringLiteral("  Shop  "));
             Control<QCheckBox>(dlg, QStringLiteral("chkSQLStorePassword"))->setChecked(true);
-            Click(dlg, QStringLiteral("cmdNext"));
-            Click(dlg, QStringLiteral("cmdNext"));
+            Click(dlg, QStringLiteral("cmdNext"), 2);
             auto *list = Control<QComboBox>(dlg, QStringLiteral("cboSQLDatabase"));
             for (int i = 0; i < list->count(); ++i)
                 databases << list->itemText(i);
-            Click(dlg, QStringLiteral("cmdNext"));
-            Click(dlg, QStringLiteral("cmdNext"));
-            Click(dlg, QStringLiteral("cmdNext"));
+            Click(dlg, QStringLiteral("cmdNext"), 3);
             Click(dlg, QStringLiteral("cmdFinished"));
         });
-        const KORVOProjectPtr p = wizard.newProject();
+        const KORVOProjectPtr p = wizard->newProject();
         QVERIFY(p);
         QCOMPARE(mUi.boxes.size(), 0);
         // The list came from the server, and the typed database stayed selected.
         QVERIFY2(databases.contains(s.database), qPrintable(databases.join(',')));
         QCOMPARE(p->Sequence, -1L);
-        QCOMPARE(p->Name, QStringLiteral("Shop"));
-        QCOMPARE(p->SQL()->Kind().Name(), kind);
-        QCOMPARE(p->SQL()->Server(), s.server);
-        QCOMPARE(p->SQL()->Database(), s.database);
-        QCOMPARE(p->SQL()->UserName(), s.user);
-        QCOMPARE(p->SQL()->Password(), s.password);
+        QCOMPARE((QStringList { p->Name, p->SQL()->Kind().Name(), p->SQL()->Server(), p->SQL()->Database(),
+                     p->SQL()->UserName(), p->SQL()->Password() }),
+            (QStringList { "Shop", kind, s.server, s.database, s.user, s.password }));
         QVERIFY(p->SQL()->StorePassword());
-        QCOMPARE(p->VSS()->IniFile, mRepo->Url());
-        QCOMPARE(p->VSS()->Project, QStringLiteral("$\\Shop\\"));
-        QCOMPARE(p->VSS()->GeneralWorkingFolder(), mWorkingFolder);
+        QCOMPARE((QStringList { p->VSS()->IniFile, p->VSS()->Project, p->VSS()->GeneralWorkingFolder() }),
+            (QStringList { mRepo->Url(), "$\\Shop\\", mWorkingFolder }));
         mDb->SaveProject(p);
-        QSettings store(mFile, QSettings::IniFormat);
-        QCOMPARE(store.value(QStringLiteral("1/PrjName")).toString(), QStringLiteral("Shop"));
-        QCOMPARE(store.value(QStringLiteral("1/ServerKind")).toString(), kind);
+        QCOMPARE(Stored(QStringLiteral("1/PrjName")), "Shop");
+        QCOMPARE(Stored(QStringLiteral("1/ServerKind")), kind);
     }
 
-    void serverAwayIsAQuestion_data()
-    {
-        AddKinds();
-        for (const QString &k : Kinds())
-            QTest::newRow(qPrintable(k)) << k;
-    }
+    void serverAwayIsAQuestion_data() { KindRows(); }
 
     // The user may finish a project whose server is away; No keeps the step.
     void serverAwayIsAQuestion()
@@ -429,27 +335,25 @@ private Q_SLOTS:
             s.scripted->stop();
         else
             s.server = mDir->filePath(QStringLiteral("no-server-here"));
-        frmProjectDetails wizard(*mDb, mUi, mHelp.get());
-        wizard.MakeProject = [&] { return s.NewProject(mUi); };
+        auto wizard = Wizard(s);
         int afterNo = 0, afterYes = 0;
         bool errorShown = false;
         WhenModal([&](QDialog &dlg) {
             FillValid(dlg, s);
-            Click(dlg, QStringLiteral("cmdNext"));
-            Click(dlg, QStringLiteral("cmdNext")); // the list fails quietly
+            Click(dlg, QStringLiteral("cmdNext"), 2); // the list fails quietly
             errorShown = Control<QLabel>(dlg, QStringLiteral("lblSQLServerErrorLabel"))->isVisible()
                 && !Control<QLabel>(dlg, QStringLiteral("lblSQLServerError"))->text().isEmpty();
             mUi.answer(UiServices::Answer::No);
             Click(dlg, QStringLiteral("cmdNext"));
-            afterNo = wizard.CurrentStep();
+            afterNo = wizard->CurrentStep();
             mUi.answer(UiServices::Answer::Yes);
             Click(dlg, QStringLiteral("cmdNext"));
-            afterYes = wizard.CurrentStep();
+            afterYes = wizard->CurrentStep();
             Click(dlg, QStringLiteral("cmdNext"));
             mUi.answer(UiServices::Answer::Yes); // asked again while finishing
             Click(dlg, QStringLiteral("cmdFinished"));
         });
-        const KORVOProjectPtr p = wizard.newProject();
+        const KORVOProjectPtr p = wizard->newProject();
         QVERIFY(errorShown);
         QCOMPARE(afterNo, 3);
         QCOMPARE(afterYes, 4);
@@ -457,11 +361,10 @@ private Q_SLOTS:
         QCOMPARE(p->SQL()->Server(), s.server);
         QCOMPARE(mUi.boxes.size(), 3);
         for (const auto &box : mUi.boxes) {
-            QCOMPARE(box.title, QStringLiteral("Invalid Data"));
-            QCOMPARE(int(box.buttons), int(UiServices::Buttons::YesNo));
-            QVERIFY2(
-                box.text.startsWith(QStringLiteral("Could not connect to the specified database. Would you like to "
-                                                   "continue anyway?\nThe following error occured:\n")),
+            QCOMPARE(box.title, "Invalid Data");
+            QCOMPARE(box.buttons, UiServices::Buttons::YesNo);
+            QVERIFY2(box.text.startsWith("Could not connect to the specified database. Would you like to continue "
+                                         "anyway?\nThe following error occured:\n"),
                 qPrintable(box.text));
             QVERIFY(box.text.size() > 120); // the server's own words follow
         }
@@ -469,75 +372,63 @@ private Q_SLOTS:
 
     void missingPasswordsAreAskedFor()
     {
-        Server s(QStringLiteral("PostgreSQL"));
-        frmProjectDetails wizard(*mDb, mUi, mHelp.get());
-        wizard.MakeProject = [&] { return s.NewProject(mUi); };
+        Server s;
+        auto wizard = Wizard(s);
         QString sqlPassword, vssPassword;
         WhenModal([&](QDialog &dlg) {
             FillValid(dlg, s);
             SetText(dlg, QStringLiteral("txtSQLPassword"), QString());
             SetText(dlg, QStringLiteral("txtVSSPassword"), QString());
-            Click(dlg, QStringLiteral("cmdNext"));
-            Click(dlg, QStringLiteral("cmdNext"));
+            Click(dlg, QStringLiteral("cmdNext"), 2);
             mUi.password(true, s.user, s.password);
             Click(dlg, QStringLiteral("cmdNext"));
-            sqlPassword = Control<QLineEdit>(dlg, QStringLiteral("txtSQLPassword"))->text();
+            sqlPassword = Text(dlg, QStringLiteral("txtSQLPassword"));
             mUi.password(false);
             mUi.answer(UiServices::Answer::Yes);
             Click(dlg, QStringLiteral("cmdNext"));
-            vssPassword = Control<QLineEdit>(dlg, QStringLiteral("txtVSSPassword"))->text();
+            vssPassword = Text(dlg, QStringLiteral("txtVSSPassword"));
         });
-        QVERIFY(!wizard.newProject());
+        QVERIFY(!wizard->newProject());
         QCOMPARE(sqlPassword, s.password);
         QCOMPARE(vssPassword, QString());
         QCOMPARE(mUi.prompts.size(), 2);
-        QCOMPARE(mUi.prompts.at(0).kind, QStringLiteral("SQL"));
-        QCOMPARE(mUi.prompts.at(0).database, s.database);
-        QCOMPARE(mUi.prompts.at(1).kind, QStringLiteral("VSS"));
+        QCOMPARE(mUi.prompts.at(0).kind + " " + mUi.prompts.at(0).database, "SQL " + s.database);
+        QCOMPARE(mUi.prompts.at(1).kind, "VSS");
         QCOMPARE(mUi.boxes.size(), 1);
-        QCOMPARE(mUi.boxes.first().text,
-            QStringLiteral("Could not connect to the specified project. Would you like to "
-                           "continue anyway?\nThe following error occured:\n"
-                           "Password was not entered!"));
+        QCOMPARE(mUi.last().title + "|" + mUi.last().text,
+            "Invalid Data|Could not connect to the specified project. Would you like to continue anyway?\nThe "
+            "following error occured:\nPassword was not entered!");
     }
 
     void windowsAuthentication()
     {
-        Server s(QStringLiteral("PostgreSQL"));
-        frmProjectDetails wizard(*mDb, mUi, mHelp.get());
-        wizard.MakeProject = [&] { return s.NewProject(mUi); };
+        Server s;
+        auto wizard = Wizard(s);
         QStringList states;
         WhenModal([&](QDialog &dlg) {
             FillValid(dlg, s);
-            auto *user = Control<QLineEdit>(dlg, QStringLiteral("txtSQLUsername"));
-            auto *pwd = Control<QLineEdit>(dlg, QStringLiteral("txtSQLPassword"));
-            auto *store = Control<QCheckBox>(dlg, QStringLiteral("chkSQLStorePassword"));
-            auto *label = Control<QLabel>(dlg, QStringLiteral("lblSQLUsername"));
             auto state = [&] {
-                states << QStringLiteral("%1|%2|%3|%4|%5")
-                              .arg(user->text(), pwd->text())
-                              .arg(user->isEnabled())
-                              .arg(store->isEnabled())
-                              .arg(label->isEnabled());
+                QString enabled;
+                for (const char *c : { "txtSQLUsername", "chkSQLStorePassword", "lblSQLUsername" })
+                    enabled += QString::number(Control<QWidget>(dlg, QLatin1String(c))->isEnabled());
+                states << Text(dlg, QStringLiteral("txtSQLUsername")) + "|"
+                        + Text(dlg, QStringLiteral("txtSQLPassword")) + "|" + enabled;
             };
-            store->setChecked(true);
-            Control<QCheckBox>(dlg, QStringLiteral("chkUseWindowsAuth"))->click();
-            state();
-            Control<QCheckBox>(dlg, QStringLiteral("chkUseWindowsAuth"))->click();
-            state();
-            Control<QCheckBox>(dlg, QStringLiteral("chkUseWindowsAuth"))->click();
-            for (int i = 1; i < 5; ++i)
-                Click(dlg, QStringLiteral("cmdNext"));
+            Control<QCheckBox>(dlg, QStringLiteral("chkSQLStorePassword"))->setChecked(true);
+            for (int i = 0; i < 3; ++i) {
+                Control<QCheckBox>(dlg, QStringLiteral("chkUseWindowsAuth"))->click();
+                state();
+            }
+            Click(dlg, QStringLiteral("cmdNext"), 4);
             Click(dlg, QStringLiteral("cmdFinished"));
         });
-        const KORVOProjectPtr p = wizard.newProject();
-        QCOMPARE(states, (QStringList { "(Windows authentication)||0|0|0", "||1|1|1" }));
+        const KORVOProjectPtr p = wizard->newProject();
+        QCOMPARE(states, (QStringList { "(Windows authentication)||000", "||111", "(Windows authentication)||000" }));
         // The operating-system login reaches the test cluster, so no question came.
         QCOMPARE(mUi.boxes.size(), 0);
         QVERIFY(p);
         QVERIFY(p->SQL()->UseWinNTAuth());
-        QCOMPARE(p->SQL()->StoredUserName(), QString());
-        QCOMPARE(p->SQL()->Password(), QString());
+        QCOMPARE(p->SQL()->StoredUserName() + p->SQL()->Password(), QString());
         QVERIFY(!p->SQL()->StorePassword());
     }
 
@@ -549,12 +440,12 @@ private Q_SLOTS:
         WhenModal([&](QDialog &dlg) {
             mUi.pick(mWorkingFolder);
             Click(dlg, QStringLiteral("cmdWFBrowse"));
-            folder = Control<QLineEdit>(dlg, QStringLiteral("txtWorkingFolder"))->text();
             mUi.pick(QString()); // cancelled: the field stays
             Click(dlg, QStringLiteral("cmdWFBrowse"));
+            folder = Text(dlg, QStringLiteral("txtWorkingFolder"));
             mUi.pick(ini);
             Click(dlg, QStringLiteral("cmdVSSIniFile"));
-            iniFile = Control<QLineEdit>(dlg, QStringLiteral("txtVSSIniFile"))->text();
+            iniFile = Text(dlg, QStringLiteral("txtVSSIniFile"));
         });
         wizard.newProject();
         QCOMPARE(folder, mWorkingFolder);
@@ -567,7 +458,7 @@ private Q_SLOTS:
 
     void editKeepsItsNameButNotACaseChange()
     {
-        Server s(QStringLiteral("PostgreSQL"));
+        Server s;
         auto alpha = s.NewProject(mUi);
         alpha->Name = QStringLiteral("Alpha");
         alpha->SQL()->SetServer(s.server);
@@ -577,8 +468,8 @@ private Q_SLOTS:
         int stepKept = 0, stepCase = 0;
         QString filledName, filledServer;
         WhenModal([&](QDialog &dlg) {
-            filledName = Control<QLineEdit>(dlg, QStringLiteral("txtProjectName"))->text();
-            filledServer = Control<QComboBox>(dlg, QStringLiteral("cboSQLServer"))->currentText();
+            filledName = Text(dlg, QStringLiteral("txtProjectName"));
+            filledServer = Text(dlg, QStringLiteral("cboSQLServer"));
             SetText(dlg, QStringLiteral("txtWorkingFolder"), mWorkingFolder);
             Click(dlg, QStringLiteral("cmdNext"));
             stepKept = wizard.CurrentStep();
@@ -590,63 +481,48 @@ private Q_SLOTS:
             Click(dlg, QStringLiteral("cmdCancel"));
         });
         QVERIFY(!wizard.EditProject(project));
-        QCOMPARE(wizard.windowTitle(), QStringLiteral("Project Wizard - Project Details"));
-        QCOMPARE(filledName, QStringLiteral("Alpha"));
+        QCOMPARE(wizard.windowTitle(), "Project Wizard - Project Details");
+        QCOMPARE(filledName, "Alpha");
         QCOMPARE(filledServer, s.server);
         QCOMPARE(stepKept, 2);
         QCOMPARE(stepCase, 1);
-        QCOMPARE(mUi.boxes.size(), 1);
-        QCOMPARE(mUi.boxes.first().text, QStringLiteral("The specified Project Name already exists!"));
+        QCOMPARE(Boxes(mUi), QStringList { "warning|Invalid Data|The specified Project Name already exists!" });
         // Cancelled: the project is as it was.
-        QCOMPARE(project->Name, QStringLiteral("Alpha"));
+        QCOMPARE(project->Name, "Alpha");
     }
 
     // --- The project browser ------------------------------------------------
 
     void browserCancelLeavesTheStore()
     {
-        mDb->SaveProject([&] {
-            auto p = std::make_shared<KORVOProject>(mUi);
-            p->Name = QStringLiteral("Kept");
-            return p;
-        }());
+        SaveProjects({ QStringLiteral("Kept") });
         const QByteArray before = StoreBytes();
         frmProjectBrowser browser(mDb, mUi, *mHelp);
         browser.ProjectBrowser(nullptr, false);
         auto *list = Control<QTreeWidget>(browser, QStringLiteral("lvwProjects"));
         QCOMPARE(list->topLevelItemCount(), 1);
-        WhenModal([&](QDialog &dlg) {
-            SetText(dlg, QStringLiteral("txtProjectName"), QStringLiteral("Something new"));
-            Click(dlg, QStringLiteral("cmdCancel"));
-        });
-        Click(browser, QStringLiteral("cmdNew"));
-        list->setCurrentItem(list->topLevelItem(0));
-        WhenModal([&](QDialog &dlg) {
-            SetText(dlg, QStringLiteral("txtProjectName"), QStringLiteral("Renamed"));
-            Click(dlg, QStringLiteral("cmdCancel"));
-        });
-        Click(browser, QStringLiteral("cmdEdit"));
+        for (const char *button : { "cmdNew", "cmdEdit" }) {
+            list->setCurrentItem(list->topLevelItem(0));
+            WhenModal([&](QDialog &dlg) {
+                SetText(dlg, QStringLiteral("txtProjectName"), QStringLiteral("Renamed"));
+                Click(dlg, QStringLiteral("cmdCancel"));
+            });
+            Click(browser, QLatin1String(button));
+        }
         QCOMPARE(StoreBytes(), before);
-        QCOMPARE(list->topLevelItem(0)->text(0), QStringLiteral("Kept"));
+        QCOMPARE(list->topLevelItem(0)->text(0), "Kept");
         QCOMPARE(mUi.waitDepth, 0);
         browser.close();
     }
 
     void browserListAndRemove()
     {
-        for (const char *n : { "P1", "P2", "P3" }) {
-            auto p = std::make_shared<KORVOProject>(mUi);
-            p->Name = QString::fromLatin1(n);
-            p->SQL()->SetServer(QStringLiteral("srv-") + p->Name);
-            p->SQL()->SetDatabase(QStringLiteral("db-") + p->Name);
-            p->VSS()->IniFile = QStringLiteral("/ini/") + p->Name;
-            mDb->SaveProject(p);
-        }
+        SaveProjects({ QStringLiteral("P1"), QStringLiteral("P2"), QStringLiteral("P3") });
         frmProjectBrowser browser(mDb, mUi, *mHelp);
-        QCOMPARE(browser.windowTitle(), QStringLiteral("Project Browser"));
+        QCOMPARE(browser.windowTitle(), "Project Browser");
         browser.ProjectBrowser(nullptr, false);
         auto *list = Control<QTreeWidget>(browser, QStringLiteral("lvwProjects"));
-        QCOMPARE(list->headerItem()->text(3), QStringLiteral("VSS Ini File"));
+        QCOMPARE(list->headerItem()->text(3), "VSS Ini File");
         QCOMPARE(list->topLevelItemCount(), 3);
         const QTreeWidgetItem *row = list->topLevelItem(1);
         QCOMPARE((QStringList { row->text(0), row->text(1), row->text(2), row->text(3) }),
@@ -659,14 +535,12 @@ private Q_SLOTS:
         mUi.answer(UiServices::Answer::Yes);
         Click(browser, QStringLiteral("cmdRemove"));
         QCOMPARE(mUi.boxes.size(), 2);
-        QCOMPARE(mUi.boxes.last().title, QStringLiteral("Remove Project"));
-        QCOMPARE(mUi.boxes.last().text, QStringLiteral("Are you sure you want to the project 'P2'?"));
+        QCOMPARE(mUi.last().title + "|" + mUi.last().text, "Remove Project|Are you sure you want to the project 'P2'?");
         QCOMPARE(list->topLevelItemCount(), 2);
-        QCOMPARE(list->topLevelItem(1)->text(0), QStringLiteral("P3"));
-        QSettings store(mFile, QSettings::IniFormat);
-        QCOMPARE(store.value(QStringLiteral("2/PrjName")).toString(), QStringLiteral("P3"));
-        QCOMPARE(store.value(QStringLiteral("2/LastServer")).toString(), QStringLiteral("srv-P3"));
-        QVERIFY(!store.childGroups().contains(QStringLiteral("3")));
+        QCOMPARE(list->topLevelItem(1)->text(0), "P3");
+        QCOMPARE(Stored(QStringLiteral("2/PrjName")), "P3");
+        QCOMPARE(Stored(QStringLiteral("2/LastServer")), "srv-P3");
+        QVERIFY(!QSettings(mFile, QSettings::IniFormat).childGroups().contains(QStringLiteral("3")));
 
         // Without a selected row the buttons do nothing.
         list->clearSelection();
@@ -684,8 +558,7 @@ private Q_SLOTS:
         QVERIFY(!chk->isChecked());
         chk->click();
         QVERIFY(mDb->OpenMostRecent());
-        QCOMPARE(QSettings(mFile, QSettings::IniFormat).value(QStringLiteral("ProjectToOpen")).toString(),
-            QStringLiteral("1"));
+        QCOMPARE(Stored(QStringLiteral("ProjectToOpen")), "1");
         chk->click();
         QVERIFY(!mDb->OpenMostRecent());
         browser.close();
@@ -694,56 +567,34 @@ private Q_SLOTS:
     // Opening project 3 of 3 connects both sides and rotates the keys.
     void openingTheThirdProjectRotatesTheKeys()
     {
-        Server s(QStringLiteral("PostgreSQL"));
-        for (const char *n : { "P1", "P2", "P3" }) {
-            auto p = s.NewProject(mUi);
-            p->Name = QString::fromLatin1(n);
-            p->SQL()->SetServer(s.server);
-            p->SQL()->SetDatabase(s.database);
-            p->SQL()->SetUserName(s.user);
-            p->SQL()->SetPassword(s.password);
-            p->SQL()->SetStorePassword(true);
-            p->VSS()->IniFile = mRepo->Url();
-            p->VSS()->UserName = QStringLiteral("anna");
-            p->VSS()->StorePassword = true;
-            p->VSS()->Project = QStringLiteral("$\\Shop\\");
-            p->VSS()->SetGeneralWorkingFolder(mWorkingFolder);
-            mDb->SaveProject(p);
-        }
+        Server s;
+        SaveProjects({ QStringLiteral("P1"), QStringLiteral("P2"), QStringLiteral("P3") }, &s);
         frmProjectBrowser browser(mDb, mUi, *mHelp);
         bool ok = false;
         browser.OpenRecentProject(3, QString(), ok);
         QVERIFY(ok);
         QCOMPARE(mUi.boxes.size(), 0);
         QVERIFY(mDb->Project());
-        QCOMPARE(mDb->Project()->Name, QStringLiteral("P3"));
+        QCOMPARE(mDb->Project()->Name, "P3");
         QVERIFY(mDb->Project()->SQL()->ConnectionOpen());
         QVERIFY(mDb->Project()->VSS()->ConnectionOpen());
-        QSettings store(mFile, QSettings::IniFormat);
-        QCOMPARE((QStringList { store.value("1/PrjName").toString(), store.value("2/PrjName").toString(),
-                     store.value("3/PrjName").toString() }),
+        QCOMPARE((QStringList { Stored("1/PrjName"), Stored("2/PrjName"), Stored("3/PrjName") }),
             (QStringList { "P3", "P1", "P2" }));
 
         // By name now; an unknown one is reported.
         browser.OpenRecentProject(-1, QStringLiteral("P2"), ok);
         QVERIFY(ok);
-        QCOMPARE(mDb->Project()->Name, QStringLiteral("P2"));
+        QCOMPARE(mDb->Project()->Name, "P2");
         mUi.answer(UiServices::Answer::Ok);
         browser.OpenRecentProject(-1, QStringLiteral("Nope"), ok);
         QVERIFY(!ok);
-        QCOMPARE(int(mUi.boxes.last().icon), int(UiServices::Icon::Critical));
-        QCOMPARE(mUi.boxes.last().title, QStringLiteral("Unable to open project"));
-        QCOMPARE(mUi.boxes.last().text, QStringLiteral("Project could not be found in the project list!"));
+        QCOMPARE(Boxes(mUi),
+            QStringList { "critical|Unable to open project|Project could not be found in the project list!" });
     }
 
     void openProjectBrowserReopensOnlyWhatChanged()
     {
-        for (const char *n : { "Open", "Other" }) {
-            auto p = std::make_shared<KORVOProject>(mUi);
-            p->Name = QString::fromLatin1(n);
-            p->SQL()->SetServer(QStringLiteral("srv"));
-            mDb->SaveProject(p);
-        }
+        SaveProjects({ QStringLiteral("Open"), QStringLiteral("Other") });
         const auto current = mDb->FindProjectByID(1);
         frmProjectBrowser browser(mDb, mUi, *mHelp);
         auto choose = [&](int row) {
@@ -757,7 +608,7 @@ private Q_SLOTS:
         QVERIFY(!choose(0)); // the open project, unchanged
         const auto other = choose(1);
         QVERIFY(other);
-        QCOMPARE(other->Name, QStringLiteral("Other"));
+        QCOMPARE(other->Name, "Other");
         QVERIFY(!other->SQL()->ConnectionOpen()); // the main window connects it
         // A double click opens the row under the mouse.
         WhenModal([](QDialog &dlg) {
@@ -770,11 +621,11 @@ private Q_SLOTS:
         });
         const auto clicked = browser.OpenProjectBrowser(current);
         QVERIFY(clicked);
-        QCOMPARE(clicked->Name, QStringLiteral("Other"));
+        QCOMPARE(clicked->Name, "Other");
         current->SQL()->SetServer(QStringLiteral("moved"));
         const auto changed = choose(0);
         QVERIFY(changed);
-        QCOMPARE(changed->SQL()->Server(), QStringLiteral("srv"));
+        QCOMPARE(changed->SQL()->Server(), "srv-Open");
     }
 
     // --- Source-control project browser --------------------------------------
@@ -782,8 +633,7 @@ private Q_SLOTS:
     void vssBrowserOpensAlongTheStartFolder()
     {
         KORVOVSS vss(mUi);
-        QCOMPARE(vss.OpenConnection(
-                     mRepo->Url(), QStringLiteral("anna"), QString(), QStringLiteral("$\\"), QString(), true, true),
+        QCOMPARE(vss.OpenConnection(mRepo->Url(), QStringLiteral("anna"), {}, QStringLiteral("$\\"), {}, true, true),
             QString());
         frmVSSProjectBrowser browser(mUi, mHelp.get());
         QString selected;
@@ -800,9 +650,9 @@ private Q_SLOTS:
             selected = tree->currentItem()->data(0, frmVSSProjectBrowser::KeyRole).toString();
             Click(dlg, QStringLiteral("cmdOK"));
         });
-        QCOMPARE(browser.GetFolder(vss, QStringLiteral("$\\A\\B")), QStringLiteral("$\\A\\B\\"));
-        QCOMPARE(browser.windowTitle(), QStringLiteral("VSS Project Browser"));
-        QCOMPARE(selected, QStringLiteral("$\\A\\B\\"));
+        QCOMPARE(browser.GetFolder(vss, QStringLiteral("$\\A\\B")), "$\\A\\B\\");
+        QCOMPARE(browser.windowTitle(), "VSS Project Browser");
+        QCOMPARE(selected, "$\\A\\B\\");
         QCOMPARE(expanded, (QStringList { "$", "A", "B" }));
         QCOMPARE(rootChildren, (QStringList { "$\\A\\", "$\\Shop\\", "$\\X\\" }));
     }
@@ -810,34 +660,32 @@ private Q_SLOTS:
     void vssBrowserMakesASubProject()
     {
         KORVOVSS vss(mUi);
-        QCOMPARE(vss.OpenConnection(
-                     mRepo->Url(), QStringLiteral("anna"), QString(), QStringLiteral("$\\"), QString(), true, true),
+        QCOMPARE(vss.OpenConnection(mRepo->Url(), QStringLiteral("anna"), {}, QStringLiteral("$\\"), {}, true, true),
             QString());
         frmVSSProjectBrowser browser(mUi, mHelp.get());
-        QString newName = QStringLiteral("New%1").arg(QDateTime::currentMSecsSinceEpoch());
-        QString askTitle;
+        const QString newName = QStringLiteral("New%1").arg(QDateTime::currentMSecsSinceEpoch());
+        QString askName;
         WhenModal([&](QDialog &dlg) {
             auto *tree = Control<QTreeWidget>(dlg, QStringLiteral("tvwVSSProjects"));
             tree->clearSelection();
             tree->setCurrentItem(nullptr);
-            mUi.answer(UiServices::Answer::Ok);
+            mUi.answer(UiServices::Answer::Ok).answer(UiServices::Answer::Ok);
             Click(dlg, QStringLiteral("cmdOK")); // nothing selected
-            mUi.answer(UiServices::Answer::Ok);
             Click(dlg, QStringLiteral("cmdNewProject"));
             tree->setCurrentItem(tree->topLevelItem(0)->child(0)); // A
             WhenModal([&](QDialog &ask) {
-                askTitle = ask.objectName();
-                SetText(ask, QStringLiteral("txtVSSProject"), QStringLiteral("  ") + newName + QStringLiteral(" "));
+                askName = ask.objectName();
+                SetText(ask, QStringLiteral("txtVSSProject"), "  " + newName + " ");
                 Click(ask, QStringLiteral("cmdOK"));
             });
             Click(dlg, QStringLiteral("cmdNewProject"));
             Click(dlg, QStringLiteral("cmdOK"));
         });
-        QCOMPARE(browser.GetFolder(vss, QStringLiteral("$\\")), QStringLiteral("$\\A\\") + newName + QLatin1Char('\\'));
-        QCOMPARE(askTitle, QStringLiteral("frmVSSNewProject"));
+        QCOMPARE(browser.GetFolder(vss, QStringLiteral("$\\")), "$\\A\\" + newName + "\\");
+        QCOMPARE(askName, "frmVSSNewProject");
         QCOMPARE(mUi.boxes.size(), 2);
-        QCOMPARE(mUi.boxes.at(0).text, QStringLiteral("No Project selected!"));
-        QCOMPARE(mUi.boxes.at(1).text, QStringLiteral("No Project selected!"));
+        QCOMPARE(mUi.boxes.at(0).text, "No Project selected!");
+        QCOMPARE(mUi.boxes.at(1).text, "No Project selected!");
         QVERIFY(vss.GetProjectSubFolders(QStringLiteral("$\\A\\")).contains(newName));
     }
 
@@ -853,10 +701,8 @@ private Q_SLOTS:
             Click(dlg, QStringLiteral("cmdCancel"));
         });
         QCOMPARE(ask.NewVSSProjectName(), QString());
-        QCOMPARE(focus, QStringLiteral("txtVSSProject"));
-        QCOMPARE(mUi.boxes.size(), 1);
-        QCOMPARE(int(mUi.boxes.first().icon), int(UiServices::Icon::None));
-        QCOMPARE(mUi.boxes.first().text, QStringLiteral("No Project Name specified!"));
+        QCOMPARE(focus, "txtVSSProject");
+        QCOMPARE(Boxes(mUi), QStringList { "none|Invalid Data|No Project Name specified!" });
     }
 };
 
