@@ -206,16 +206,7 @@ private Q_SLOTS:
         QFETCH(QString, server);
         QFETCH(bool, os);
         QFETCH(QString, result);
-        ScriptedUi ui;
-        KORVOSQL sql(ui, kindOf(postgres));
-        QCOMPARE(sql.CreateConnectionString(server, u"db"_s, u"u"_s, u"p'"_s, os), result);
-        // The same from the stored values.
-        sql.SetServer(server);
-        sql.SetDatabase(u"db"_s);
-        sql.SetUserName(u"u"_s);
-        sql.SetPassword(u"p'"_s);
-        sql.SetUseWinNTAuth(os);
-        QCOMPARE(sql.ConnectionString(), result);
+        QCOMPARE(kindOf(postgres)->CreateConnectionString(server, u"db"_s, u"u"_s, u"p'"_s, os), result);
     }
 
     void sqlServerDropScript()

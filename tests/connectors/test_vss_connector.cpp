@@ -202,55 +202,48 @@ private Q_SLOTS:
 
     void passwordPrompt_data()
     {
-        QTest::addColumn<bool>("storePassword");
-        QTest::addColumn<bool>("blankGiven");
-        QTest::addColumn<bool>("connectedBefore");
-        QTest::addColumn<bool>("confirm"); // the prompt's answer, if it comes
+        QTest::addColumn<QString>("setup"); // why no prompt comes; empty: it comes
+        QTest::addColumn<bool>("confirm"); // the prompt's answer
         QTest::addColumn<bool>("silent");
-        QTest::addColumn<bool>("prompted");
-        QTest::addColumn<QString>("result");
-        const QString none = u"Password was not entered!"_s;
-        QTest::newRow("prompt confirmed") << false << false << false << true << false << true << QString();
-        QTest::newRow("prompt cancelled") << false << false << false << false << false << true << none;
-        QTest::newRow("prompt cancelled, silent") << false << false << false << false << true << true << none;
-        QTest::newRow("blank password given") << false << true << false << false << false << false << QString();
-        QTest::newRow("stored password") << true << false << false << false << false << false << QString();
-        QTest::newRow("connected before") << false << false << true << false << false << false << QString();
+        QTest::newRow("prompt confirmed") << QString() << true << false;
+        QTest::newRow("prompt cancelled") << QString() << false << false;
+        QTest::newRow("prompt cancelled, silent") << QString() << false << true;
+        QTest::newRow("blank password given") << u"blank given"_s << false << false;
+        QTest::newRow("stored password") << u"stored"_s << false << false;
+        QTest::newRow("connected before") << u"connected before"_s << false << false;
     }
 
     void passwordPrompt()
     {
-        QFETCH(bool, storePassword);
-        QFETCH(bool, blankGiven);
-        QFETCH(bool, connectedBefore);
+        QFETCH(QString, setup);
         QFETCH(bool, confirm);
         QFETCH(bool, silent);
-        QFETCH(bool, prompted);
-        QFETCH(QString, result);
+        const bool prompted = setup.isEmpty(), refused = prompted && !confirm;
         ScriptedUi ui;
         KORVOVSS vss(ui);
-        vss.StorePassword = storePassword;
+        vss.StorePassword = setup == u"stored"_s;
         vss.IniFile = mRepo->Url();
         vss.UserName = u"alice"_s;
         vss.Project = project;
         vss.SetGeneralWorkingFolder(mWork);
-        if (connectedBefore) {
+        if (setup == u"connected before"_s) {
             QCOMPARE(vss.OpenConnection({}, {}, {}, {}, {}, false, true), QString());
             vss.CloseConnection();
         }
         if (prompted)
             ui.password(confirm, u"bob"_s, u"secret"_s);
-        if (!result.isEmpty() && !silent)
+        if (refused && !silent)
             ui.answer(UiServices::Answer::Ok);
-        QCOMPARE(vss.OpenConnection({}, {}, {}, {}, {}, silent, blankGiven), result);
+        QCOMPARE(vss.OpenConnection({}, {}, {}, {}, {}, silent, setup == u"blank given"_s),
+            refused ? u"Password was not entered!"_s : QString());
         QCOMPARE(ui.pending(), 0);
         if (prompted) {
             QCOMPARE(ui.prompts[0].iniFile, mRepo->Url());
             QCOMPARE(ui.prompts[0].userName, u"alice"_s);
         }
-        QCOMPARE(vss.ConnectionOpen(), result.isEmpty());
+        QCOMPARE(vss.ConnectionOpen(), !refused);
         QCOMPARE(vss.UserName, prompted && confirm ? u"bob"_s : u"alice"_s);
-        QCOMPARE(ui.boxes.size(), !result.isEmpty() && !silent ? 1 : 0);
+        QCOMPARE(ui.boxes.size(), refused && !silent ? 1 : 0);
         if (!ui.boxes.isEmpty())
             QCOMPARE(ui.boxes[0].title, u"Connection Error"_s);
     }
@@ -522,15 +515,13 @@ private Q_SLOTS:
         QVERIFY(mVss->AddItem(u"60.sp"_s, u"x"_s, false, {}));
         KORVODescription d;
         d.SetActiveVSSConnection(mVss);
+        QCOMPARE(d.Description(), QString()); // no item name yet
         d.SetVSSItemName(u"60.sp"_s);
         QCOMPARE(d.Description(), QString());
         // A blank description makes no item.
-        d.SetDescription(QString());
         d.SetDescription(u"   "_s);
         QVERIFY(!mVss->ItemExists(u"60.sp.desc"_s));
-
         d.SetDescription(u"Keeps the orders"_s);
-        QCOMPARE(d.Description(), u"Keeps the orders"_s);
         d.SetDescription(u"Keeps all orders"_s);
         QCOMPARE(d.Description(), u"Keeps all orders"_s);
         QCOMPARE(mVss->GetItemHistory(u"60.sp.desc"_s, false).first().Comment, u"True"_s);
@@ -544,11 +535,8 @@ private Q_SLOTS:
         QVERIFY(d.Rename(u"61.sp"_s));
         QVERIFY(!mVss->ItemExists(u"60.sp.desc"_s));
         QCOMPARE(d.Description(), u"again"_s);
-        KORVODescription none;
-        none.SetActiveVSSConnection(mVss);
-        QCOMPARE(none.Description(), QString());
-        none.SetVSSItemName(u"70.sp"_s);
-        QVERIFY(!none.Rename(u"71.sp"_s)); // nothing to rename, and no message
+        d.SetVSSItemName(u"70.sp"_s);
+        QVERIFY(!d.Rename(u"71.sp"_s)); // nothing to rename, and no message
     }
 
     void failureBoxes_data()

@@ -5,18 +5,30 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
-#include <QProcessEnvironment>
 #include <QUuid>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+// Runs the fixture's script: start or stop a cluster in a folder.
+bool clusterScript(const QString &command, const QString &socketDir, int timeout)
+{
+    QProcess p;
+    p.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    p.start(u"bash"_s, { QStringLiteral(KORVO_PG_SCRIPT), command, socketDir });
+    return p.waitForFinished(timeout) && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0;
+}
+
+} // namespace
 
 QString PgTestServer::conninfo(
     const QString &socketDir, const QString &database, const QString &user, const QString &password)
 {
-    QString s = QStringLiteral("host=%1 port=5432 dbname=%2 user=%3")
-                    .arg(PgDriver::QuoteConnInfoValue(socketDir), PgDriver::QuoteConnInfoValue(database),
-                        PgDriver::QuoteConnInfoValue(user));
-    if (!password.isEmpty())
-        s += QStringLiteral(" password=") + PgDriver::QuoteConnInfoValue(password);
-    return s;
+    const auto q = &PgDriver::QuoteConnInfoValue;
+    return u"host=%1 port=5432 dbname=%2 user=%3"_s.arg(q(socketDir), q(database), q(user))
+        + (password.isEmpty() ? QString() : u" password="_s + q(password));
 }
 
 PgTestDatabase::PgTestDatabase(const QString &socketDir, const QString &database)
@@ -29,8 +41,7 @@ PgTestDatabase::~PgTestDatabase()
 {
     mOwner.reset();
     try {
-        PgTestServer(Server).superuser()->Execute(
-            QStringLiteral("DROP DATABASE IF EXISTS \"%1\" WITH (FORCE)").arg(Database));
+        PgTestServer(Server).superuser()->Execute(u"DROP DATABASE IF EXISTS \"%1\" WITH (FORCE)"_s.arg(Database));
     } catch (const SqlError &e) {
         qWarning("could not drop test database %s: %s", qPrintable(Database), e.what());
     }
@@ -51,8 +62,7 @@ BatchResult PgTestDatabase::superuserExec(const QString &sql)
 void PgTestDatabase::terminateSessions()
 {
     PgTestServer(Server).superuser()->Execute(
-        QStringLiteral("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = '%1' AND pid <> "
-                       "pg_backend_pid()")
+        u"SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = '%1' AND pid <> pg_backend_pid()"_s
             .arg(Database));
 }
 
@@ -63,10 +73,7 @@ PgTestServer::PgTestServer(const QString &socketDir)
 
 QString PgTestServer::defaultSocketDir()
 {
-    QString tmp = QProcessEnvironment::systemEnvironment().value(QStringLiteral("KORVO_TEST_TMP"));
-    if (tmp.isEmpty())
-        tmp = QDir::tempPath();
-    return QDir(tmp).absoluteFilePath(QStringLiteral("pg"));
+    return QDir(qEnvironmentVariable("KORVO_TEST_TMP", QDir::tempPath())).absoluteFilePath(u"pg"_s);
 }
 
 bool PgTestServer::available(QString *why) const
@@ -76,8 +83,7 @@ bool PgTestServer::available(QString *why) const
         return true;
     } catch (const SqlError &e) {
         if (why)
-            *why = QStringLiteral("PostgreSQL test cluster not reachable in %1 (run the tests through ctest, "
-                                  "which starts it): %2")
+            *why = u"PostgreSQL test cluster not reachable in %1 (run the tests through ctest, which starts it): %2"_s
                        .arg(mSocketDir, e.Description);
         return false;
     }
@@ -85,16 +91,15 @@ bool PgTestServer::available(QString *why) const
 
 std::unique_ptr<SqlConnection> PgTestServer::superuser(const QString &database) const
 {
-    return PgDriver().Open(conninfo(mSocketDir, database, QStringLiteral("postgres")));
+    return PgDriver().Open(conninfo(mSocketDir, database, u"postgres"_s));
 }
 
 std::unique_ptr<PgTestDatabase> PgTestServer::newDatabase(const QString &name) const
 {
-    const QString database = QStringLiteral("kt_%1_%2_%3")
-                                 .arg(name.toLower())
+    const QString database = u"kt_%1_%2_%3"_s.arg(name.toLower())
                                  .arg(QCoreApplication::applicationPid())
                                  .arg(QUuid::createUuid().toString(QUuid::Id128).left(8));
-    superuser()->Execute(QStringLiteral("CREATE DATABASE \"%1\" OWNER korvo").arg(database));
+    superuser()->Execute(u"CREATE DATABASE \"%1\" OWNER korvo"_s.arg(database));
     return std::make_unique<PgTestDatabase>(mSocketDir, database);
 }
 
@@ -105,15 +110,10 @@ std::unique_ptr<PgTestDatabase> PgTestServer::freshDatabase(const QString &name)
 
 bool PgTestServer::startCluster(const QString &socketDir)
 {
-    QProcess p;
-    p.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    p.start(QStringLiteral("bash"), { QStringLiteral(KORVO_PG_SCRIPT), QStringLiteral("start"), socketDir });
-    return p.waitForFinished(120000) && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0;
+    return clusterScript(u"start"_s, socketDir, 120000);
 }
 
 void PgTestServer::stopCluster(const QString &socketDir)
 {
-    QProcess p;
-    p.start(QStringLiteral("bash"), { QStringLiteral(KORVO_PG_SCRIPT), QStringLiteral("stop"), socketDir });
-    p.waitForFinished(60000);
+    clusterScript(u"stop"_s, socketDir, 60000);
 }

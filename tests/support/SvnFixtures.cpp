@@ -11,6 +11,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace
 {
 
@@ -24,21 +26,23 @@ QString tempBase()
 bool writeFile(const QString &path, const QString &text)
 {
     QFile f(path);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    return f.write(text.toUtf8()) >= 0;
+    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(text.toUtf8()) >= 0;
+}
+
+sockaddr_in loopback(int port)
+{
+    sockaddr_in addr {};
+    addr.sin_family = AF_INET;
+    addr.sin_port = htons(quint16(port));
+    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return addr;
 }
 
 bool listening(int port)
 {
     const int s = ::socket(AF_INET, SOCK_STREAM, 0);
-    if (s < 0)
-        return false;
-    sockaddr_in addr {};
-    addr.sin_family = AF_INET;
-    addr.sin_port = htons(quint16(port));
-    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    const bool ok = ::connect(s, reinterpret_cast<sockaddr *>(&addr), sizeof addr) == 0;
+    sockaddr_in addr = loopback(port);
+    const bool ok = s >= 0 && ::connect(s, reinterpret_cast<sockaddr *>(&addr), sizeof addr) == 0;
     ::close(s);
     return ok;
 }
@@ -48,33 +52,19 @@ bool listening(int port)
 int FreeLocalPort()
 {
     const int s = ::socket(AF_INET, SOCK_STREAM, 0);
-    if (s < 0)
-        return 0;
-    sockaddr_in addr {};
-    addr.sin_family = AF_INET;
-    addr.sin_port = 0;
-    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in addr = loopback(0);
     socklen_t len = sizeof addr;
-    int port = 0;
-    if (::bind(s, reinterpret_cast<sockaddr *>(&addr), sizeof addr) == 0
-        && ::getsockname(s, reinterpret_cast<sockaddr *>(&addr), &len) == 0)
-        port = ntohs(addr.sin_port);
+    const bool ok = s >= 0 && ::bind(s, reinterpret_cast<sockaddr *>(&addr), len) == 0
+        && ::getsockname(s, reinterpret_cast<sockaddr *>(&addr), &len) == 0;
     ::close(s);
-    return port;
+    return ok ? ntohs(addr.sin_port) : 0;
 }
 
 SvnTestRepository::SvnTestRepository(const QString &name)
-    : mDir(tempBase() + QStringLiteral("/svn-XXXXXX"))
+    : mDir(tempBase() + u"/svn-XXXXXX"_s)
     , mName(name)
 {
-    if (!mDir.isValid())
-        return;
-    mValid = QProcess::execute(QStringLiteral("svnadmin"), { QStringLiteral("create"), Path() }) == 0;
-}
-
-QString SvnTestRepository::Path() const
-{
-    return mDir.filePath(mName);
+    mValid = mDir.isValid() && QProcess::execute(u"svnadmin"_s, { u"create"_s, Path() }) == 0;
 }
 
 QString SvnTestRepository::Url() const
@@ -87,54 +77,50 @@ QString SvnTestRepository::Folder(const QString &name) const
     const QString path = mDir.filePath(name);
     QDir(path).removeRecursively();
     QDir().mkpath(path);
-    return path + QLatin1Char('/');
+    return path + u'/';
 }
 
 bool SvnTestRepository::Svn(const QStringList &args, QString *output) const
 {
     QProcess p;
-    p.start(QStringLiteral("svn"),
-        QStringList { QStringLiteral("--non-interactive"), QStringLiteral("--no-auth-cache"),
-            QStringLiteral("--config-dir"), mDir.filePath(QStringLiteral(".svnconfig")), QStringLiteral("--username"),
-            QStringLiteral("setup") }
+    p.start(u"svn"_s,
+        QStringList { u"--non-interactive"_s, u"--no-auth-cache"_s, u"--config-dir"_s, mDir.filePath(u".svnconfig"_s),
+            u"--username"_s, u"setup"_s }
             + args);
     if (!p.waitForFinished(30000))
         return false;
     if (output)
         *output = QString::fromUtf8(p.readAllStandardOutput());
     if (p.exitCode() != 0)
-        qWarning("svn %s: %s", qPrintable(args.join(QLatin1Char(' '))), p.readAllStandardError().constData());
+        qWarning("svn %s: %s", qPrintable(args.join(u' ')), p.readAllStandardError().constData());
     return p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0;
 }
 
 bool SvnTestRepository::MakeFolders(const QStringList &paths) const
 {
-    QStringList args { QStringLiteral("mkdir"), QStringLiteral("--parents"), QStringLiteral("-m"),
-        QStringLiteral("folders") };
+    QStringList args { u"mkdir"_s, u"--parents"_s, u"-m"_s, u"folders"_s };
     for (const QString &p : paths)
-        args.append(Url() + QLatin1Char('/') + p);
+        args.append(Url() + u'/' + p);
     return Svn(args);
 }
 
 bool SvnTestRepository::Copy(const QString &from, const QString &to, const QString &message) const
 {
-    return Svn({ QStringLiteral("copy"), QStringLiteral("--parents"), QStringLiteral("-m"), message,
-        Url() + QLatin1Char('/') + from, Url() + QLatin1Char('/') + to });
+    return Svn({ u"copy"_s, u"--parents"_s, u"-m"_s, message, Url() + u'/' + from, Url() + u'/' + to });
 }
 
 bool SvnTestRepository::ServeUsers(const QMap<QString, QString> &users) const
 {
-    QString passwd = QStringLiteral("[users]\n");
-    QString authz = QStringLiteral("[/]\n");
+    QString passwd = u"[users]\n"_s, authz = u"[/]\n"_s;
     for (auto it = users.cbegin(); it != users.cend(); ++it) {
-        passwd += it.key() + QStringLiteral(" = ") + it.value() + QLatin1Char('\n');
-        authz += it.key() + QStringLiteral(" = rw\n");
+        passwd += it.key() + u" = "_s + it.value() + u'\n';
+        authz += it.key() + u" = rw\n"_s;
     }
-    const QString conf = Path() + QStringLiteral("/conf/");
-    return writeFile(conf + QStringLiteral("svnserve.conf"),
-               QStringLiteral("[general]\nanon-access = none\nauth-access = write\npassword-db = passwd\n"
-                              "authz-db = authz\nrealm = test\n"))
-        && writeFile(conf + QStringLiteral("passwd"), passwd) && writeFile(conf + QStringLiteral("authz"), authz);
+    const QString conf = Path() + u"/conf/"_s;
+    return writeFile(conf + u"svnserve.conf"_s,
+               u"[general]\nanon-access = none\nauth-access = write\npassword-db = passwd\nauthz-db = authz\n"
+               "realm = test\n"_s)
+        && writeFile(conf + u"passwd"_s, passwd) && writeFile(conf + u"authz"_s, authz);
 }
 
 SvnServe::SvnServe(const QString &root, int fixedPort)
@@ -144,20 +130,18 @@ SvnServe::SvnServe(const QString &root, int fixedPort)
         const int port = fixedPort > 0 ? fixedPort : FreeLocalPort();
         if (port == 0)
             continue;
-        mProcess.start(QStringLiteral("svnserve"),
-            { QStringLiteral("-d"), QStringLiteral("--foreground"), QStringLiteral("--threads"),
-                QStringLiteral("--listen-host"), QStringLiteral("127.0.0.1"), QStringLiteral("--listen-port"),
-                QString::number(port), QStringLiteral("-r"), root });
+        mProcess.start(u"svnserve"_s,
+            { u"-d"_s, u"--foreground"_s, u"--threads"_s, u"--listen-host"_s, u"127.0.0.1"_s, u"--listen-port"_s,
+                QString::number(port), u"-r"_s, root });
         if (!mProcess.waitForStarted(5000))
             continue;
         QElapsedTimer timer;
         timer.start();
-        while (timer.elapsed() < 5000 && mProcess.state() == QProcess::Running) {
-            if (listening(port)) {
+        while (mPort == 0 && timer.elapsed() < 5000 && mProcess.state() == QProcess::Running) {
+            if (listening(port))
                 mPort = port;
-                break;
-            }
-            QThread::msleep(20);
+            else
+                QThread::msleep(20);
         }
         if (mPort == 0)
             Stop();
@@ -171,16 +155,16 @@ SvnServe::~SvnServe()
 
 void SvnServe::Stop()
 {
-    if (mProcess.state() != QProcess::NotRunning) {
-        mProcess.terminate();
-        if (!mProcess.waitForFinished(3000)) {
-            mProcess.kill();
-            mProcess.waitForFinished(3000);
-        }
+    if (mProcess.state() == QProcess::NotRunning)
+        return;
+    mProcess.terminate();
+    if (!mProcess.waitForFinished(3000)) {
+        mProcess.kill();
+        mProcess.waitForFinished(3000);
     }
 }
 
 QString SvnServe::Url(const QString &repository) const
 {
-    return QStringLiteral("svn://127.0.0.1:%1/%2").arg(mPort).arg(repository);
+    return u"svn://127.0.0.1:%1/%2"_s.arg(mPort).arg(repository);
 }

@@ -17,7 +17,7 @@ public:
 
     bool IsValid() const { return mValid; }
     QString Root() const { return mDir.path(); } // the folder that holds the repository
-    QString Path() const; // the repository itself
+    QString Path() const { return mDir.filePath(mName); } // the repository itself
     QString Url() const; // file:// URL of the repository
     // A fresh, empty folder below the root, with a trailing separator.
     QString Folder(const QString &name) const;
