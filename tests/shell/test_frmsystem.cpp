@@ -1,12 +1,8 @@
 #include "HelpIntegration.h"
-#include "ScriptedUi.h"
+#include "OffscreenDialogs.h"
 #include "frmSystem.h"
 
-#include <QHeaderView>
 #include <QLabel>
-#include <QPushButton>
-#include <QTest>
-#include <QTimer>
 #include <QTreeWidget>
 
 namespace
@@ -66,37 +62,29 @@ private Q_SLOTS:
     {
         frmSystem dialog(mUi, *mHelp, NothingPresent);
         const bool ok = RunCheck(dialog, [&] {
-            QCOMPARE(dialog.windowTitle(), QStringLiteral("System Requirements not met!"));
-            QCOMPARE(dialog.findChild<QLabel *>(QStringLiteral("lblError"))->text(),
-                QStringLiteral("Your system does not meet all the requirements! Please ensure that you have "
-                               "the required components installed before using KORVO."));
-            QCOMPARE(dialog.findChild<QPushButton *>(QStringLiteral("cmdContinue"))->text(),
-                QStringLiteral("Continue Anyway"));
-            QCOMPARE(
-                dialog.findChild<QPushButton *>(QStringLiteral("cmdClose"))->text(), QStringLiteral("Close KORVO"));
+            QCOMPARE(dialog.windowTitle(), "System Requirements not met!");
+            QCOMPARE(Control<QLabel>(dialog, QStringLiteral("lblError"))->text(),
+                "Your system does not meet all the requirements! Please ensure that you have the required components "
+                "installed before using KORVO.");
+            QCOMPARE(Control<QPushButton>(dialog, QStringLiteral("cmdContinue"))->text(), "Continue Anyway");
+            QCOMPARE(Control<QPushButton>(dialog, QStringLiteral("cmdClose"))->text(), "Close KORVO");
 
-            auto *list = dialog.findChild<QTreeWidget *>(QStringLiteral("lvwError"));
-            QVERIFY(list);
+            auto *list = Control<QTreeWidget>(dialog, QStringLiteral("lvwError"));
             QCOMPARE(list->selectionBehavior(), QAbstractItemView::SelectRows);
-            const QTreeWidgetItem *header = list->headerItem();
-            QCOMPARE(header->text(0), QStringLiteral("Missing Component"));
-            QCOMPARE(header->text(1), QStringLiteral("Min Version Required"));
-            QCOMPARE(header->text(2), QStringLiteral("URL"));
-            // Twips at the screen's dpi: 1440 to the inch.
-            const double dpi = dialog.logicalDpiX();
-            QCOMPARE(list->columnWidth(0), qRound(1830 * dpi / 1440));
-            QCOMPARE(list->columnWidth(1), qRound(1800 * dpi / 1440));
-            QCOMPARE(list->columnWidth(2), qRound(3820 * dpi / 1440));
-
-            QCOMPARE(list->topLevelItemCount(), 3);
-            const QStringList names = { "Visual SourceSafe", "ADO", "XML Parser" };
-            const QStringList versions = { "6.0", "2.5", "3.0" };
-            for (int i = 0; i < 3; ++i) {
-                QCOMPARE(list->topLevelItem(i)->text(0), names[i]);
-                QCOMPARE(list->topLevelItem(i)->text(1), versions[i]);
+            // Widths in twips at the screen's dpi: 1440 to the inch.
+            const int twips[] = { 1830, 1800, 3820 };
+            QStringList header, rows;
+            for (int c = 0; c < 3; ++c) {
+                header << list->headerItem()->text(c);
+                QCOMPARE(list->columnWidth(c), qRound(twips[c] * dialog.logicalDpiX() / 1440.0));
+            }
+            QCOMPARE(header, (QStringList { "Missing Component", "Min Version Required", "URL" }));
+            for (int i = 0; i < list->topLevelItemCount(); ++i) {
+                rows << list->topLevelItem(i)->text(0) + " " + list->topLevelItem(i)->text(1);
                 QVERIFY(list->topLevelItem(i)->text(2).startsWith(QStringLiteral("https://")));
             }
-            QTest::mouseClick(dialog.findChild<QPushButton *>(QStringLiteral("cmdClose")), Qt::LeftButton);
+            QCOMPARE(rows, (QStringList { "Visual SourceSafe 6.0", "ADO 2.5", "XML Parser 3.0" }));
+            QTest::mouseClick(Control<QPushButton>(dialog, QStringLiteral("cmdClose")), Qt::LeftButton);
         });
         QVERIFY(!ok);
         QCOMPARE(mUi.boxes.size(), 0); // closing asks nothing
@@ -106,7 +94,7 @@ private Q_SLOTS:
     void continueAnywayAsksFirst()
     {
         frmSystem dialog(mUi, *mHelp, NothingPresent);
-        auto *cont = dialog.findChild<QPushButton *>(QStringLiteral("cmdContinue"));
+        auto *cont = Control<QPushButton>(dialog, QStringLiteral("cmdContinue"));
         const bool ok = RunCheck(dialog, [&] {
             mUi.answer(UiServices::Answer::No);
             QTest::mouseClick(cont, Qt::LeftButton);
@@ -116,15 +104,12 @@ private Q_SLOTS:
             QVERIFY(!dialog.isVisible());
         });
         QVERIFY(ok);
-        QCOMPARE(mUi.boxes.size(), 2);
-        for (const auto &box : mUi.boxes) {
-            QCOMPARE(box.icon, UiServices::Icon::Warning);
+        QCOMPARE(Boxes(mUi),
+            QStringList(2,
+                "warning|Continue Anyway?|WARNING: If you continue, KORVO may crash at any time!\n\nAre you sure you "
+                "wish to continue?"));
+        for (const auto &box : mUi.boxes)
             QCOMPARE(box.buttons, UiServices::Buttons::YesNo);
-            QCOMPARE(box.title, QStringLiteral("Continue Anyway?"));
-            QCOMPARE(box.text,
-                QStringLiteral("WARNING: If you continue, KORVO may crash at any time!\n\n"
-                               "Are you sure you wish to continue?"));
-        }
     }
 
     void secondRunStartsAfresh()
@@ -135,8 +120,10 @@ private Q_SLOTS:
             mUi, *mHelp, [&](const QString &name) { return !first && !name.startsWith(QLatin1String("MSXML2")); });
         QVERIFY(!RunCheck(dialog, [] {}));
         first = false;
-        QVERIFY(!RunCheck(dialog,
-            [&] { QCOMPARE(dialog.findChild<QTreeWidget *>(QStringLiteral("lvwError"))->topLevelItemCount(), 1); }));
+        int rows = 0;
+        QVERIFY(!RunCheck(
+            dialog, [&] { rows = Control<QTreeWidget>(dialog, QStringLiteral("lvwError"))->topLevelItemCount(); }));
+        QCOMPARE(rows, 1);
         QCOMPARE(dialog.MissingComponentCount(), 1);
     }
 
@@ -148,11 +135,10 @@ private Q_SLOTS:
             return true;
         });
         RunCheck(dialog, [&] {
-            auto *list = dialog.findChild<QTreeWidget *>(QStringLiteral("lvwError"));
-            const QRect r = list->visualItemRect(list->topLevelItem(1));
-            QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, r.center());
+            auto *list = Control<QTreeWidget>(dialog, QStringLiteral("lvwError"));
+            QTest::mouseClick(
+                list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->topLevelItem(1)).center());
             QCOMPARE(urls, QList<QUrl> { QUrl(list->topLevelItem(1)->text(2)) });
-
             QTest::keyClick(&dialog, Qt::Key_F1);
             QCOMPARE(mOpened.size(), 1);
             QVERIFY(mOpened[0].toLocalFile().endsWith(QStringLiteral("/GettingStarted_Firstly.htm")));
