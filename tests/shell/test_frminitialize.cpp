@@ -2,20 +2,16 @@
 #include "KORVODatabase.h"
 #include "KORVOObjectFactory.h"
 #include "KORVOProjects.h"
-#include "ScriptedUi.h"
+#include "OffscreenDialogs.h"
 #include "frmInitialize.h"
 #include "frmProjectBrowser.h"
 #include "frmSystem.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QLabel>
-#include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
 
 class TestFrmInitialize : public QObject
 {
@@ -40,6 +36,14 @@ private:
     {
         return QTest::qWaitFor([&] { return !splash.isVisible(); }, 5000);
     }
+    static QStringList Texts(const QSignalSpy &steps)
+    {
+        QStringList texts;
+        for (const auto &s : steps)
+            texts << s.at(0).toString();
+        return texts;
+    }
+    static QString Label(QWidget &w, const char *name) { return Control<QLabel>(w, QLatin1String(name))->text(); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -67,19 +71,18 @@ private Q_SLOTS:
     void startShowsSplashAndArmsTimer()
     {
         frmInitialize splash(mUi, *mHelp, Sessions(), [](const QString &) { return true; });
-        auto *tmr = splash.findChild<QTimer *>(QStringLiteral("tmr"));
-        QVERIFY(tmr);
+        auto *tmr = Control<QTimer>(splash, QStringLiteral("tmr"));
         QVERIFY(!tmr->isActive()); // disabled until started
         QCOMPARE(tmr->interval(), 100);
         QVERIFY(tmr->isSingleShot());
 
-        splash.findChild<QLabel *>(QStringLiteral("lblStatus"))->setText(QStringLiteral("old"));
+        Control<QLabel>(splash, QStringLiteral("lblStatus"))->setText(QStringLiteral("old"));
         splash.StartKORVO();
         QVERIFY(splash.isVisible());
         QVERIFY(tmr->isActive());
-        QCOMPARE(splash.windowTitle(), QStringLiteral("KORVO - Initializing"));
-        QCOMPARE(splash.findChild<QLabel *>(QStringLiteral("lblStatus"))->text(), QString());
-        QCOMPARE(splash.findChild<QLabel *>(QStringLiteral("lblVersion"))->text(), QStringLiteral("Version: 1.0"));
+        QCOMPARE(splash.windowTitle(), "KORVO - Initializing");
+        QCOMPARE(Label(splash, "lblStatus"), QString());
+        QCOMPARE(Label(splash, "lblVersion"), "Version: 1.0");
 
         QTest::keyClick(&splash, Qt::Key_F1);
         QCOMPARE(mOpened.size(), 1);
@@ -95,7 +98,7 @@ private Q_SLOTS:
         t.start();
         splash.ShowStatus(QStringLiteral("Working"));
         QVERIFY(t.elapsed() >= 100);
-        QCOMPARE(splash.findChild<QLabel *>(QStringLiteral("lblStatus"))->text(), QStringLiteral("Working ..."));
+        QCOMPARE(Label(splash, "lblStatus"), "Working ...");
     }
 
     void missingComponentAndCloseEndsEverything()
@@ -108,17 +111,14 @@ private Q_SLOTS:
         QObject::connect(&poll, &QTimer::timeout, [&] {
             if (auto *dialog = qobject_cast<frmSystem *>(QApplication::activeModalWidget())) {
                 dialogSeen = true;
-                dialog->findChild<QPushButton *>(QStringLiteral("cmdClose"))->click();
+                Click(*dialog, QStringLiteral("cmdClose"));
             }
         });
         poll.start(20);
         splash.StartKORVO();
         QVERIFY(TickDone(splash));
         QVERIFY(dialogSeen);
-        QStringList texts;
-        for (const auto &s : steps)
-            texts << s.at(0).toString();
-        QCOMPARE(texts,
+        QCOMPARE(Texts(steps),
             (QStringList { "Initializing KORVO Database ...", "Initializing KORVO Projects ...",
                 "Checking System Requirements ..." }));
         QVERIFY(!splash.ProjectBrowserWindow());
@@ -131,10 +131,7 @@ private Q_SLOTS:
         QSignalSpy steps(&splash, &frmInitialize::statusShown);
         splash.StartKORVO();
         QVERIFY(TickDone(splash));
-        QStringList texts;
-        for (const auto &s : steps)
-            texts << s.at(0).toString();
-        QCOMPARE(texts,
+        QCOMPARE(Texts(steps),
             (QStringList { "Initializing KORVO Database ...", "Initializing KORVO Projects ...",
                 "Checking System Requirements ...", "Finding Most Recent KORVO Project ...",
                 "Finding KORVO Projects ...", "Initializing Project Browser ..." }));
@@ -145,7 +142,7 @@ private Q_SLOTS:
         QVERIFY(browser);
         QVERIFY(browser->isVisible());
         QVERIFY(!browser->isModal());
-        QCOMPARE(browser->windowTitle(), QStringLiteral("Project Browser"));
+        QCOMPARE(browser->windowTitle(), "Project Browser");
         QCOMPARE(browser->Projects(), splash.Projects());
         // One tick only.
         QTest::qWait(250);
