@@ -105,17 +105,13 @@ private:
     // Fills every step with values that pass, for a server of the given kind.
     void FillValid(QWidget &dlg, const Server &s, const QString &name = QStringLiteral("Shop"))
     {
-        SetText(dlg, QStringLiteral("txtProjectName"), name);
-        SetText(dlg, QStringLiteral("txtWorkingFolder"), mWorkingFolder);
         Control<QComboBox>(dlg, QStringLiteral("cboServerKind"))->setCurrentIndex(s.pg ? 1 : 0);
-        SetText(dlg, QStringLiteral("cboSQLServer"), s.server);
-        SetText(dlg, QStringLiteral("txtSQLUsername"), s.user);
-        SetText(dlg, QStringLiteral("txtSQLPassword"), s.password);
-        SetText(dlg, QStringLiteral("cboSQLDatabase"), s.database);
-        SetText(dlg, QStringLiteral("txtVSSIniFile"), mRepo->Url());
-        SetText(dlg, QStringLiteral("txtVSSUserName"), QStringLiteral("anna"));
-        SetText(dlg, QStringLiteral("txtVSSPassword"), QStringLiteral("secret"));
-        SetText(dlg, QStringLiteral("txtVSSProject"), QStringLiteral("$\\Shop\\"));
+        const std::pair<const char *, QString> fields[] = { { "txtProjectName", name },
+            { "txtWorkingFolder", mWorkingFolder }, { "cboSQLServer", s.server }, { "txtSQLUsername", s.user },
+            { "txtSQLPassword", s.password }, { "cboSQLDatabase", s.database }, { "txtVSSIniFile", mRepo->Url() },
+            { "txtVSSUserName", "anna" }, { "txtVSSPassword", "secret" }, { "txtVSSProject", "$\\Shop\\" } };
+        for (const auto &[control, text] : fields)
+            SetText(dlg, QLatin1String(control), text);
     }
 
     // Stores projects of the given names; with a server they reach it on both sides.
@@ -493,29 +489,7 @@ private Q_SLOTS:
 
     // --- The project browser ------------------------------------------------
 
-    void browserCancelLeavesTheStore()
-    {
-        SaveProjects({ QStringLiteral("Kept") });
-        const QByteArray before = StoreBytes();
-        frmProjectBrowser browser(mDb, mUi, *mHelp);
-        browser.ProjectBrowser(nullptr, false);
-        auto *list = Control<QTreeWidget>(browser, QStringLiteral("lvwProjects"));
-        QCOMPARE(list->topLevelItemCount(), 1);
-        for (const char *button : { "cmdNew", "cmdEdit" }) {
-            list->setCurrentItem(list->topLevelItem(0));
-            WhenModal([&](QDialog &dlg) {
-                SetText(dlg, QStringLiteral("txtProjectName"), QStringLiteral("Renamed"));
-                Click(dlg, QStringLiteral("cmdCancel"));
-            });
-            Click(browser, QLatin1String(button));
-        }
-        QCOMPARE(StoreBytes(), before);
-        QCOMPARE(list->topLevelItem(0)->text(0), "Kept");
-        QCOMPARE(mUi.waitDepth, 0);
-        browser.close();
-    }
-
-    void browserListAndRemove()
+    void browserListCancelTickAndRemove()
     {
         SaveProjects({ QStringLiteral("P1"), QStringLiteral("P2"), QStringLiteral("P3") });
         frmProjectBrowser browser(mDb, mUi, *mHelp);
@@ -528,7 +502,29 @@ private Q_SLOTS:
         QCOMPARE((QStringList { row->text(0), row->text(1), row->text(2), row->text(3) }),
             (QStringList { "P2", "srv-P2", "db-P2", "/ini/P2" }));
 
+        // Cancelled wizards leave the store and the list alone.
+        const QByteArray before = StoreBytes();
         list->setCurrentItem(list->topLevelItem(1));
+        for (const char *button : { "cmdNew", "cmdEdit" }) {
+            WhenModal([&](QDialog &dlg) {
+                SetText(dlg, QStringLiteral("txtProjectName"), QStringLiteral("Renamed"));
+                Click(dlg, QStringLiteral("cmdCancel"));
+            });
+            Click(browser, QLatin1String(button));
+        }
+        QCOMPARE(StoreBytes(), before);
+        QCOMPARE(list->topLevelItem(1)->text(0), "P2");
+        QCOMPARE(mUi.waitDepth, 0);
+
+        // The most-recent tick is a setting of its own.
+        auto *chk = Control<QCheckBox>(browser, QStringLiteral("chkMostResent"));
+        QVERIFY(!chk->isChecked());
+        chk->click();
+        QVERIFY(mDb->OpenMostRecent());
+        QCOMPARE(Stored(QStringLiteral("ProjectToOpen")), "1");
+        chk->click();
+        QVERIFY(!mDb->OpenMostRecent());
+
         mUi.answer(UiServices::Answer::No);
         Click(browser, QStringLiteral("cmdRemove"));
         QCOMPARE(list->topLevelItemCount(), 3);
@@ -547,20 +543,6 @@ private Q_SLOTS:
         Click(browser, QStringLiteral("cmdRemove"));
         Click(browser, QStringLiteral("cmdOpen"));
         QCOMPARE(mUi.boxes.size(), 2);
-        browser.close();
-    }
-
-    void mostRecentTickWritesTheSetting()
-    {
-        frmProjectBrowser browser(mDb, mUi, *mHelp);
-        browser.ProjectBrowser(nullptr, false);
-        auto *chk = Control<QCheckBox>(browser, QStringLiteral("chkMostResent"));
-        QVERIFY(!chk->isChecked());
-        chk->click();
-        QVERIFY(mDb->OpenMostRecent());
-        QCOMPARE(Stored(QStringLiteral("ProjectToOpen")), "1");
-        chk->click();
-        QVERIFY(!mDb->OpenMostRecent());
         browser.close();
     }
 
@@ -630,7 +612,9 @@ private Q_SLOTS:
 
     // --- Source-control project browser --------------------------------------
 
-    void vssBrowserOpensAlongTheStartFolder()
+    // Opens along the start folder two levels deep; makes a sub-project of
+    // the selected project.
+    void vssBrowserStartFolderAndSubProject()
     {
         KORVOVSS vss(mUi);
         QCOMPARE(vss.OpenConnection(mRepo->Url(), QStringLiteral("anna"), {}, QStringLiteral("$\\"), {}, true, true),
@@ -655,14 +639,7 @@ private Q_SLOTS:
         QCOMPARE(selected, "$\\A\\B\\");
         QCOMPARE(expanded, (QStringList { "$", "A", "B" }));
         QCOMPARE(rootChildren, (QStringList { "$\\A\\", "$\\Shop\\", "$\\X\\" }));
-    }
 
-    void vssBrowserMakesASubProject()
-    {
-        KORVOVSS vss(mUi);
-        QCOMPARE(vss.OpenConnection(mRepo->Url(), QStringLiteral("anna"), {}, QStringLiteral("$\\"), {}, true, true),
-            QString());
-        frmVSSProjectBrowser browser(mUi, mHelp.get());
         const QString newName = QStringLiteral("New%1").arg(QDateTime::currentMSecsSinceEpoch());
         QString askName;
         WhenModal([&](QDialog &dlg) {
