@@ -68,7 +68,6 @@ private Q_SLOTS:
             << QStringLiteral("ADODB.Recordset.2.4") << QStringLiteral("2.4") << 5;
         QTest::newRow("ADO major only") << QStringLiteral("ADODB.Recordset.2") << QStringLiteral("2") << 6;
         QTest::newRow("XML newest") << QStringLiteral("MSXML2.DOMDocument.4.6") << QStringLiteral("4.6") << 1;
-        QTest::newRow("XML 3") << QStringLiteral("MSXML2.DOMDocument.3") << QStringLiteral("3") << 16;
         QTest::newRow("XML 2.0") << QStringLiteral("MSXML2.DOMDocument.2.0") << QStringLiteral("2.0") << 23;
         QTest::newRow("SourceSafe") << QStringLiteral("SourceSafe") << QStringLiteral("0") << 1;
     }
