@@ -1,0 +1,449 @@
+#pragma once
+
+// The two sides of the behaviour tests, on either server kind: a fresh database
+// (on the test run's PostgreSQL cluster, or the scripted SQL Server) and a fresh
+// Subversion repository with one project. Texts and catalogue set-ups come in
+// the server's dialect, so that one test body runs on both kinds.
+
+#include "KORVODBTItem.h"
+#include "KORVOVSS.h"
+#include "KORVOVSSItems.h"
+#include "KORVOVersionedObjects.h"
+#include "PgTestServer.h"
+#include "ScriptedSqlServer.h"
+#include "ScriptedSqlServerCatalogue.h"
+#include "ScriptedUi.h"
+#include "SvnFixtures.h"
+#include "driver/SqlError.h"
+#include "sql/KORVOSQL.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QTest>
+
+#include <memory>
+
+class Backend
+{
+public:
+    static inline const QString Project = QStringLiteral("$\\Db\\Objects\\");
+    static inline const QString Dbo = QStringLiteral("dbo");
+
+    ScriptedUi ui;
+    std::unique_ptr<PgTestDatabase> pg; // PostgreSQL only
+    std::unique_ptr<ScriptedSqlServer> scripted; // SQL Server only
+    std::unique_ptr<SvnTestRepository> repo;
+    std::shared_ptr<KORVOSQL> sql;
+    std::shared_ptr<KORVOVSS> vss;
+
+    // "PostgreSQL" or "SQLServer"; null, with the reason as a warning, when a side is missing.
+    static std::unique_ptr<Backend> Make(const QString &kind, bool withVSS = true)
+    {
+        auto b = std::make_unique<Backend>();
+        QString why = b->Open(kind == QLatin1String("PostgreSQL"), withVSS);
+        if (why.isEmpty())
+            return b;
+        qWarning("%s: %s", qPrintable(kind), qPrintable(why));
+        return nullptr;
+    }
+
+    ~Backend()
+    {
+        vss.reset();
+        sql.reset();
+        pg.reset();
+        // Roles belong to the cluster: they go once their database is gone.
+        try {
+            for (const QString &r : roles)
+                PgTestServer().superuser()->Execute(QStringLiteral("DROP ROLE IF EXISTS ") + r);
+        } catch (const SqlError &e) {
+            qWarning("dropping test roles: %s", e.what());
+        }
+    }
+
+    bool IsPostgreSQL() const { return bool(pg); }
+    QString Pick(const QString &postgreSQL, const QString &sqlServer) const { return pg ? postgreSQL : sqlServer; }
+    QString Database() const { return pg ? pg->Database : QStringLiteral("korvotest"); }
+
+    // Binds a connection of another project (the session's own) to this database.
+    void Bind(KORVOSQL &other)
+    {
+        if (pg) {
+            other.SetKind(ServerKind::PostgreSQL());
+            other.OpenConnection(pg->Server, pg->Database, pg->UserName, pg->Password, KORVOSQL::UseNTNo, true);
+            return;
+        }
+        other.SetKind(ServerKind::SQLServer());
+        other.SetDriver(scripted->driver());
+        other.OpenConnection("SQLTEST", Database(), "sa", "sa-pw", KORVOSQL::UseNTNo, true);
+    }
+
+    // --- Versioned objects ---
+
+    // A CREATE text of the type owned by dbo; the variant 1..3 shows in its body
+    // (a trigger's events). Procedures take the parameters a / b (integer, text).
+    QString Text(ObjectClass cls, const QString &name, int variant = 1, const QString &table = QStringLiteral("t_ops"))
+    {
+        const QString v = QString::number(variant);
+        const QString events
+            = QStringList { Pick("INSERT OR UPDATE", "INSERT, UPDATE"), "DELETE", "UPDATE" }.value(variant - 1);
+        if (cls == ObjectClass::Trigger && pg && !triggerFunction) {
+            triggerFunction = true;
+            pg->exec("CREATE FUNCTION dbo.trg_fn() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN RETURN NEW; END $$");
+        }
+        if (cls == ObjectClass::Trigger && table == QLatin1String("t_ops") && !opsTable) {
+            opsTable = true;
+            CreateTable(Dbo, table);
+        }
+        switch (cls) {
+        case ObjectClass::StoredProcedure:
+            return Pick(
+                "CREATE PROCEDURE dbo.%1(p_a integer, p_b character varying)\n LANGUAGE sql\nAS $$ SELECT %2 $$",
+                "CREATE PROCEDURE [dbo].[%1] @a int, @b varchar(10) AS SELECT %2")
+                .arg(name, v);
+        case ObjectClass::UserDefinedFunction:
+            return Pick("CREATE FUNCTION dbo.%1(p_a integer) RETURNS integer LANGUAGE sql AS $$ SELECT %2 $$",
+                "CREATE FUNCTION [dbo].[%1] (@a int) RETURNS int AS BEGIN RETURN (SELECT %2) END")
+                .arg(name, v);
+        case ObjectClass::View:
+            return Pick("CREATE VIEW dbo.%1 AS SELECT %2 AS a", "CREATE VIEW [dbo].[%1] AS SELECT %2 AS a")
+                .arg(name, v);
+        case ObjectClass::Trigger:
+            return Pick("CREATE TRIGGER %1 AFTER %2 ON dbo.%3 FOR EACH ROW EXECUTE FUNCTION dbo.trg_fn()",
+                "CREATE TRIGGER [dbo].[%1] ON [dbo].[%3] AFTER %2 AS SELECT 1")
+                .arg(name, events, table);
+        case ObjectClass::Table:
+            break;
+        }
+        return QString();
+    }
+    // What the server's text of a variant shows of it.
+    static QString Marker(ObjectClass cls, int variant)
+    {
+        if (cls == ObjectClass::Trigger)
+            return QStringLiteral("AFTER ") + QStringList { "INSERT", "DELETE", "UPDATE" }.value(variant - 1);
+        return QStringLiteral("SELECT %1").arg(variant);
+    }
+    static QString Ext(ObjectClass cls) { return ObjectTypeInfo(cls).VSSExt; }
+
+    // Creates an object on the server and returns its id.
+    QString Create(
+        ObjectClass cls, const QString &name, int variant = 1, const QString &table = QStringLiteral("t_ops"))
+    {
+        return Create(Text(cls, name, variant, table), name);
+    }
+    QString Create(const QString &text, const QString &name)
+    {
+        sql->ExecuteSQL(text);
+        return Id(name);
+    }
+    void Drop(ObjectClass cls, const QString &name, const QString &table = QStringLiteral("t_ops"))
+    {
+        const QString word = QStringList { "PROCEDURE", "TABLE", "FUNCTION", "VIEW", "TRIGGER" }.value(int(cls));
+        if (pg && cls == ObjectClass::Trigger)
+            sql->ExecuteSQL(QStringLiteral("DROP TRIGGER %1 ON dbo.%2").arg(name, table));
+        else
+            sql->ExecuteSQL(Pick("DROP %1 dbo.%2", "DROP %1 [dbo].[%2]").arg(word, name));
+    }
+    QString Id(const QString &name, const QString &owner = Dbo) { return sql->GetObjectID(name, owner); }
+    bool Exists(const QString &name) { return !Id(name).isEmpty(); }
+    QString ServerText(const QString &id) { return sql->GetObjectText(id); }
+    // A procedure on the server with its server text in source control under its id.
+    QString Versioned(const QString &name)
+    {
+        const QString id = Create(ObjectClass::StoredProcedure, name);
+        AddFile(id + QStringLiteral(".sp"), ServerText(id));
+        return id;
+    }
+
+    // A file in the project, as a user would have added it.
+    bool AddFile(const QString &item, const QString &text) { return vss->AddItem(item, text, true, QString()); }
+    QStringList Files(const QString &filter = QStringLiteral("*"))
+    {
+        QStringList names;
+        const auto items = vss->Items(filter, false, false);
+        for (const auto &item : *items)
+            names.append(item->Name);
+        names.sort();
+        return names;
+    }
+    // The latest checked-in text, whoever holds the check-out.
+    QString Latest(const QString &item) { return vss->ItemContent(item, false, -1, true, false); }
+    QString CheckedOutBy(const QString &item) { return vss->CheckedOutBy(item); }
+
+    std::shared_ptr<KORVOVersionedObjects> Collection(ObjectClass cls, KORVOCollectionStatusSink *sink = nullptr) const
+    {
+        std::shared_ptr<KORVOVersionedObjects> c;
+        if (cls == ObjectClass::StoredProcedure)
+            c = std::make_shared<KORVOStoredProcedures>();
+        else if (cls == ObjectClass::View)
+            c = std::make_shared<KORVOViews>();
+        else if (cls == ObjectClass::UserDefinedFunction)
+            c = std::make_shared<KORVOUserDefinedFunctions>();
+        else
+            c = std::make_shared<KORVOTriggers>();
+        c->SetActiveDBConnection(sql);
+        c->SetActiveVSSConnection(vss);
+        c->SetIcons(std::make_shared<KORVOIcons>());
+        c->SetStatusSink(sink);
+        return c;
+    }
+    // A new object checked in through its collection, which keeps it.
+    KORVOTypedObjectPtr CheckedIn(KORVOVersionedObjects &c, ObjectClass cls, const QString &name, int variant = 1)
+    {
+        KORVOTypedObjectPtr o = c.NewObject();
+        return o->CheckIn(Text(cls, name, variant), QStringLiteral("created")) ? o : nullptr;
+    }
+
+    // Objects of a compile test that stayed behind.
+    QStringList TemporaryObjects()
+    {
+        QStringList names;
+        if (scripted) {
+            for (const auto &o : scripted->database(Database()).Objects) {
+                if (o.Name.startsWith(QLatin1String("sptmp_")))
+                    names.append(o.Name);
+            }
+            return names;
+        }
+        const auto rs = sql->OpenRecordset(
+            "SELECT proname AS name FROM pg_proc WHERE proname LIKE 'sptmp%' UNION ALL SELECT relname FROM pg_class "
+            "WHERE relname LIKE 'sptmp%' UNION ALL SELECT tgname FROM pg_trigger WHERE tgname LIKE 'sptmp%'");
+        for (; rs && !rs->Eof(); rs->MoveNext())
+            names.append(rs->FieldText(QStringLiteral("name")));
+        return names;
+    }
+
+    // The repository refuses every commit while on (a pre-commit hook).
+    void RefuseCommits(bool on)
+    {
+        QFile hook(repo->Path() + QStringLiteral("/hooks/pre-commit"));
+        if (!on) {
+            hook.remove();
+            return;
+        }
+        QVERIFY(hook.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        hook.write("#!/bin/sh\necho 'commits are closed' >&2\nexit 1\n");
+        hook.close();
+        hook.setPermissions(hook.permissions() | QFileDevice::ExeOwner | QFileDevice::ExeUser);
+    }
+
+    // Scripted server only: statements matching the pattern fail as a server error would.
+    void FailStatements(const QString &pattern, const QString &message)
+    {
+        QVERIFY(scripted);
+        scripted->addStatement(
+            pattern,
+            [message](ScriptedSqlServer::Call &) -> BatchResult { throw ScriptedSqlServer::serverError(102, message); },
+            QRegularExpression::CaseInsensitiveOption);
+    }
+
+    // The box the test expects next is answered with OK.
+    void ExpectBox() { ui.answer(UiServices::Answer::Ok); }
+    void ExpectLastBox(UiServices::Icon icon, const QString &title, const QString &text)
+    {
+        QVERIFY(!ui.boxes.isEmpty());
+        QCOMPARE(ui.last().icon, icon);
+        QCOMPARE(ui.last().title, title);
+        QCOMPARE(ui.last().text, text);
+    }
+
+    // --- Tables and permissions ---
+
+    // A table with the columns id (integer, not null), label (varchar(20),
+    // nullable) and amount (numeric(10,2), not null); returns its id.
+    QString CreateTable(const QString &owner, const QString &name)
+    {
+        const QString text = QStringLiteral("CREATE TABLE %1 (id int NOT NULL, label varchar(20) NULL, amount "
+                                            "numeric(10,2) NOT NULL)")
+                                 .arg(StatementName(owner, name));
+        // The scripted server keeps no text of a table it creates: its columns come from this one.
+        if (scripted)
+            return QString::number(scripted->addObject(Database(), owner, name, "U", text));
+        sql->ExecuteSQL(text);
+        return Id(name, owner);
+    }
+    // The type texts of those three columns.
+    QStringList ColumnTypes() const
+    {
+        return pg ? QStringList { "integer", "character varying(20)", "numeric(10,2)" }
+                  : QStringList { "int", "varchar(20)", "numeric(10, 2)" };
+    }
+    void DropTable(const QString &owner, const QString &name)
+    {
+        sql->ExecuteSQL(QStringLiteral("DROP TABLE ") + StatementName(owner, name));
+    }
+    // A second owner (schema or user) to make tables under.
+    QString MakeOtherOwner()
+    {
+        if (pg) {
+            pg->exec("CREATE SCHEMA sales");
+        } else {
+            scripted->addLogin("sales", "sales-pw");
+            scripted->addUser(Database(), "sales", "sales");
+        }
+        return QStringLiteral("sales");
+    }
+    // Roles and users get names of their own per test run; returned is the name.
+    QString CreateRole(const QString &base) { return MakeGrantee(base, false, {}); }
+    QString CreateUser(const QString &base, const QStringList &memberOf = {})
+    {
+        return MakeGrantee(base, true, memberOf);
+    }
+    // The grantee that owns the tables, a role the full form leaves out, the role everyone is in.
+    QString OwningGrantee() const { return pg ? pg->UserName : Dbo; }
+    QString FixedRole() const { return Pick("pg_read_all_data", "db_datareader"); }
+    QString PublicRole() const { return Pick("PUBLIC", "public"); }
+    // verb: GRANT or DENY (SQL Server only); action: SELECT ...
+    void Protect(
+        const QString &verb, const QString &action, const QString &owner, const QString &table, const QString &grantee)
+    {
+        sql->ExecuteSQL(QStringLiteral("%1 %2 ON %3 TO %4")
+                            .arg(verb, action, StatementName(owner, table), StatementGrantee(grantee)));
+    }
+    // What the server holds for a grantee on a table: sorted "GRANT SELECT", "DENY UPDATE" ...
+    QStringList Rights(const QString &owner, const QString &table, const QString &grantee)
+    {
+        QStringList out;
+        if (pg) {
+            const QString who = grantee == QLatin1String("PUBLIC")
+                ? QStringLiteral("0")
+                : QStringLiteral("(SELECT oid FROM pg_roles WHERE rolname = '%1')").arg(grantee);
+            auto rs = pg->exec(QStringLiteral("SELECT 'GRANT ' || a.privilege_type AS r FROM pg_class c CROSS JOIN "
+                                              "LATERAL aclexplode(coalesce(c.relacl, acldefault('r', c.relowner))) a "
+                                              "WHERE c.oid = '%1.%2'::regclass AND a.grantee = %3 ORDER BY 1")
+                                   .arg(owner, table, who))
+                          .Results.first();
+            for (; !rs->Eof(); rs->MoveNext())
+                out.append(rs->FieldText(QStringLiteral("r")));
+            return out;
+        }
+        auto &db = scripted->database(Database());
+        const auto *o = scripted->findObject(Database(), owner, table);
+        for (const ScriptedSqlServer::Protection &p : db.Protections) {
+            if (o && p.Id == o->Id && p.Uid == scripted->uidOf(db, grantee))
+                out.append(p.ProtectType.toUpper() + QLatin1Char(' ') + p.Action.toUpper());
+        }
+        out.sort();
+        return out;
+    }
+    // The table's name and a grantee as permission statements write them.
+    QString StatementName(const QString &owner, const QString &table) const
+    {
+        return Pick("%1.%2", "[%1].[%2]").arg(owner, table);
+    }
+    QString StatementGrantee(const QString &grantee) const { return Pick("%1", "[%1]").arg(grantee); }
+
+private:
+    QStringList roles;
+    bool triggerFunction = false, opsTable = false;
+
+    QString Open(bool postgreSQL, bool withVSS)
+    {
+        QString why;
+        if (postgreSQL) {
+            PgTestServer server;
+            if (!server.available(&why))
+                return why;
+            pg = server.newDatabase(QStringLiteral("objects"));
+            pg->exec("CREATE SCHEMA dbo");
+            sql = std::make_shared<KORVOSQL>(ui, ServerKind::PostgreSQL());
+        } else {
+            scripted = std::make_unique<ScriptedSqlServer>();
+            scripted->addDatabase(Database());
+            scripted->addRole(Database(), "db_datareader", 16390); // a fixed role
+            AddCatalogueStatements(*scripted);
+            sql = std::make_shared<KORVOSQL>(ui);
+        }
+        Bind(*sql);
+        if (!sql->ConnectionOpen())
+            return QStringLiteral("no connection to the database");
+        if (!withVSS)
+            return QString();
+        repo = std::make_unique<SvnTestRepository>();
+        if (!repo->IsValid() || !repo->MakeFolders({ QStringLiteral("Db/Objects") }))
+            return QStringLiteral("no Subversion repository");
+        vss = std::make_shared<KORVOVSS>(ui);
+        return vss->OpenConnection(repo->Url(), "alice", QString(), Project, repo->Folder("work"), true, true);
+    }
+
+    QString MakeGrantee(const QString &base, bool login, const QStringList &memberOf)
+    {
+        if (!pg) {
+            if (!login) {
+                scripted->addRole(Database(), base);
+                return base;
+            }
+            scripted->addLogin(base, base + QStringLiteral("-pw"));
+            scripted->addUser(Database(), base, base);
+            scripted->database(Database()).Users.last().Roles = memberOf;
+            return base;
+        }
+        static int counter = 0;
+        const QString name
+            = QStringLiteral("%1_%2_%3").arg(base).arg(QCoreApplication::applicationPid()).arg(++counter);
+        pg->superuserExec(QStringLiteral("CREATE ROLE %1%2").arg(name, login ? " LOGIN" : ""));
+        // Users go before the roles they are in.
+        login ? roles.prepend(name) : roles.append(name);
+        for (const QString &r : memberOf)
+            pg->superuserExec(QStringLiteral("GRANT %1 TO %2").arg(r, name));
+        return name;
+    }
+};
+
+// The backend of the running data-driven test's "kind".
+inline std::unique_ptr<Backend> OpenBackend(bool withVSS = true)
+{
+    QFETCH(QString, kind);
+    return Backend::Make(kind, withVSS);
+}
+
+inline void AddKindRows()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("PostgreSQL") << QStringLiteral("PostgreSQL");
+    QTest::newRow("SQLServer") << QStringLiteral("SQLServer");
+}
+
+// Rows "<kind> <name>" for each kind and each of the names, with a column "row" holding the name.
+inline void AddKindRows(const QStringList &names)
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("row");
+    for (const char *kind : { "PostgreSQL", "SQLServer" }) {
+        for (const QString &name : names)
+            QTest::addRow("%s %s", kind, qPrintable(name)) << QString::fromLatin1(kind) << name;
+    }
+}
+
+inline void AddKindAndTypeRows()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<int>("cls");
+    for (const char *kind : { "PostgreSQL", "SQLServer" }) {
+        QTest::addRow("%s procedure", kind) << kind << int(ObjectClass::StoredProcedure);
+        QTest::addRow("%s view", kind) << kind << int(ObjectClass::View);
+        QTest::addRow("%s function", kind) << kind << int(ObjectClass::UserDefinedFunction);
+        QTest::addRow("%s trigger", kind) << kind << int(ObjectClass::Trigger);
+    }
+}
+
+// "key|text|tag|image" of a node; of each node of a list; the keys of a list.
+inline QString Node(const KORVODBTItemPtr &n)
+{
+    return n ? QStringList { n->Key, n->Text, n->Tag, n->ImageName }.join(QLatin1Char('|')) : QStringLiteral("none");
+}
+inline QStringList Nodes(const KORVODBTItems &items)
+{
+    QStringList out;
+    for (const auto &n : items)
+        out.append(Node(n));
+    return out;
+}
+inline QStringList Keys(const KORVODBTItems &items)
+{
+    QStringList out;
+    for (const auto &n : items)
+        out.append(n->Key);
+    return out;
+}
