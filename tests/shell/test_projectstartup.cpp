@@ -129,28 +129,26 @@ private Q_SLOTS:
         QVERIFY(!splash.ProjectBrowserWindow());
         const auto session = splash.Database();
         QVERIFY(session->Project());
-        QCOMPARE(session->Project()->Name, QStringLiteral("Shop"));
+        QCOMPARE(session->Project()->Name, "Shop");
         QVERIFY(session->Project()->Default);
         QVERIFY(session->Project()->SQL()->ConnectionOpen());
         QVERIFY(session->Project()->VSS()->ConnectionOpen());
         auto *main = dynamic_cast<mdiMain *>(session->MainWindow());
         QVERIFY(main);
         QVERIFY(main->isVisible());
-        QCOMPARE(main->windowTitle(), QStringLiteral("Shop - KORVO"));
+        QCOMPARE(main->windowTitle(), "Shop - KORVO");
 
         // The question came once the window was on the screen, and No is shared.
         QCOMPARE(mUi.boxes.size(), 1);
-        QCOMPARE(mUi.boxes.first().title, QStringLiteral("Start Synchronization Process?"));
-        QCOMPARE(mUi.boxes.first().text,
-            QStringLiteral("This is the first time anyone has connected to this "
-                           "project. Would you like to Synchronize?"));
-        QCOMPARE(int(mUi.boxes.first().buttons), int(UiServices::Buttons::YesNo));
+        QCOMPARE(mUi.last().title + "|" + mUi.last().text,
+            "Start Synchronization Process?|This is the first time anyone has connected to this project. Would you "
+            "like to Synchronize?");
+        QCOMPARE(mUi.last().buttons, UiServices::Buttons::YesNo);
         QCOMPARE(mUi.mainVisible, QList<bool> { true });
         QVERIFY(!session->Project()->IsFirstUserToConnect());
-        QVERIFY(session->Project()
-                    ->VSS()
-                    ->ItemContent(QStringLiteral("SyncHistory"), false, -1, false, false)
-                    .startsWith(QStringLiteral("NoSyncWanted: ")));
+        const QString history
+            = session->Project()->VSS()->ItemContent(QStringLiteral("SyncHistory"), false, -1, false, false);
+        QVERIFY(history.startsWith(QStringLiteral("NoSyncWanted: ")));
 
         // The next opening, by anyone, asks nothing.
         main->CheckProjectSyncInfo();
@@ -184,7 +182,7 @@ private Q_SLOTS:
         splash.StartKORVO();
         QVERIFY(QTest::qWaitFor([&] { return !splash.isVisible(); }, 10000));
         QCOMPARE(mUi.boxes.size(), 1);
-        QCOMPARE(mUi.boxes.first().title, QStringLiteral("Connection Error"));
+        QCOMPARE(mUi.last().title, "Connection Error");
         QVERIFY(!splash.Database()->MainWindow());
         frmProjectBrowser *browser = splash.ProjectBrowserWindow();
         QVERIFY(browser);
