@@ -323,12 +323,8 @@ private Q_SLOTS:
         }
         const auto items = mListVss->Items(filter, includeDeleted, onlyDeleted);
         QCOMPARE(names(items), expected);
-        QCOMPARE(items->Count(), expected.size());
-        QCOMPARE(items->ActiveVSSConnection(), mListVss);
-        if (!expected.isEmpty()) {
-            QCOMPARE(items->at(0)->ActiveVSSConnection(), mListVss);
+        if (!expected.isEmpty())
             QCOMPARE(items->Item(items->at(0)->Name), items->at(0));
-        }
         QVERIFY(!items->Item(u"nothing"_s));
     }
 
