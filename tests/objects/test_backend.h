@@ -6,6 +6,7 @@
 // the server's dialect, so that one test body runs on both kinds.
 
 #include "KORVODBTItem.h"
+#include "KORVOObjectFactory.h"
 #include "KORVOVSS.h"
 #include "KORVOVSSItems.h"
 #include "KORVOVersionedObjects.h"
@@ -22,6 +23,7 @@
 #include <QTest>
 
 #include <memory>
+#include <utility>
 
 class Backend
 {
@@ -84,38 +86,24 @@ public:
     // (a trigger's events). Procedures take the parameters a / b (integer, text).
     QString Text(ObjectClass cls, const QString &name, int variant = 1, const QString &table = QStringLiteral("t_ops"))
     {
-        const QString v = QString::number(variant);
-        const QString events
-            = QStringList { Pick("INSERT OR UPDATE", "INSERT, UPDATE"), "DELETE", "UPDATE" }.value(variant - 1);
-        if (cls == ObjectClass::Trigger && pg && !triggerFunction) {
-            triggerFunction = true;
+        static const QStringList postgreSQL { "CREATE PROCEDURE dbo.%1(p_a integer, p_b character varying)\n "
+                                              "LANGUAGE sql\nAS $$ SELECT %2 $$",
+            "", "CREATE FUNCTION dbo.%1(p_a integer) RETURNS integer LANGUAGE sql AS $$ SELECT %2 $$",
+            "CREATE VIEW dbo.%1 AS SELECT %2 AS a",
+            "CREATE TRIGGER %1 AFTER %2 ON dbo.%3 FOR EACH ROW EXECUTE FUNCTION dbo.trg_fn()" };
+        static const QStringList sqlServer { "CREATE PROCEDURE [dbo].[%1] @a int, @b varchar(10) AS SELECT %2", "",
+            "CREATE FUNCTION [dbo].[%1] (@a int) RETURNS int AS BEGIN RETURN (SELECT %2) END",
+            "CREATE VIEW [dbo].[%1] AS SELECT %2 AS a",
+            "CREATE TRIGGER [dbo].[%1] ON [dbo].[%3] AFTER %2 AS SELECT 1" };
+        const QString text = (pg ? postgreSQL : sqlServer).at(int(cls));
+        if (cls != ObjectClass::Trigger)
+            return text.arg(name).arg(variant);
+        if (pg && !std::exchange(triggerFunction, true))
             pg->exec("CREATE FUNCTION dbo.trg_fn() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN RETURN NEW; END $$");
-        }
-        if (cls == ObjectClass::Trigger && table == QLatin1String("t_ops") && !opsTable) {
-            opsTable = true;
+        if (table == QLatin1String("t_ops") && !std::exchange(opsTable, true))
             CreateTable(Dbo, table);
-        }
-        switch (cls) {
-        case ObjectClass::StoredProcedure:
-            return Pick(
-                "CREATE PROCEDURE dbo.%1(p_a integer, p_b character varying)\n LANGUAGE sql\nAS $$ SELECT %2 $$",
-                "CREATE PROCEDURE [dbo].[%1] @a int, @b varchar(10) AS SELECT %2")
-                .arg(name, v);
-        case ObjectClass::UserDefinedFunction:
-            return Pick("CREATE FUNCTION dbo.%1(p_a integer) RETURNS integer LANGUAGE sql AS $$ SELECT %2 $$",
-                "CREATE FUNCTION [dbo].[%1] (@a int) RETURNS int AS BEGIN RETURN (SELECT %2) END")
-                .arg(name, v);
-        case ObjectClass::View:
-            return Pick("CREATE VIEW dbo.%1 AS SELECT %2 AS a", "CREATE VIEW [dbo].[%1] AS SELECT %2 AS a")
-                .arg(name, v);
-        case ObjectClass::Trigger:
-            return Pick("CREATE TRIGGER %1 AFTER %2 ON dbo.%3 FOR EACH ROW EXECUTE FUNCTION dbo.trg_fn()",
-                "CREATE TRIGGER [dbo].[%1] ON [dbo].[%3] AFTER %2 AS SELECT 1")
-                .arg(name, events, table);
-        case ObjectClass::Table:
-            break;
-        }
-        return QString();
+        const QStringList events { Pick("INSERT OR UPDATE", "INSERT, UPDATE"), "DELETE", "UPDATE" };
+        return text.arg(name, events.value(variant - 1), table);
     }
     // What the server's text of a variant shows of it.
     static QString Marker(ObjectClass cls, int variant)
@@ -173,15 +161,9 @@ public:
 
     std::shared_ptr<KORVOVersionedObjects> Collection(ObjectClass cls, KORVOCollectionStatusSink *sink = nullptr) const
     {
-        std::shared_ptr<KORVOVersionedObjects> c;
-        if (cls == ObjectClass::StoredProcedure)
-            c = std::make_shared<KORVOStoredProcedures>();
-        else if (cls == ObjectClass::View)
-            c = std::make_shared<KORVOViews>();
-        else if (cls == ObjectClass::UserDefinedFunction)
-            c = std::make_shared<KORVOUserDefinedFunctions>();
-        else
-            c = std::make_shared<KORVOTriggers>();
+        // The factory's kinds come in the order of the object classes.
+        auto c = std::static_pointer_cast<KORVOVersionedObjects>(
+            KORVOObjectFactory().Create(KORVOCollectionFactory::Kind(int(cls))));
         c->SetActiveDBConnection(sql);
         c->SetActiveVSSConnection(vss);
         c->SetIcons(std::make_shared<KORVOIcons>());
@@ -262,12 +244,6 @@ public:
             return QString::number(scripted->addObject(Database(), owner, name, "U", text));
         sql->ExecuteSQL(text);
         return Id(name, owner);
-    }
-    // The type texts of those three columns.
-    QStringList ColumnTypes() const
-    {
-        return pg ? QStringList { "integer", "character varying(20)", "numeric(10,2)" }
-                  : QStringList { "int", "varchar(20)", "numeric(10, 2)" };
     }
     void DropTable(const QString &owner, const QString &name)
     {
@@ -426,6 +402,12 @@ inline void AddKindAndTypeRows()
         QTest::addRow("%s function", kind) << kind << int(ObjectClass::UserDefinedFunction);
         QTest::addRow("%s trigger", kind) << kind << int(ObjectClass::Trigger);
     }
+}
+
+inline QStringList Sorted(QStringList list)
+{
+    list.sort();
+    return list;
 }
 
 // "key|text|tag|image" of a node; of each node of a list; the keys of a list.

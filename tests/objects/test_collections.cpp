@@ -1,10 +1,8 @@
 // The typed collections on both server kinds with a real Subversion project:
 // the merge of the SQL list with the file list, the renames it makes, keys,
 // the tree items, deleted items and the status events.
-#include "KORVOFields.h"
-#include "KORVOVSSItems.h"
-#include "KORVOVersionedObjects.h"
-#include "test_objects_backend.h"
+#include "KORVOTables.h"
+#include "test_backend.h"
 
 #include <QTest>
 
@@ -21,8 +19,7 @@ public:
     void RetrieveStatusChange(KORVOObjectCollection &, long position, long total, bool &cancel) override
     {
         events.append(QStringLiteral("R%1/%2").arg(position).arg(total));
-        if (position == cancelAt)
-            cancel = true;
+        cancel = position == cancelAt;
     }
     void AddingStatusChange(KORVOObjectCollection &, long position, long total, bool &) override
     {
@@ -36,12 +33,9 @@ QStringList states(const KORVOVersionedObjects &objects)
 {
     QStringList out;
     for (const auto &o : objects) {
-        QString sides;
-        if (o->InSQL())
-            sides += QStringLiteral("SQL");
-        if (o->InVSS())
-            sides += sides.isEmpty() ? QStringLiteral("VSS") : QStringLiteral("+VSS");
-        out.append(o->Name() + QLatin1Char(':') + sides);
+        const QStringList sides
+            = QStringList { o->InSQL() ? "SQL" : "", o->InVSS() ? "VSS" : "" }.filter(QRegularExpression("."));
+        out.append(o->Name() + QLatin1Char(':') + sides.join(QLatin1Char('+')));
     }
     return out;
 }
@@ -52,48 +46,24 @@ class TestCollections : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<ObjectsBackend> b;
-    std::shared_ptr<KORVOStoredProcedures> procs;
+    std::unique_ptr<Backend> b;
+    std::shared_ptr<KORVOVersionedObjects> procs;
     Recorder recorder;
 
     bool setUp()
     {
-        QFETCH(QString, kind);
-        QString why;
-        b = ObjectsBackend::Make(kind, why);
-        if (!b) {
-            qWarning("%s", qPrintable(why));
-            return false;
-        }
-        procs = Collection<KORVOStoredProcedures>();
-        recorder.events.clear();
-        recorder.cancelAt = -1;
-        return true;
+        b = OpenBackend();
+        if (b)
+            procs = collection(ObjectClass::StoredProcedure);
+        recorder = Recorder();
+        return bool(b);
     }
-
-    template <class T> std::shared_ptr<T> Collection()
-    {
-        auto c = std::make_shared<T>();
-        c->SetActiveDBConnection(b->sql);
-        c->SetActiveVSSConnection(b->vss);
-        c->SetIcons(std::make_shared<KORVOIcons>());
-        c->SetStatusSink(&recorder);
-        return c;
-    }
-
+    std::shared_ptr<KORVOVersionedObjects> collection(ObjectClass cls) { return b->Collection(cls, &recorder); }
     void refresh(KORVOObjectCollection &c)
     {
         bool cancel = false;
         c.RefreshList(cancel);
         QVERIFY(!cancel);
-    }
-
-    // Creates a procedure and puts its server text in source control under its id.
-    QString versioned(const QString &name)
-    {
-        const QString id = b->Create(b->ProcedureText(name), name);
-        b->AddFile(id + QStringLiteral(".sp"), b->sql->GetObjectText(id));
-        return id;
     }
 
 private Q_SLOTS:
@@ -107,89 +77,83 @@ private Q_SLOTS:
     void mergesBothSides()
     {
         QVERIFY(setUp());
-        versioned(QStringLiteral("usp_b"));
-        b->Create(b->ProcedureText(QStringLiteral("usp_a")), QStringLiteral("usp_a"));
+        b->Versioned("usp_b");
+        b->Create(ObjectClass::StoredProcedure, "usp_a");
         // A file whose id SQL does not know and whose text names nothing there.
-        b->AddFile(QStringLiteral("900001.sp"), b->ProcedureText(QStringLiteral("usp_gone")));
+        b->AddFile("900001.sp", b->Text(ObjectClass::StoredProcedure, "usp_gone"));
         // A file without any CREATE text: its name stands in.
-        b->AddFile(QStringLiteral("900002.sp"), QStringLiteral("-- nothing here"));
-
+        b->AddFile("900002.sp", "-- nothing here");
         refresh(*procs);
-        QCOMPARE(states(*procs),
-            QStringList({ QStringLiteral("usp_a:SQL"), QStringLiteral("usp_b:SQL+VSS"), QStringLiteral("usp_gone:VSS"),
-                QStringLiteral("900002:VSS") }));
-        const auto gone = procs->Object(QStringLiteral("900001"));
-        QVERIFY(gone);
-        QCOMPARE(gone->Owner(), QStringLiteral("dbo"));
-        QCOMPARE(procs->Object(QStringLiteral("900002"))->Owner(), QString());
-        QCOMPARE(gone->IconToUse(), QStringLiteral("STOREDPROCEDURE:SQLBROKEN"));
-        QCOMPARE(procs->At(0)->IconToUse(), QStringLiteral("STOREDPROCEDURE:VSSBROKEN"));
-        QCOMPARE(procs->At(1)->IconToUse(), QStringLiteral("STOREDPROCEDURE:CHECKEDIN"));
+        QCOMPARE(states(*procs), QStringList({ "usp_a:SQL", "usp_b:SQL+VSS", "usp_gone:VSS", "900002:VSS" }));
+        QCOMPARE(procs->Object("900001")->Owner(), QStringLiteral("dbo"));
+        QCOMPARE(procs->Object("900002")->Owner(), QString());
+        QStringList icons;
+        for (const auto &o : *procs)
+            icons.append(o->IconToUse());
+        QCOMPARE(icons.mid(0, 3),
+            QStringList({ "STOREDPROCEDURE:VSSBROKEN", "STOREDPROCEDURE:CHECKEDIN", "STOREDPROCEDURE:SQLBROKEN" }));
         QCOMPARE(recorder.events.last(), QStringLiteral("C"));
 
-        // A second refresh after the SQL-only object was dropped removes it and
-        // keeps the others in place.
-        b->Drop(ObjectClass::StoredProcedure, QStringLiteral("usp_a"));
+        // The next refresh drops what left the server and keeps the others in place.
+        b->Drop(ObjectClass::StoredProcedure, "usp_a");
         refresh(*procs);
-        QCOMPARE(states(*procs),
-            QStringList(
-                { QStringLiteral("usp_b:SQL+VSS"), QStringLiteral("usp_gone:VSS"), QStringLiteral("900002:VSS") }));
+        QCOMPARE(states(*procs), QStringList({ "usp_b:SQL+VSS", "usp_gone:VSS", "900002:VSS" }));
     }
 
+    // An object dropped and recreated under its name keeps its file under the new id.
     void recreatedObjectKeepsItsFile_data()
     {
         QTest::addColumn<QString>("kind");
         QTest::addColumn<bool>("refreshedBefore");
-        for (const QString &kind : { QStringLiteral("PostgreSQL"), QStringLiteral("SQLServer") }) {
-            QTest::addRow("%s fresh list", qPrintable(kind)) << kind << false;
-            QTest::addRow("%s list refreshed before", qPrintable(kind)) << kind << true;
+        for (const char *kind : { "PostgreSQL", "SQLServer" }) {
+            QTest::addRow("%s fresh list", kind) << kind << false;
+            QTest::addRow("%s list refreshed before", kind) << kind << true;
         }
     }
     void recreatedObjectKeepsItsFile()
     {
         QVERIFY(setUp());
         QFETCH(bool, refreshedBefore);
-        const QString oldId = versioned(QStringLiteral("usp_x"));
-        b->AddFile(oldId + QStringLiteral(".sp.desc"), QStringLiteral("kept"));
+        const QString oldId = b->Versioned("usp_x");
+        b->AddFile(oldId + ".sp.desc", "kept");
         if (refreshedBefore)
             refresh(*procs);
-        b->Drop(ObjectClass::StoredProcedure, QStringLiteral("usp_x"));
-        const QString newId = b->Create(b->ProcedureText(QStringLiteral("usp_x")), QStringLiteral("usp_x"));
+        b->Drop(ObjectClass::StoredProcedure, "usp_x");
+        const QString newId = b->Create(ObjectClass::StoredProcedure, "usp_x");
         QVERIFY(newId != oldId);
-
         refresh(*procs);
-        QCOMPARE(states(*procs), QStringList { QStringLiteral("usp_x:SQL+VSS") });
+        QCOMPARE(states(*procs), QStringList { "usp_x:SQL+VSS" });
         QCOMPARE(procs->At(0)->DBID(), newId);
         QVERIFY(!procs->Object(oldId));
         // Only the file moves; its description stays under the old name.
-        QStringList files = b->Files();
-        files.sort();
-        QStringList expected { newId + QStringLiteral(".sp"), oldId + QStringLiteral(".sp.desc") };
-        expected.sort();
-        QCOMPARE(files, expected);
+        QCOMPARE(b->Files(), Sorted({ newId + ".sp", oldId + ".sp.desc" }));
         QVERIFY(b->ui.boxes.isEmpty());
     }
 
+    // Files of the old form "owner.name.ext" go to the object's id with their
+    // description (a view's as ".sp.desc", like any type's); a file naming no
+    // object stays and shows nothing.
     void oldFormFilesAreRenamed_data() { AddKindRows(); }
     void oldFormFilesAreRenamed()
     {
         QVERIFY(setUp());
-        const QString x = b->Create(b->ProcedureText(QStringLiteral("usp_x")), QStringLiteral("usp_x"));
-        const QString y = b->Create(b->ProcedureText(QStringLiteral("usp_y")), QStringLiteral("usp_y"));
-        b->AddFile(QStringLiteral("dbo.usp_x.sp"), b->ProcedureText(QStringLiteral("usp_x")));
-        b->AddFile(QStringLiteral("dbo.usp_x.sp.desc"), QStringLiteral("the x"));
+        const QString x = b->Create(ObjectClass::StoredProcedure, "usp_x");
+        const QString y = b->Create(ObjectClass::StoredProcedure, "usp_y");
+        const QString v = b->Create(ObjectClass::View, "vw_a");
+        b->AddFile("dbo.usp_x.sp", b->Text(ObjectClass::StoredProcedure, "usp_x"));
+        b->AddFile("dbo.usp_x.sp.desc", "the x");
         // Without an owner the file means dbo's object.
-        b->AddFile(QStringLiteral("usp_y.sp"), b->ProcedureText(QStringLiteral("usp_y")));
-        b->AddFile(QStringLiteral("nonsense.sp"), QStringLiteral("CREATE PROCEDURE nothing AS SELECT 1"));
-
+        b->AddFile("usp_y.sp", b->Text(ObjectClass::StoredProcedure, "usp_y"));
+        b->AddFile("nonsense.sp", "CREATE PROCEDURE nothing AS SELECT 1");
+        b->AddFile("dbo.vw_a.vw", b->Text(ObjectClass::View, "vw_a"));
+        b->AddFile("dbo.vw_a.vw.desc", "v");
         refresh(*procs);
-        QCOMPARE(states(*procs), QStringList({ QStringLiteral("usp_x:SQL+VSS"), QStringLiteral("usp_y:SQL+VSS") }));
-        QStringList expected { x + QStringLiteral(".sp"), x + QStringLiteral(".sp.desc"), y + QStringLiteral(".sp"),
-            QStringLiteral("nonsense.sp") };
-        QStringList files = b->Files();
-        expected.sort();
-        files.sort();
-        QCOMPARE(files, expected);
+        auto views = collection(ObjectClass::View);
+        refresh(*views);
+        QCOMPARE(states(*procs), QStringList({ "usp_x:SQL+VSS", "usp_y:SQL+VSS" }));
+        QCOMPARE(states(*views), QStringList { "vw_a:SQL+VSS" });
+        QCOMPARE(
+            b->Files(), Sorted({ x + ".sp", x + ".sp.desc", y + ".sp", "nonsense.sp", v + ".vw", v + ".sp.desc" }));
         QCOMPARE(procs->Object(x)->Description(), QStringLiteral("the x"));
     }
 
@@ -197,68 +161,54 @@ private Q_SLOTS:
     void checkSQLOnlyIgnoresFiles()
     {
         QVERIFY(setUp());
-        versioned(QStringLiteral("usp_a"));
-        b->AddFile(QStringLiteral("900001.sp"), b->ProcedureText(QStringLiteral("usp_gone")));
+        b->Versioned("usp_a");
+        b->AddFile("900001.sp", b->Text(ObjectClass::StoredProcedure, "usp_gone"));
         procs->SetCheckSQLOnly(true);
         refresh(*procs);
-        QCOMPARE(states(*procs), QStringList { QStringLiteral("usp_a:SQL") });
-        QCOMPARE(recorder.events, QStringList({ QStringLiteral("R0/2"), QStringLiteral("R2/2"), QStringLiteral("C") }));
+        QCOMPARE(states(*procs), QStringList { "usp_a:SQL" });
+        QCOMPARE(recorder.events, QStringList({ "R0/2", "R2/2", "C" }));
     }
 
     void cancelDuringSqlRows_data() { AddKindRows(); }
     void cancelDuringSqlRows()
     {
         QVERIFY(setUp());
-        versioned(QStringLiteral("usp_a"));
-        versioned(QStringLiteral("usp_b"));
-        b->AddFile(QStringLiteral("900001.sp"), b->ProcedureText(QStringLiteral("usp_gone")));
+        b->Versioned("usp_a");
+        b->Versioned("usp_b");
+        b->AddFile("900001.sp", b->Text(ObjectClass::StoredProcedure, "usp_gone"));
         refresh(*procs);
         QCOMPARE(procs->Count(), 3);
         recorder.events.clear();
         recorder.cancelAt = 2; // after the first SQL row
-
         bool cancel = false;
         procs->RefreshList(cancel);
         QVERIFY(cancel);
         // Total: two steps per SQL row and one per file.
-        QCOMPARE(recorder.events, QStringList({ QStringLiteral("R0/7"), QStringLiteral("R2/7") }));
+        QCOMPARE(recorder.events, QStringList({ "R0/7", "R2/7" }));
         // The first object has its SQL row but not yet its file; the others
         // keep the cleared flags, and nothing was removed.
-        QCOMPARE(states(*procs),
-            QStringList({ QStringLiteral("usp_a:SQL"), QStringLiteral("usp_b:"), QStringLiteral("usp_gone:") }));
+        QCOMPARE(states(*procs), QStringList({ "usp_a:SQL", "usp_b:", "usp_gone:" }));
     }
 
     void treeItems_data() { AddKindRows(); }
     void treeItems()
     {
         QVERIFY(setUp());
-        const QString a = versioned(QStringLiteral("usp_a"));
-        const QString c = b->Create(b->ProcedureText(QStringLiteral("usp_c")), QStringLiteral("usp_c"));
-        b->AddFile(a + QStringLiteral(".sp.desc"), QStringLiteral("About a"));
-        QVERIFY(b->vss->CheckOut(a + QStringLiteral(".sp"), true));
+        const QString a = b->Versioned("usp_a");
+        const QString c = b->Create(ObjectClass::StoredProcedure, "usp_c");
+        b->AddFile(a + ".sp.desc", "About a");
+        QVERIFY(b->vss->CheckOut(a + ".sp", true));
 
         KORVODBTItemsPtr items = procs->GetItemInfo(true);
         QVERIFY(items);
-        QCOMPARE(items->Count(), 2);
-        KORVODBTItemPtr first = items->Item(QStringLiteral("I") + a);
-        QVERIFY(first);
-        QCOMPARE(first->Text, QStringLiteral("dbo.usp_a (Checked out by alice)"));
-        QCOMPARE(first->ImageName, QStringLiteral("STOREDPROCEDURE:CHECKEDOUT"));
-        QCOMPARE(first->Tag, QStringLiteral("StoredProcedure"));
-        QCOMPARE(first->ToolTipText(), QStringLiteral("About a"));
-        QCOMPARE(first->Children().Count(), 1);
-        QCOMPARE(first->Children().FirstChild()->Key, QStringLiteral("I") + a + QStringLiteral("_tmp"));
-        QCOMPARE(first->Children().FirstChild()->Tag, QStringLiteral("temp"));
-        KORVODBTItemPtr second = items->Item(QStringLiteral("I") + c);
-        QCOMPARE(second->Text, QStringLiteral("dbo.usp_c"));
-        QCOMPARE(second->ToolTipText(), QStringLiteral("dbo.usp_c"));
-        QCOMPARE(recorder.events.mid(recorder.events.indexOf(QStringLiteral("A0/2"))),
-            QStringList(
-                { QStringLiteral("A0/2"), QStringLiteral("A1/2"), QStringLiteral("A2/2"), QStringLiteral("C") }));
-
-        items = procs->GetItemInfo(false);
-        QCOMPARE(items->Item(QStringLiteral("I") + c)->Text, QStringLiteral("usp_c"));
-
+        QCOMPARE(Nodes(*items),
+            QStringList({ "I" + a + "|dbo.usp_a (Checked out by alice)|StoredProcedure|STOREDPROCEDURE:CHECKEDOUT",
+                "I" + c + "|dbo.usp_c|StoredProcedure|STOREDPROCEDURE:VSSBROKEN" }));
+        QCOMPARE(items->Item(0)->ToolTipText(), QStringLiteral("About a"));
+        QCOMPARE(items->Item(1)->ToolTipText(), QStringLiteral("dbo.usp_c"));
+        QCOMPARE(Nodes(items->Item(0)->Children()), QStringList { "I" + a + "_tmp||temp|" });
+        QCOMPARE(recorder.events.mid(recorder.events.indexOf("A0/2")), QStringList({ "A0/2", "A1/2", "A2/2", "C" }));
+        QCOMPARE(procs->GetItemInfo(false)->Item("I" + c)->Text, QStringLiteral("usp_c"));
         recorder.cancelAt = 0;
         QVERIFY(!procs->GetItemInfo(false));
     }
@@ -267,14 +217,12 @@ private Q_SLOTS:
     void keysAndNewItems()
     {
         QVERIFY(setUp());
-        const QString a = versioned(QStringLiteral("usp_a"));
-        const QString m = versioned(QStringLiteral("usp_m"));
+        const QString a = b->Versioned("usp_a"), m = b->Versioned("usp_m");
         refresh(*procs);
-        QCOMPARE(procs->Object(a), procs->Object(QStringLiteral("I") + a));
-        QVERIFY(procs->ObjectIsOfThisType(QStringLiteral("I") + m));
-        QVERIFY(procs->IsStoredProcedure(m));
-        QVERIFY(!procs->IsStoredProcedure(QStringLiteral("I123")));
-        QVERIFY_THROWS_EXCEPTION(std::out_of_range, procs->Object(QStringLiteral("I123"), false, false));
+        QCOMPARE(procs->Object(a), procs->Object("I" + a));
+        QVERIFY(procs->ObjectIsOfThisType("I" + m));
+        QVERIFY(!procs->ObjectIsOfThisType("I123"));
+        QVERIFY_THROWS_EXCEPTION(std::out_of_range, procs->Object("I123", false, false));
 
         // A new object stays out of the main list until it has its id, and then
         // goes in by name.
@@ -282,144 +230,71 @@ private Q_SLOTS:
         QVERIFY(fresh->IsNew());
         QCOMPARE(fresh->IconToUse(), QStringLiteral("STOREDPROCEDURE:NEW"));
         QCOMPARE(procs->Count(), 2);
-        fresh->Generic().Name = QStringLiteral("usp_f");
-        fresh->Generic().DBID = QStringLiteral("777");
+        fresh->Generic().Name = "usp_f";
+        fresh->Generic().DBID = "777";
         fresh->NewItemCreated_Event();
-        QCOMPARE(procs->Count(), 3);
         QCOMPARE(procs->At(1), fresh);
         QVERIFY(procs->NewItems().isEmpty());
 
         // ChangeKey moves an object to its present id, at a position or last.
-        fresh->Generic().DBID = QStringLiteral("778");
-        procs->ChangeKey(QStringLiteral("I777"), 1);
+        fresh->Generic().DBID = "778";
+        procs->ChangeKey("I777", 1);
         QCOMPARE(procs->At(0), fresh);
-        QVERIFY(!procs->Object(QStringLiteral("777")));
-        QCOMPARE(procs->Object(QStringLiteral("I778")), fresh);
-        fresh->Generic().DBID = QStringLiteral("779");
-        procs->ChangeKey(QStringLiteral("778"), 9);
+        QVERIFY(!procs->Object("777"));
+        QCOMPARE(procs->Object("I778"), fresh);
+        fresh->Generic().DBID = "779";
+        procs->ChangeKey("778", 9);
         QCOMPARE(procs->At(2), fresh);
-
-        procs->RemoveItem(QStringLiteral("I779"));
+        procs->RemoveItem("I779");
         procs->RemoveItem(a);
-        QCOMPARE(procs->Count(), 1);
-        QCOMPARE(procs->At(0)->DBID(), m);
+        QCOMPARE(states(*procs), QStringList { "usp_m:SQL+VSS" });
     }
 
     void deletedItems_data() { AddKindRows(); }
     void deletedItems()
     {
         QVERIFY(setUp());
-        const QString a = versioned(QStringLiteral("usp_a"));
-        QVERIFY(b->vss->RemoveItem(a + QStringLiteral(".sp"), true));
-        b->Drop(ObjectClass::StoredProcedure, QStringLiteral("usp_a"));
-
+        const QString a = b->Versioned("usp_a");
+        QVERIFY(b->vss->RemoveItem(a + ".sp", true));
+        b->Drop(ObjectClass::StoredProcedure, "usp_a");
         KORVODBTItemsPtr items = procs->GetDeletedItems(true);
         QVERIFY(items);
-        QCOMPARE(items->Count(), 1);
-        QCOMPARE(items->FirstChild()->Key, QStringLiteral("I") + a);
-        QCOMPARE(items->FirstChild()->Text, QStringLiteral("dbo.usp_a"));
-        QCOMPARE(items->FirstChild()->ImageName, QStringLiteral("STOREDPROCEDURE:SQLBROKEN"));
-        QVERIFY(procs->Object(QStringLiteral("I") + a, true));
+        QCOMPARE(Nodes(*items), QStringList { "I" + a + "|dbo.usp_a|StoredProcedure|STOREDPROCEDURE:SQLBROKEN" });
+        QVERIFY(procs->Object("I" + a, true));
         QVERIFY(!procs->Object(a));
-        QCOMPARE(recorder.events, QStringList({ QStringLiteral("R0/1"), QStringLiteral("R1/1"), QStringLiteral("C") }));
-        // Undelete brings the object back under a new id; it leaves the deleted list.
-        QVERIFY(procs->UnDeleteObject(QStringLiteral("I") + a));
-        QVERIFY(!procs->Object(a, true));
-        QVERIFY(!b->sql->GetObjectID(QStringLiteral("usp_a"), QStringLiteral("dbo")).isEmpty());
+        QCOMPARE(recorder.events, QStringList({ "R0/1", "R1/1", "C" }));
     }
 
+    // Triggers know their table, fire on events shown as children, list under
+    // their table only, and a deleted one's caption names its table.
     void triggers_data() { AddKindRows(); }
     void triggers()
     {
         QVERIFY(setUp());
-        const QString t1 = b->Create(b->TableText(QStringLiteral("t1")), QStringLiteral("t1"));
-        const QString t2 = b->Create(b->TableText(QStringLiteral("t2")), QStringLiteral("t2"));
-        const QString x
-            = b->Create(b->TriggerText(QStringLiteral("trg_x"), QStringLiteral("t1")), QStringLiteral("trg_x"));
-        const QString y
-            = b->Create(b->TriggerText(QStringLiteral("trg_y"), QStringLiteral("t2")), QStringLiteral("trg_y"));
-        b->AddFile(y + QStringLiteral(".trg"), b->sql->GetObjectText(y));
-        auto triggers = Collection<KORVOTriggers>();
+        const QString t1 = b->CreateTable("dbo", "t1"), t2 = b->CreateTable("dbo", "t2");
+        const QString x = b->Create(ObjectClass::Trigger, "trg_x", 1, "t1");
+        const QString y = b->Create(ObjectClass::Trigger, "trg_y", 1, "t2");
+        b->AddFile(y + ".trg", b->ServerText(y));
+        auto triggers = collection(ObjectClass::Trigger);
         QVERIFY(!triggers->IsRootNode());
-
         refresh(*triggers);
-        QCOMPARE(states(*triggers), QStringList({ QStringLiteral("trg_x:SQL"), QStringLiteral("trg_y:SQL+VSS") }));
+        QCOMPARE(states(*triggers), QStringList({ "trg_x:SQL", "trg_y:SQL+VSS" }));
         auto trigger = std::dynamic_pointer_cast<KORVOTrigger>(triggers->Object(x));
         QCOMPARE(trigger->ParentTableDBID, t1);
         QCOMPARE(trigger->GetFields(true)->Count(), 0);
+        QCOMPARE(Nodes(*trigger->GetItemInfo(false)),
+            QStringList({ "INSERT" + x + "|INSERT||TRIGGER:INSERT", "UPDATE" + x + "|UPDATE||TRIGGER:UPDATE" }));
 
-        // The events the trigger fires on are its children.
-        KORVODBTItemsPtr events = trigger->GetItemInfo(false);
-        QStringList words;
-        for (const auto &e : *events)
-            words.append(e->Key + QLatin1Char('|') + e->Text + QLatin1Char('|') + e->ImageName);
-        QCOMPARE(words,
-            QStringList({ QStringLiteral("INSERT") + x + QStringLiteral("|INSERT|TRIGGER:INSERT"),
-                QStringLiteral("UPDATE") + x + QStringLiteral("|UPDATE|TRIGGER:UPDATE") }));
-
-        // Under a table only its own triggers show.
-        struct Table : KORVODBObject {
-            QString id;
-            QString DBID() const override { return id; }
-            QString Name() const override { return {}; }
-            QString Owner() const override { return {}; }
-            KORVODBTItemsPtr GetItemInfo(bool, bool, bool) override { return {}; }
-            KORVODBTItemPtr Refresh(bool) override { return {}; }
-            KORVOContextMenu GetContextMenu(bool) override { return {}; }
-            std::shared_ptr<KORVOFields> GetFields(bool) override { return {}; }
-            KORVODBTItemsPtr GetPermissionItems(int) override { return {}; }
-        };
-        auto table = std::make_shared<Table>();
-        table->id = t2;
-        KORVODBTItemsPtr under = triggers->GetItemInfo(false, table);
-        QCOMPARE(under->Count(), 1);
-        QCOMPARE(under->FirstChild()->Key, QStringLiteral("I") + y);
+        KORVOTables tables;
+        tables.SetActiveDBConnection(b->sql);
+        refresh(tables);
+        QCOMPARE(Keys(*triggers->GetItemInfo(false, tables.Table(t2))), QStringList { "I" + y });
         QCOMPARE(triggers->GetItemInfo(false)->Count(), 2);
 
-        // A deleted trigger's caption names its table.
-        QVERIFY(b->vss->RemoveItem(y + QStringLiteral(".trg"), true));
+        QVERIFY(b->vss->RemoveItem(y + ".trg", true));
         KORVODBTItemsPtr deleted = triggers->GetDeletedItems(false);
         QCOMPARE(deleted->Count(), 1);
-        const QString table2 = b->IsPostgreSQL() ? QStringLiteral("dbo.t2") : QStringLiteral("[dbo].[t2]");
-        QCOMPARE(deleted->FirstChild()->Text, QStringLiteral("trg_y on ") + table2);
-    }
-
-    void typeTables_data() { AddKindRows(); }
-    void typeTables()
-    {
-        QVERIFY(setUp());
-        const QString f = b->Create(b->FunctionText(QStringLiteral("udf_a")), QStringLiteral("udf_a"));
-        const QString v = b->Create(b->ViewText(QStringLiteral("vw_a")), QStringLiteral("vw_a"));
-        auto functions = Collection<KORVOUserDefinedFunctions>();
-        auto views = Collection<KORVOViews>();
-        // Old view files rename their description to ".sp.desc" like any type.
-        b->AddFile(QStringLiteral("dbo.vw_a.vw"), b->ViewText(QStringLiteral("vw_a")));
-        b->AddFile(QStringLiteral("dbo.vw_a.vw.desc"), QStringLiteral("v"));
-        refresh(*functions);
-        refresh(*views);
-        QCOMPARE(states(*functions), QStringList { QStringLiteral("udf_a:SQL") });
-        QCOMPARE(states(*views), QStringList { QStringLiteral("vw_a:SQL+VSS") });
-        QVERIFY(b->Files().contains(v + QStringLiteral(".sp.desc")));
-        QVERIFY(b->Files().contains(v + QStringLiteral(".vw")));
-        QCOMPARE(functions->Object(f)->IconToUse(), QStringLiteral("USERDEFINEDFUNCTION:VSSBROKEN"));
-
-        QCOMPARE(functions->ObjectType(), QStringLiteral("UserDefinedFunctions"));
-        QCOMPARE(functions->SubObjectType(), QStringLiteral("UserDefinedFunction"));
-        QCOMPARE(functions->SubObjectDisplayName(), QStringLiteral("User Defined Function"));
-        QCOMPARE(views->ObjectDisplayName(), QStringLiteral("Views"));
-        QCOMPARE(views->IconToUse(), QStringLiteral("VIEWS"));
-    }
-
-    void loadIcons()
-    {
-        auto icons = std::make_shared<KORVOIcons>();
-        KORVOTriggers triggers;
-        triggers.SetIcons(icons);
-        triggers.LoadIcons();
-        QCOMPARE(icons->Names(),
-            QStringList({ "TRIGGERS", "TRIGGER", "TRIGGER:NEW", "TRIGGER:VSSBROKEN", "TRIGGER:SQLBROKEN",
-                "TRIGGER:CHECKEDIN", "TRIGGER:CHECKEDINOUT", "TRIGGER:CHECKEDOUT", "TRIGGER:INSERT", "TRIGGER:UPDATE",
-                "TRIGGER:DELETE" }));
+        QCOMPARE(deleted->FirstChild()->Text, "trg_y on " + b->StatementName("dbo", "t2"));
     }
 };
 

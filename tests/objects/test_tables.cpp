@@ -146,7 +146,9 @@ private Q_SLOTS:
         QCOMPARE(Nodes(*items),
             QStringList({ "OWNER" + id + "|dbo||OWNER", f + "1|id||FIELD", f + "2|label||FIELD", f + "3|amount||FIELD",
                 "P" + id + "|Permission|Permission|PERMISSIONS", "T" + id + "|Triggers|Triggers|TRIGGERS" }));
-        const QStringList types = b->ColumnTypes();
+        const QStringList types = b->IsPostgreSQL()
+            ? QStringList { "integer", "character varying(20)", "numeric(10,2)" }
+            : QStringList { "int", "varchar(20)", "numeric(10, 2)" };
         const QStringList nulls { "Not Nullable", "Nullable", "Not Nullable" };
         for (int n = 1; n <= 3; ++n) {
             const QString key = f + QString::number(n);
