@@ -1,0 +1,463 @@
+// Versioned objects and their collections on both server kinds with a real
+// Subversion project: the merge of the SQL list with the file list and the
+// renames it makes, status events and cancel, keys, tree items, triggers,
+// state icons and menus, the difference test, nodes under an object, the
+// drop script, the object's files and dates.
+#include "KORVOFields.h"
+#include "KORVOTables.h"
+#include "test_backend.h"
+
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTest>
+
+namespace
+{
+
+// Records the collection's events and cancels at a chosen retrieve position.
+class Recorder : public KORVOCollectionStatusSink
+{
+public:
+    QStringList events;
+    long cancelAt = -1;
+
+    void RetrieveStatusChange(KORVOObjectCollection &, long position, long total, bool &cancel) override
+    {
+        events.append(QStringLiteral("R%1/%2").arg(position).arg(total));
+        cancel = position == cancelAt;
+    }
+    void AddingStatusChange(KORVOObjectCollection &, long position, long total, bool &) override
+    {
+        events.append(QStringLiteral("A%1/%2").arg(position).arg(total));
+    }
+    void CompletedCurrentStatus(KORVOObjectCollection &) override { events.append(QStringLiteral("C")); }
+};
+
+// "name:SQL+VSS" per object, in list order.
+QStringList states(const KORVOVersionedObjects &objects)
+{
+    QStringList out;
+    for (const auto &o : objects) {
+        QStringList sides;
+        if (o->InSQL())
+            sides << "SQL";
+        if (o->InVSS())
+            sides << "VSS";
+        out.append(o->Name() + ":" + sides.join("+"));
+    }
+    return out;
+}
+
+QString flags(const KORVOContextMenu &m)
+{
+    const QList<QPair<const char *, bool>> all { { "Edit", m.Edit }, { "Rename", m.Rename }, { "Delete", m.Delete },
+        { "AddToVSS", m.AddToVSS }, { "AddToSQL", m.AddToSQL }, { "DeleteFromVSS", m.DeleteFromVSS },
+        { "DeleteFromSQL", m.DeleteFromSQL }, { "EditPermissions", m.EditPermissions },
+        { "GetLatestVersion", m.GetLatestVersion }, { "CheckIn", m.CheckIn }, { "CheckOut", m.CheckOut },
+        { "UndoCheckout", m.UndoCheckout } };
+    QStringList on;
+    for (const auto &f : all) {
+        if (f.second)
+            on.append(QLatin1String(f.first));
+    }
+    return on.join(QLatin1Char(' '));
+}
+
+} // namespace
+
+class TestObjects : public QObject, BackendTest
+{
+    Q_OBJECT
+
+    Recorder recorder;
+
+    bool setUp()
+    {
+        recorder = Recorder();
+        return SetUp(&recorder);
+    }
+    void refresh(KORVOObjectCollection &c)
+    {
+        bool cancel = false;
+        c.RefreshList(cancel);
+        QVERIFY(!cancel);
+    }
+
+private Q_SLOTS:
+    void cleanup() { TearDown(); }
+
+    // Both sides merged; a cancel after the first SQL row, a refresh of SQL
+    // only, and a refresh after an object left the server.
+    void mergesBothSides_data() { AddKindRows(); }
+    void mergesBothSides()
+    {
+        QVERIFY(setUp());
+        b->Versioned("usp_b");
+        b->Create(ObjectClass::StoredProcedure, "usp_a");
+        // A file whose id SQL does not know and whose text names nothing there.
+        b->AddFile("900001.sp", b->Text(ObjectClass::StoredProcedure, "usp_gone"));
+        // A file without any CREATE text: its name stands in.
+        b->AddFile("900002.sp", "-- nothing here");
+        refresh(*procs);
+        QCOMPARE(states(*procs), QStringList({ "usp_a:SQL", "usp_b:SQL+VSS", "usp_gone:VSS", "900002:VSS" }));
+        QCOMPARE(procs->Object("900001")->Owner(), QStringLiteral("dbo"));
+        QCOMPARE(procs->Object("900002")->Owner(), QString());
+        QCOMPARE(recorder.events.last(), QStringLiteral("C"));
+
+        // Total: two steps per SQL row and one per file. The first object has
+        // its SQL row but not yet its file; the others keep the cleared flags,
+        // and nothing was removed.
+        recorder.events.clear();
+        recorder.cancelAt = 2;
+        bool cancel = false;
+        procs->RefreshList(cancel);
+        QVERIFY(cancel);
+        QCOMPARE(recorder.events, QStringList({ "R0/7", "R2/7" }));
+        QCOMPARE(states(*procs), QStringList({ "usp_a:SQL", "usp_b:", "usp_gone:", "900002:" }));
+
+        recorder.events.clear();
+        recorder.cancelAt = -1;
+        procs->SetCheckSQLOnly(true);
+        refresh(*procs);
+        QCOMPARE(states(*procs), QStringList({ "usp_a:SQL", "usp_b:SQL" }));
+        QCOMPARE(recorder.events, QStringList({ "R0/4", "R2/4", "R4/4", "C" }));
+
+        procs->SetCheckSQLOnly(false);
+        b->Drop(ObjectClass::StoredProcedure, "usp_a");
+        refresh(*procs);
+        QCOMPARE(states(*procs), QStringList({ "usp_b:SQL+VSS", "usp_gone:VSS", "900002:VSS" }));
+    }
+
+    // An object dropped and recreated under its name keeps its file under the new id.
+    void recreatedObjectKeepsItsFile_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<bool>("refreshedBefore");
+        for (const char *kind : { "PostgreSQL", "SQLServer" }) {
+            QTest::addRow("%s fresh list", kind) << kind << false;
+            QTest::addRow("%s list refreshed before", kind) << kind << true;
+        }
+    }
+    void recreatedObjectKeepsItsFile()
+    {
+        QVERIFY(setUp());
+        QFETCH(bool, refreshedBefore);
+        const QString oldId = b->Versioned("usp_x");
+        b->AddFile(oldId + ".sp.desc", "kept");
+        if (refreshedBefore)
+            refresh(*procs);
+        b->Drop(ObjectClass::StoredProcedure, "usp_x");
+        const QString newId = b->Create(ObjectClass::StoredProcedure, "usp_x");
+        QVERIFY(newId != oldId);
+        refresh(*procs);
+        QCOMPARE(states(*procs), QStringList { "usp_x:SQL+VSS" });
+        QCOMPARE(procs->At(0)->DBID(), newId);
+        QVERIFY(!procs->Object(oldId));
+        // Only the file moves; its description stays under the old name.
+        QCOMPARE(b->Files(), Sorted({ newId + ".sp", oldId + ".sp.desc" }));
+        QVERIFY(b->ui.boxes.isEmpty());
+    }
+
+    // Files of the old form "owner.name.ext" go to the object's id with their
+    // description (a view's as ".sp.desc", like any type's); a file naming no
+    // object stays and shows nothing.
+    void oldFormFilesAreRenamed_data() { AddKindRows(); }
+    void oldFormFilesAreRenamed()
+    {
+        QVERIFY(setUp());
+        const QString x = b->Create(ObjectClass::StoredProcedure, "usp_x");
+        const QString y = b->Create(ObjectClass::StoredProcedure, "usp_y");
+        const QString v = b->Create(ObjectClass::View, "vw_a");
+        b->AddFile("dbo.usp_x.sp", b->Text(ObjectClass::StoredProcedure, "usp_x"));
+        b->AddFile("dbo.usp_x.sp.desc", "the x");
+        // Without an owner the file means dbo's object.
+        b->AddFile("usp_y.sp", b->Text(ObjectClass::StoredProcedure, "usp_y"));
+        b->AddFile("nonsense.sp", "CREATE PROCEDURE nothing AS SELECT 1");
+        b->AddFile("dbo.vw_a.vw", b->Text(ObjectClass::View, "vw_a"));
+        b->AddFile("dbo.vw_a.vw.desc", "v");
+        auto views = b->Collection(ObjectClass::View);
+        refresh(*procs);
+        refresh(*views);
+        QCOMPARE(states(*procs), QStringList({ "usp_x:SQL+VSS", "usp_y:SQL+VSS" }));
+        QCOMPARE(states(*views), QStringList { "vw_a:SQL+VSS" });
+        QCOMPARE(
+            b->Files(), Sorted({ x + ".sp", x + ".sp.desc", y + ".sp", "nonsense.sp", v + ".vw", v + ".sp.desc" }));
+        QCOMPARE(procs->Object(x)->Description(), QStringLiteral("the x"));
+    }
+
+    void treeItems_data() { AddKindRows(); }
+    void treeItems()
+    {
+        QVERIFY(setUp());
+        const QString a = b->Versioned("usp_a"), c = b->Create(ObjectClass::StoredProcedure, "usp_c");
+        b->AddFile(a + ".sp.desc", "About a");
+        QVERIFY(b->vss->CheckOut(a + ".sp", true));
+        KORVODBTItemsPtr items = procs->GetItemInfo(true);
+        QVERIFY(items);
+        QCOMPARE(Nodes(*items),
+            QStringList({ "I" + a + "|dbo.usp_a (Checked out by alice)|StoredProcedure|STOREDPROCEDURE:CHECKEDOUT",
+                "I" + c + "|dbo.usp_c|StoredProcedure|STOREDPROCEDURE:VSSBROKEN" }));
+        QCOMPARE(items->Item(0)->ToolTipText(), QStringLiteral("About a"));
+        QCOMPARE(items->Item(1)->ToolTipText(), QStringLiteral("dbo.usp_c"));
+        QCOMPARE(Nodes(items->Item(0)->Children()), QStringList { "I" + a + "_tmp||temp|" });
+        QCOMPARE(recorder.events.mid(recorder.events.indexOf("A0/2")), QStringList({ "A0/2", "A1/2", "A2/2", "C" }));
+        QCOMPARE(procs->GetItemInfo(false)->Item("I" + c)->Text, QStringLiteral("usp_c"));
+        recorder.cancelAt = 0;
+        QVERIFY(!procs->GetItemInfo(false));
+    }
+
+    void keysAndNewItems_data() { AddKindRows(); }
+    void keysAndNewItems()
+    {
+        QVERIFY(setUp());
+        const QString a = b->Versioned("usp_a"), m = b->Versioned("usp_m");
+        refresh(*procs);
+        QCOMPARE(procs->Object(a), procs->Object("I" + a));
+        QVERIFY(procs->ObjectIsOfThisType("I" + m));
+        QVERIFY(!procs->ObjectIsOfThisType("I123"));
+        QVERIFY_THROWS_EXCEPTION(std::out_of_range, procs->Object("I123", false, false));
+
+        // A new object stays out of the main list until it has its id, and then
+        // goes in by name.
+        KORVOTypedObjectPtr fresh = procs->NewObject();
+        QVERIFY(fresh->IsNew());
+        QCOMPARE(fresh->IconToUse(), QStringLiteral("STOREDPROCEDURE:NEW"));
+        QCOMPARE(procs->Count(), 2);
+        fresh->Generic().Name = "usp_f";
+        fresh->Generic().DBID = "777";
+        fresh->NewItemCreated_Event();
+        QCOMPARE(procs->At(1), fresh);
+        QVERIFY(procs->NewItems().isEmpty());
+
+        // ChangeKey moves an object to its present id, at a position or last.
+        fresh->Generic().DBID = "778";
+        procs->ChangeKey("I777", 1);
+        QCOMPARE(procs->At(0), fresh);
+        QVERIFY(!procs->Object("777"));
+        QCOMPARE(procs->Object("I778"), fresh);
+        fresh->Generic().DBID = "779";
+        procs->ChangeKey("778", 9);
+        QCOMPARE(procs->At(2), fresh);
+        procs->RemoveItem("I779");
+        procs->RemoveItem(a);
+        QCOMPARE(states(*procs), QStringList { "usp_m:SQL+VSS" });
+    }
+
+    // Triggers know their table, fire on events shown as children, list under
+    // their table only, and a deleted one's caption names its table.
+    void triggers_data() { AddKindRows(); }
+    void triggers()
+    {
+        QVERIFY(setUp());
+        const QString t1 = b->CreateTable("dbo", "t1"), t2 = b->CreateTable("dbo", "t2");
+        const QString x = b->Create(ObjectClass::Trigger, "trg_x", 1, "t1");
+        const QString y = b->Create(ObjectClass::Trigger, "trg_y", 1, "t2");
+        b->AddFile(y + ".trg", b->ServerText(y));
+        auto triggers = b->Collection(ObjectClass::Trigger);
+        QVERIFY(!triggers->IsRootNode());
+        refresh(*triggers);
+        QCOMPARE(states(*triggers), QStringList({ "trg_x:SQL", "trg_y:SQL+VSS" }));
+        auto trigger = std::dynamic_pointer_cast<KORVOTrigger>(triggers->Object(x));
+        QCOMPARE(trigger->ParentTableDBID, t1);
+        QCOMPARE(trigger->GetFields(true)->Count(), 0);
+        QCOMPARE(Nodes(*trigger->GetItemInfo(false)),
+            QStringList({ "INSERT" + x + "|INSERT||TRIGGER:INSERT", "UPDATE" + x + "|UPDATE||TRIGGER:UPDATE" }));
+
+        KORVOTables tables;
+        tables.SetActiveDBConnection(b->sql);
+        refresh(tables);
+        QCOMPARE(Keys(*triggers->GetItemInfo(false, tables.Table(t2))), QStringList { "I" + y });
+        QCOMPARE(triggers->GetItemInfo(false)->Count(), 2);
+
+        QVERIFY(b->vss->RemoveItem(y + ".trg", true));
+        KORVODBTItemsPtr deleted = triggers->GetDeletedItems(false);
+        QCOMPARE(deleted->Count(), 1);
+        QCOMPARE(deleted->FirstChild()->Text, "trg_y on " + b->StatementName("dbo", "t2"));
+    }
+
+    void iconsAndMenusByState_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("state");
+        QTest::addColumn<QString>("icon");
+        QTest::addColumn<QString>("menu");
+        const QList<QStringList> rows {
+            { "checked in", "CHECKEDIN", "Edit Rename Delete EditPermissions GetLatestVersion CheckOut" },
+            { "checked out by me", "CHECKEDOUT", "Edit Rename Delete EditPermissions CheckIn UndoCheckout" },
+            { "checked out by another", "CHECKEDINOUT", "Edit Rename Delete EditPermissions GetLatestVersion" },
+            { "only in SQL", "VSSBROKEN", "AddToVSS DeleteFromSQL EditPermissions" },
+            { "only in VSS", "SQLBROKEN", "AddToSQL DeleteFromVSS" },
+        };
+        for (const char *kind : { "PostgreSQL", "SQLServer" }) {
+            for (const QStringList &r : rows)
+                QTest::addRow("%s %s", kind, qPrintable(r[0])) << kind << r[0] << r[1] << r[2];
+        }
+    }
+    void iconsAndMenusByState()
+    {
+        QVERIFY(setUp());
+        QFETCH(QString, state);
+        QFETCH(QString, icon);
+        QFETCH(QString, menu);
+        QString id = QStringLiteral("900001");
+        if (state == "only in SQL")
+            id = b->Create(ObjectClass::StoredProcedure, "usp_x");
+        else if (state == "only in VSS")
+            b->AddFile(id + ".sp", b->Text(ObjectClass::StoredProcedure, "usp_x"));
+        else
+            id = b->Versioned("usp_x");
+        // The list shows only our own check-outs; another user's shows after the
+        // object's own refresh.
+        if (state == "checked out by me")
+            QVERIFY(b->vss->CheckOut(id + ".sp", true));
+        KORVOTypedObjectPtr o = Refreshed(id);
+        QVERIFY(o);
+        if (state == "checked out by another")
+            o->Generic().CheckedOutBy = QStringLiteral("bob");
+        QCOMPARE(o->IconToUse(false), "STOREDPROCEDURE:" + icon);
+        QCOMPARE(o->IconToUse(true), QStringLiteral("STOREDPROCEDURE"));
+        QCOMPARE(flags(o->GetContextMenu(true)), menu);
+        QCOMPARE(o->GetContextMenu(true).DisplayName, QStringLiteral("dbo.usp_x"));
+        QCOMPARE(o->GetContextMenu(false).DisplayName, QStringLiteral("usp_x"));
+        QCOMPARE(o->RemovalRequest(), state.startsWith("only"));
+    }
+
+    void differenceIgnoresOnlyMargins_data() { AddKindRows(); }
+    void differenceIgnoresOnlyMargins()
+    {
+        QVERIFY(setUp());
+        const QString id = b->Create(ObjectClass::StoredProcedure, "usp_x");
+        const QString text = b->ServerText(id).trimmed(), item = id + ".sp";
+        b->AddFile(item, "\r\n\t " + text + "\r\n\r\n");
+        KORVOTypedObjectPtr o = Refreshed(id);
+        QVERIFY(!o->SQLAndVSSDiffer());
+        // Case counts, and so does white space inside the text.
+        for (const QString &changed : { QString(text).replace("CREATE", "create"), QString(text).replace(" ", "  ") }) {
+            QVERIFY(b->vss->ChangeItemContent(item, changed, QString(), true));
+            QVERIFY(o->SQLAndVSSDiffer());
+        }
+        // The latest checked-in text counts, not the user's working copy.
+        QVERIFY(b->vss->ChangeItemContent(item, text, QString(), true));
+        QVERIFY(b->vss->CheckOut(item, true));
+        QFile working(b->vss->GetItemFileName(item));
+        QVERIFY(working.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        working.write("changed");
+        working.close();
+        QVERIFY(!o->SQLAndVSSDiffer());
+    }
+
+    // Owner, fields with their details, permissions and the out-of-sync or
+    // check-out hint; the drop script removes the object.
+    void nodesUnderObject_data() { AddKindRows(); }
+    void nodesUnderObject()
+    {
+        QVERIFY(setUp());
+        const QString id = b->Create(ObjectClass::StoredProcedure, "usp_x");
+        const QString checkedOut = b->Versioned("usp_y");
+        QVERIFY(b->vss->CheckOut(checkedOut + ".sp", true));
+        b->AddFile("900001.sp", b->Text(ObjectClass::StoredProcedure, "usp_gone"));
+        KORVOTypedObjectPtr o = Refreshed(id);
+
+        const QString f = "F" + id + "_field_";
+        KORVODBTItemsPtr nodes = o->GetItemInfo(true, false, true);
+        QCOMPARE(Nodes(*nodes),
+            QStringList({ "OWNER" + id + "|dbo||OWNER", f + "1|" + b->Pick("p_a", "@a") + "||FIELD",
+                f + "2|" + b->Pick("p_b", "@b") + "||FIELD", "P" + id + "|Permission|Permission|PERMISSIONS",
+                "NOTINVSS" + id + "|Item out of sync (not in VSS)||STOREDPROCEDURE:VSSBROKEN" }));
+        QCOMPARE(Nodes(nodes->Item(f + "1")->Children()),
+            QStringList({ f + "1_1|" + b->Pick("integer", "int") + "||FIELDDATA", f + "1_2|Nullable||FIELDDATA" }));
+        QCOMPARE(Nodes(nodes->Item("P" + id)->Children()), QStringList { "P" + id + "_temp||temp|" });
+        // Only fields without extras, and no nullability.
+        nodes = o->GetItemInfo(true, true, false);
+        QCOMPARE(Keys(*nodes), QStringList({ f + "1", f + "2" }));
+        QCOMPARE(nodes->Item(0)->Children().Count(), 1);
+
+        QCOMPARE(Nodes(*procs->Object("900001")->GetItemInfo(true)),
+            QStringList({ "OWNER900001|dbo||OWNER",
+                "NOTINSQL900001|Item out of sync (not in SQL)||STOREDPROCEDURE:SQLBROKEN" }));
+        nodes = procs->Object(checkedOut)->GetItemInfo(false);
+        QVERIFY(!nodes->Item("OWNER" + checkedOut));
+        QCOMPARE(
+            Node(nodes->Item(nodes->Count() - 1)), "CHECKEDOUT" + checkedOut + "|Checked out by alice||CHECKEDOUTBY");
+
+        b->sql->ExecuteSQL(o->DropScript());
+        QVERIFY(!b->Exists("usp_x"));
+    }
+
+    // The SQL Server form, character for character.
+    void dropScript()
+    {
+        KORVOStoredProcedure procedure;
+        procedure.Generic().Name = QStringLiteral("usp_x");
+        procedure.Generic().Owner = QStringLiteral("dbo");
+        QCOMPARE(procedure.DropScript(),
+            QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'[dbo].[usp_x]') AND "
+                           "OBJECTPROPERTY(id, N'IsProcedure') = 1) \r\n\t DROP PROCEDURE [dbo].[usp_x]"));
+        KORVOUserDefinedFunction function;
+        function.Generic().Name = QStringLiteral("f");
+        QCOMPARE(function.DropScript(),
+            QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'[f]') AND xtype IN "
+                           "(N'FN', N'IF', N'TF') ) \r\n\t DROP FUNCTION [f]"));
+    }
+
+    void objectFiles_data() { AddKindRows(); }
+    void objectFiles()
+    {
+        QVERIFY(setUp());
+        KORVOTypedObjectPtr fresh = procs->NewObject();
+        const QString temporary = fresh->FileName();
+        QVERIFY(QFile::exists(temporary));
+        QVERIFY(
+            QFileInfo(temporary).fileName().contains(QRegularExpression("^StoredProcedure_\\d{14}_\\d{1,4}\\.sp$")));
+        QCOMPARE(QFileInfo(temporary).absolutePath(), QFileInfo(b->vss->GetItemFileName("x")).absolutePath());
+        QCOMPARE(fresh->FileName(), temporary);
+
+        // A path given while new replaces the temporary file, which goes; the
+        // path given is not deleted with the object.
+        const QString mine = b->repo->Folder("mine") + "own.sql";
+        QFile own(mine);
+        QVERIFY(own.open(QIODevice::WriteOnly));
+        own.close();
+        fresh->SetFileName(mine);
+        QVERIFY(!QFile::exists(temporary));
+        QCOMPARE(fresh->FileName(), mine);
+        fresh.reset();
+        procs = b->Collection(ObjectClass::StoredProcedure); // the old one held the new object
+        QVERIFY(QFile::exists(mine));
+
+        // The temporary file of a new object that stops being new goes.
+        KORVOTypedObjectPtr other = procs->NewObject();
+        const QString otherFile = other->FileName();
+        other->Generic().SetIsNew(false);
+        QVERIFY(!QFile::exists(otherFile));
+
+        // An object in source control has its working file fetched on demand.
+        const QString id = b->Versioned("usp_x");
+        KORVOTypedObjectPtr o = Refreshed(id);
+        const QString working = b->vss->GetItemFileName(id + ".sp");
+        QFile::remove(working);
+        QCOMPARE(o->FileName(), working);
+        QVERIFY(QFile::exists(working));
+    }
+
+    void dates_data() { AddKindRows(); }
+    void dates()
+    {
+        QVERIFY(setUp());
+        const QString id = b->Versioned("usp_x");
+        QTest::qSleep(1100);
+        QVERIFY(
+            b->vss->ChangeItemContent(id + ".sp", b->Text(ObjectClass::StoredProcedure, "usp_x", 2), "second", true));
+        const QList<QStringList> ascending = Refreshed(id)->DateSummary(true);
+        QCOMPARE(ascending.size(), 2);
+        QCOMPARE(ascending.last().at(1), QStringLiteral("second"));
+        QVERIFY(VersionDateTime(ascending.first().at(0)) < VersionDateTime(ascending.last().at(0)));
+        QVERIFY(ascending.last().at(2).toLong() > ascending.first().at(2).toLong());
+        QCOMPARE(procs->Object(id)->DateSummary(false).first(), ascending.last());
+        QCOMPARE(procs->Object(id)->FirstDate(), VersionDateTime(ascending.first().at(0)));
+        QCOMPARE(procs->Object(id)->LastDate(), VersionDateTime(ascending.last().at(0)));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestObjects)
+#include "test_objects.moc"
