@@ -378,21 +378,18 @@ inline std::unique_ptr<Backend> OpenBackend(bool withVSS = true)
     return Backend::Make(kind, withVSS);
 }
 
-inline void AddKindRows()
+// One row per kind, or "<kind> <name>" rows for each of the names with a column "row" holding the name.
+inline void AddKindRows(const QStringList &names = {})
 {
     QTest::addColumn<QString>("kind");
-    QTest::newRow("PostgreSQL") << QStringLiteral("PostgreSQL");
-    QTest::newRow("SQLServer") << QStringLiteral("SQLServer");
-}
-
-// Rows "<kind> <name>" for each kind and each of the names, with a column "row" holding the name.
-inline void AddKindRows(const QStringList &names)
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("row");
+    if (!names.isEmpty())
+        QTest::addColumn<QString>("row");
     for (const char *kind : { "PostgreSQL", "SQLServer" }) {
-        for (const QString &name : names)
-            QTest::addRow("%s %s", kind, qPrintable(name)) << QString::fromLatin1(kind) << name;
+        for (const QString &name : names.isEmpty() ? QStringList { QString() } : names) {
+            QTestData &row = QTest::addRow("%s%s", kind, qPrintable(name.isEmpty() ? name : " " + name)) << kind;
+            if (!names.isEmpty())
+                row << name;
+        }
     }
 }
 
@@ -433,6 +430,26 @@ inline QStringList Keys(const KORVODBTItems &items)
         out.append(n->Key);
     return out;
 }
+
+// Records a collection's status events ("R1/4", "A0/2", "C") and cancels at a
+// chosen retrieve position.
+class Recorder : public KORVOCollectionStatusSink
+{
+public:
+    QStringList events;
+    long cancelAt = -1;
+
+    void RetrieveStatusChange(KORVOObjectCollection &, long position, long total, bool &cancel) override
+    {
+        events.append(QStringLiteral("R%1/%2").arg(position).arg(total));
+        cancel = position == cancelAt;
+    }
+    void AddingStatusChange(KORVOObjectCollection &, long position, long total, bool &) override
+    {
+        events.append(QStringLiteral("A%1/%2").arg(position).arg(total));
+    }
+    void CompletedCurrentStatus(KORVOObjectCollection &) override { events.append(QStringLiteral("C")); }
+};
 
 // What the behaviour tests hold per test function: the backend of the row's
 // kind and a procedure collection on it, given up in cleanup().

@@ -11,21 +11,6 @@
 namespace
 {
 
-// Counts the progress events and can cancel at the first retrieve event.
-class Sink : public KORVOCollectionStatusSink
-{
-public:
-    int retrieved = 0, added = 0, completed = 0;
-    bool cancelRetrieve = false;
-    void RetrieveStatusChange(KORVOObjectCollection &, long, long, bool &cancel) override
-    {
-        ++retrieved;
-        cancel = cancelRetrieve;
-    }
-    void AddingStatusChange(KORVOObjectCollection &, long, long, bool &) override { ++added; }
-    void CompletedCurrentStatus(KORVOObjectCollection &) override { ++completed; }
-};
-
 std::shared_ptr<KORVOTables> MakeTables(Backend &b)
 {
     auto tables = std::make_shared<KORVOTables>();
@@ -113,25 +98,20 @@ private Q_SLOTS:
         const QString id = b->CreateTable("dbo", "t_items"), otherId = b->CreateTable(other, "t_items");
         auto tables = MakeTables(*b);
         // A cancelled refresh gives no list.
-        Sink stop;
-        stop.cancelRetrieve = true;
-        tables->SetStatusSink(&stop);
+        Recorder recorder;
+        recorder.cancelAt = 0;
+        tables->SetStatusSink(&recorder);
         QVERIFY(!tables->GetItemInfo(false));
-        QCOMPARE(stop.retrieved, 1);
-        QCOMPARE(stop.completed, 0);
+        QCOMPARE(recorder.events, QStringList { "R0/2" });
         QCOMPARE(tables->Count(), 0);
-
-        Sink sink;
-        tables->SetStatusSink(&sink);
+        recorder = Recorder();
         KORVODBTItemsPtr folder = tables->GetItemInfo(true);
         QVERIFY(folder);
         QCOMPARE(Nodes(*folder),
             QStringList(
                 { "I" + id + "|dbo.t_items|Table|TABLE", "I" + otherId + "|" + other + ".t_items|Table|TABLE" }));
         QCOMPARE(Nodes(folder->FirstChild()->Children()), QStringList { "I" + id + "_tmp||temp|" });
-        QCOMPARE(sink.retrieved, 1 + 2);
-        QCOMPARE(sink.added, 1);
-        QCOMPARE(sink.completed, 2);
+        QCOMPARE(recorder.events, QStringList({ "R0/2", "R1/2", "R2/2", "C", "A0/2", "C" }));
         QCOMPARE(tables->GetItemInfo(false)->FirstChild()->Text, QStringLiteral("t_items"));
 
         // Both key forms reach the table.

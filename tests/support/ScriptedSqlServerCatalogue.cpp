@@ -18,6 +18,11 @@ bool same(const QString &a, const QString &b)
     return a.compare(b, Qt::CaseInsensitive) == 0;
 }
 
+QString user(Call &c, int uid)
+{
+    return c.server.userName(c.db, uid);
+}
+
 BatchResult rows(const QStringList &fields, const QList<QVariantList> &data = {})
 {
     BatchResult r;
@@ -43,7 +48,7 @@ BatchResult objectRows(Call &c, const std::function<bool(const Object &)> &pass)
     QList<QVariantList> data;
     for (const Object &o : c.db.Objects) {
         if (pass(o))
-            data.append({ qlonglong(o.Id), o.Name, c.server.userName(c.db, o.Uid) });
+            data.append({ qlonglong(o.Id), o.Name, user(c, o.Uid) });
     }
     return rows({ "id", "name", "UserName" }, data);
 }
@@ -141,7 +146,7 @@ void addVersionedStatements(ScriptedSqlServer &server)
             [=](Call &c) {
                 return objectRows(c, [&](const Object &o) {
                     return xtypes.contains(o.XType) && !c.arg(1).isNull() && !c.arg(2).isNull()
-                        && same(o.Name, c.arg(1)) && same(c.server.userName(c.db, o.Uid), c.arg(2));
+                        && same(o.Name, c.arg(1)) && same(user(c, o.Uid), c.arg(2));
                 });
             });
         server.addStatement(
@@ -198,7 +203,7 @@ void addTableAndPermissionStatements(ScriptedSqlServer &server)
             const bool byOwner = c.match.capturedLength(2) > 0;
             return objectRows(c, [&](const Object &o) {
                 return o.XType == QLatin1String("U") && same(o.Name, c.arg(1))
-                    && (!byOwner || same(c.server.userName(c.db, o.Uid), c.arg(2)));
+                    && (!byOwner || same(user(c, o.Uid), c.arg(2)));
             });
         });
     server.addStatement(
@@ -208,7 +213,7 @@ void addTableAndPermissionStatements(ScriptedSqlServer &server)
         [](Call &c) {
             const Object *o = c.server.objectById(c.db.Name, c.arg(1).toLong());
             return rows({ "ObjectName", "OwnerName" },
-                o ? QList<QVariantList> { { o->Name, c.server.userName(c.db, o->Uid) } } : QList<QVariantList>());
+                o ? QList<QVariantList> { { o->Name, user(c, o->Uid) } } : QList<QVariantList>());
         });
     server.addStatement(ScriptedSqlServer::exact("EXECUTE sp_helprole"), [](Call &c) {
         QList<QVariantList> data;
@@ -233,19 +238,18 @@ void addTableAndPermissionStatements(ScriptedSqlServer &server)
             const bool oneGrantee = c.match.capturedLength(2) > 0;
             QList<const Protection *> found;
             for (const Protection &p : c.db.Protections) {
-                if (o && p.Id == o->Id && (!oneGrantee || same(c.server.userName(c.db, p.Uid), c.arg(2))))
+                if (o && p.Id == o->Id && (!oneGrantee || same(user(c, p.Uid), c.arg(2))))
                     found.append(&p);
             }
             if (found.isEmpty())
                 throw ScriptedSqlServer::serverError(15330, "There are no matching rows on which to report.");
             std::stable_sort(found.begin(), found.end(), [&](const Protection *a, const Protection *b) {
-                return c.server.userName(c.db, a->Uid).compare(c.server.userName(c.db, b->Uid), Qt::CaseInsensitive)
-                    < 0;
+                return user(c, a->Uid).compare(user(c, b->Uid), Qt::CaseInsensitive) < 0;
             });
             QList<QVariantList> data;
             for (const Protection *p : found)
-                data.append({ c.server.userName(c.db, o->Uid), o->Name, c.server.userName(c.db, p->Uid), "dbo",
-                    p->ProtectType.leftJustified(10), p->Action, "." });
+                data.append({ user(c, o->Uid), o->Name, user(c, p->Uid), "dbo", p->ProtectType.leftJustified(10),
+                    p->Action, "." });
             return rows({ "Owner", "Object", "Grantee", "Grantor", "ProtectType", "Action", "Column" }, data);
         });
     server.addStatement(
