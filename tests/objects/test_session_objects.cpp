@@ -187,31 +187,36 @@ private Q_SLOTS:
         QVERIFY(views->ObjectIsOfThisType(second));
     }
 
-    // An object dropped and recreated under its name: the node follows it to
-    // the new id, the next listing moves its file; gone from both sides, the
-    // node goes.
-    void recreatedObjectNodeFollows_data() { AddKindRows(); }
-    void recreatedObjectNodeFollows()
+    // An object dropped and recreated under its name: a node listed before
+    // follows it to the new id; the next listing moves its file (not its
+    // description) to the new id; gone from both sides, the node goes.
+    void recreatedObjectKeepsItsFile_data() { AddKindRows({ "fresh list", "listed before" }); }
+    void recreatedObjectKeepsItsFile()
     {
         QVERIFY(setUp());
+        QFETCH(QString, row);
         const QString oldId = b->Versioned("usp_a");
-        session->GetItemInfo("StoredProcedures", "StoredProcedures");
+        b->AddFile(oldId + ".sp.desc", "kept");
+        if (row == "listed before")
+            session->GetItemInfo("StoredProcedures", "StoredProcedures");
         b->Drop(ObjectClass::StoredProcedure, "usp_a");
         const QString newId = b->Create(ObjectClass::StoredProcedure, "usp_a");
-
-        KORVODBTItemPtr item = session->RefreshItem("StoredProcedure", "I" + oldId);
-        QCOMPARE(Node(item), "I" + newId + "|dbo.usp_a|StoredProcedure|STOREDPROCEDURE:CHECKEDIN");
-        QCOMPARE(item->KeyChanged, oldId);
-        QVERIFY(!item->RemoveItem);
-        QVERIFY(object("StoredProcedure", "I" + newId));
+        QVERIFY(newId != oldId);
+        if (row == "listed before") {
+            KORVODBTItemPtr item = session->RefreshItem("StoredProcedure", "I" + oldId);
+            QCOMPARE(Node(item), "I" + newId + "|dbo.usp_a|StoredProcedure|STOREDPROCEDURE:CHECKEDIN");
+            QCOMPARE(item->KeyChanged, oldId);
+            QVERIFY(!item->RemoveItem);
+        }
+        QCOMPARE(Keys(*session->GetItemInfo("StoredProcedures", "StoredProcedures")), QStringList { "I" + newId });
         QVERIFY(!object("StoredProcedure", "I" + oldId));
-        session->GetItemInfo("StoredProcedures", "StoredProcedures");
-        QCOMPARE(b->Files("*.sp"), QStringList { newId + ".sp" });
+        QCOMPARE(b->Files(), Sorted({ newId + ".sp", oldId + ".sp.desc" }));
+        QVERIFY(b->ui.boxes.isEmpty());
 
         b->Drop(ObjectClass::StoredProcedure, "usp_a");
         QVERIFY(b->vss->RemoveItem(newId + ".sp", true));
         KORVOTypedObjectPtr o = std::dynamic_pointer_cast<KORVOTypedObject>(object("StoredProcedure", "I" + newId));
-        item = session->RefreshItem("StoredProcedure", "I" + newId);
+        KORVODBTItemPtr item = session->RefreshItem("StoredProcedure", "I" + newId);
         QVERIFY(item->RemoveItem && item->KeyChanged.isEmpty());
         QVERIFY(o->Name().isEmpty());
         QVERIFY(!object("StoredProcedure", "I" + newId));

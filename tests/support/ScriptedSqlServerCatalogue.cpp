@@ -113,75 +113,11 @@ QList<QVariantList> columnRows(const Object &o)
     return out;
 }
 
-void addVersionedStatements(ScriptedSqlServer &server)
+} // namespace
+
+void AddCatalogueStatements(ScriptedSqlServer &server)
 {
-    const SQLServerKind kind;
-    for (ObjectClass cls :
-        { ObjectClass::StoredProcedure, ObjectClass::View, ObjectClass::Trigger, ObjectClass::UserDefinedFunction }) {
-        const ServerKind::VersionedStatements s = kind.VersionedObjectStatements(cls);
-        const QStringList xtypes = cls == ObjectClass::StoredProcedure ? QStringList { "P" }
-            : cls == ObjectClass::View                                 ? QStringList { "V" }
-            : cls == ObjectClass::Trigger                              ? QStringList { "TR" }
-                                                                       : QStringList { "FN", "IF", "TF" };
-        const bool isTrigger = cls == ObjectClass::Trigger;
-        // Functions are listed with system ones; the other lists leave category 2 out.
-        const bool withSystem = cls == ObjectClass::UserDefinedFunction;
-
-        server.addStatement(ScriptedSqlServer::exact(s.ListQuery), [=](Call &c) {
-            QList<QVariantList> data;
-            for (const Object *o : sortedByName<Object>(c.db.Objects,
-                     [&](const Object &o) { return xtypes.contains(o.XType) && (withSystem || o.Category != 2); })) {
-                data.append({ qlonglong(o->Id), o->Name });
-                if (isTrigger)
-                    data.last().append(qlonglong(o->ParentId));
-            }
-            return rows(isTrigger ? QStringList { "id", "name", "parent_obj" } : QStringList { "id", "name" }, data);
-        });
-        server.addStatement(ScriptedSqlServer::exact(s.DBQueryStart + s.DBQueryByID + " {num}"), [=](Call &c) {
-            return objectRows(
-                c, [&](const Object &o) { return xtypes.contains(o.XType) && QString::number(o.Id) == c.arg(1); });
-        });
-        server.addStatement(
-            ScriptedSqlServer::exact(s.DBQueryStart + s.DBQueryByName + " {text}" + s.DBQueryByOwner + " {text}"),
-            [=](Call &c) {
-                return objectRows(c, [&](const Object &o) {
-                    return xtypes.contains(o.XType) && !c.arg(1).isNull() && !c.arg(2).isNull()
-                        && same(o.Name, c.arg(1)) && same(user(c, o.Uid), c.arg(2));
-                });
-            });
-        server.addStatement(
-            ScriptedSqlServer::exact(QString(s.LookupQuery).replace(QLatin1String("#NAME#"), QLatin1String("{raw}"))),
-            [=](Call &c) {
-                const Object *o = resolve(c, c.match.captured(1),
-                    [&](const Object &o) { return xtypes.contains(o.XType) && o.Category != 2; });
-                return rows({ "id" }, o ? QList<QVariantList> { { qlonglong(o->Id) } } : QList<QVariantList>());
-            });
-    }
-
-    const ServerKind::VersionedStatements any = kind.VersionedObjectStatements(ObjectClass::StoredProcedure);
-    server.addStatement(ScriptedSqlServer::exact(any.ParameterQuery1 + "{num}" + any.ParameterQuery2), [](Call &c) {
-        const Object *o = c.server.objectById(c.db.Name, c.arg(1).toLong());
-        return rows({ "ColName", "ColLength", "ColXprec", "ColScale", "ColNullable", "ColType" },
-            o ? columnRows(*o) : QList<QVariantList>());
-    });
-
-    const QString events = kind.VersionedObjectStatements(ObjectClass::Trigger).TriggerEventsQuery;
-    server.addStatement(ScriptedSqlServer::exact(events + "{raw}"), [](Call &c) {
-        static const QRegularExpression fires(
-            "\\b(?:FOR|AFTER|INSTEAD\\s+OF)\\s+((?:INSERT|UPDATE|DELETE)(?:\\s*,\\s*(?:INSERT|UPDATE|DELETE))*)",
-            QRegularExpression::CaseInsensitiveOption);
-        const Object *o = c.server.objectById(c.db.Name, c.match.captured(1).trimmed().toLong());
-        QList<QVariantList> data;
-        if (o && o->XType == QLatin1String("TR")) {
-            const QString list = fires.match(o->Text).captured(1).toUpper();
-            data.append({ int(list.contains("INSERT")), int(list.contains("UPDATE")), int(list.contains("DELETE")) });
-        }
-        return rows({ "ISINSERT", "ISUPDATE", "ISDELETE" }, data);
-    });
-}
-
-void addTableAndPermissionStatements(ScriptedSqlServer &server)
-{
+    // Tables and the permission model.
     const QString tableRows = QStringLiteral("SELECT so.id, so.name, su.name AS [UserName] FROM sysobjects so INNER "
                                              "JOIN sysusers su ON so.uid = su.uid WHERE ");
     server.addStatement(
@@ -277,12 +213,69 @@ void addTableAndPermissionStatements(ScriptedSqlServer &server)
                 c.db.Protections.append({ o->Id, uid, action, word(c.match.captured(1)) });
             return rows({});
         });
-}
 
-} // namespace
+    // Versioned objects; their parameter statement gives the columns of tables too.
+    const SQLServerKind kind;
+    for (ObjectClass cls :
+        { ObjectClass::StoredProcedure, ObjectClass::View, ObjectClass::Trigger, ObjectClass::UserDefinedFunction }) {
+        const ServerKind::VersionedStatements s = kind.VersionedObjectStatements(cls);
+        const QStringList xtypes = cls == ObjectClass::StoredProcedure ? QStringList { "P" }
+            : cls == ObjectClass::View                                 ? QStringList { "V" }
+            : cls == ObjectClass::Trigger                              ? QStringList { "TR" }
+                                                                       : QStringList { "FN", "IF", "TF" };
+        const bool isTrigger = cls == ObjectClass::Trigger;
+        // Functions are listed with system ones; the other lists leave category 2 out.
+        const bool withSystem = cls == ObjectClass::UserDefinedFunction;
 
-void AddCatalogueStatements(ScriptedSqlServer &server)
-{
-    addTableAndPermissionStatements(server);
-    addVersionedStatements(server);
+        server.addStatement(ScriptedSqlServer::exact(s.ListQuery), [=](Call &c) {
+            QList<QVariantList> data;
+            for (const Object *o : sortedByName<Object>(c.db.Objects,
+                     [&](const Object &o) { return xtypes.contains(o.XType) && (withSystem || o.Category != 2); })) {
+                data.append({ qlonglong(o->Id), o->Name });
+                if (isTrigger)
+                    data.last().append(qlonglong(o->ParentId));
+            }
+            return rows(isTrigger ? QStringList { "id", "name", "parent_obj" } : QStringList { "id", "name" }, data);
+        });
+        server.addStatement(ScriptedSqlServer::exact(s.DBQueryStart + s.DBQueryByID + " {num}"), [=](Call &c) {
+            return objectRows(
+                c, [&](const Object &o) { return xtypes.contains(o.XType) && QString::number(o.Id) == c.arg(1); });
+        });
+        server.addStatement(
+            ScriptedSqlServer::exact(s.DBQueryStart + s.DBQueryByName + " {text}" + s.DBQueryByOwner + " {text}"),
+            [=](Call &c) {
+                return objectRows(c, [&](const Object &o) {
+                    return xtypes.contains(o.XType) && !c.arg(1).isNull() && !c.arg(2).isNull()
+                        && same(o.Name, c.arg(1)) && same(user(c, o.Uid), c.arg(2));
+                });
+            });
+        server.addStatement(
+            ScriptedSqlServer::exact(QString(s.LookupQuery).replace(QLatin1String("#NAME#"), QLatin1String("{raw}"))),
+            [=](Call &c) {
+                const Object *o = resolve(c, c.match.captured(1),
+                    [&](const Object &o) { return xtypes.contains(o.XType) && o.Category != 2; });
+                return rows({ "id" }, o ? QList<QVariantList> { { qlonglong(o->Id) } } : QList<QVariantList>());
+            });
+    }
+
+    const ServerKind::VersionedStatements any = kind.VersionedObjectStatements(ObjectClass::StoredProcedure);
+    server.addStatement(ScriptedSqlServer::exact(any.ParameterQuery1 + "{num}" + any.ParameterQuery2), [](Call &c) {
+        const Object *o = c.server.objectById(c.db.Name, c.arg(1).toLong());
+        return rows({ "ColName", "ColLength", "ColXprec", "ColScale", "ColNullable", "ColType" },
+            o ? columnRows(*o) : QList<QVariantList>());
+    });
+
+    const QString events = kind.VersionedObjectStatements(ObjectClass::Trigger).TriggerEventsQuery;
+    server.addStatement(ScriptedSqlServer::exact(events + "{raw}"), [](Call &c) {
+        static const QRegularExpression fires(
+            "\\b(?:FOR|AFTER|INSTEAD\\s+OF)\\s+((?:INSERT|UPDATE|DELETE)(?:\\s*,\\s*(?:INSERT|UPDATE|DELETE))*)",
+            QRegularExpression::CaseInsensitiveOption);
+        const Object *o = c.server.objectById(c.db.Name, c.match.captured(1).trimmed().toLong());
+        QList<QVariantList> data;
+        if (o && o->XType == QLatin1String("TR")) {
+            const QString list = fires.match(o->Text).captured(1).toUpper();
+            data.append({ int(list.contains("INSERT")), int(list.contains("UPDATE")), int(list.contains("DELETE")) });
+        }
+        return rows({ "ISINSERT", "ISUPDATE", "ISDELETE" }, data);
+    });
 }
