@@ -2,9 +2,17 @@
 
 #include "KORVOVSS.h"
 
+#include <algorithm>
+
 namespace
 {
 const QString descExt = QStringLiteral(".desc");
+
+// Only blanks count as empty here; a text of line breaks is kept as it is.
+bool onlyBlanks(const QString &text)
+{
+    return std::all_of(text.cbegin(), text.cend(), [](QChar c) { return c == QLatin1Char(' '); });
+}
 }
 
 QString KORVODescription::Description() const
@@ -15,7 +23,7 @@ QString KORVODescription::Description() const
     if (!mConnection->ItemExists(item, false))
         return {};
     const QString text = mConnection->ItemContent(item, false, -1, true, false);
-    return text.trimmed().isEmpty() ? QString() : text;
+    return onlyBlanks(text) ? QString() : text;
 }
 
 void KORVODescription::SetDescription(const QString &value)
@@ -28,7 +36,7 @@ void KORVODescription::SetDescription(const QString &value)
     if (mConnection->ItemExists(item, false)) {
         if (mConnection->CheckOut(item, true))
             mConnection->CheckIn(item, text, QStringLiteral("True"), false);
-    } else if (!text.trimmed().isEmpty()) {
+    } else if (!onlyBlanks(text)) {
         mConnection->AddItem(item, text, true, QString());
     }
 }
