@@ -335,7 +335,7 @@ QStringList KORVOSQL::FindDatabases(const QString &server, const QString &userNa
 {
     QStringList names { QString() };
     std::unique_ptr<SqlConnection> conn = Driver().Open(
-        CreateConnectionString(server, mKind->MaintenanceDatabase(), userName, password, resolveUseNT(useNT)));
+        CreateConnectionString(server, mKind->MaintenanceDatabase(), userName, password, useNT != 0));
     const auto rs = conn->OpenRecordset(mKind->DatabaseListStatement());
     for (; !rs->Eof(); rs->MoveNext())
         names.append(rs->FieldText(QStringLiteral("name")));
@@ -349,7 +349,7 @@ QString KORVOSQL::ValidSQLDMOConnectionString(
     try {
         // Connecting to the database itself tells a missing database from a refused login.
         std::unique_ptr<SqlConnection> conn = Driver().Open(CreateConnectionString(server,
-            database.isEmpty() ? mKind->MaintenanceDatabase() : database, userName, password, resolveUseNT(useNT)));
+            database.isEmpty() ? mKind->MaintenanceDatabase() : database, userName, password, useNT != 0));
         conn->Close();
         return QString();
     } catch (const SqlError &e) {
@@ -370,7 +370,7 @@ QString KORVOSQL::ValidSQLDMOConnectionString(
 QString KORVOSQL::ValidateConnectionInformationADO(
     const QString &server, const QString &userName, const QString &password, const QString &database, int useNT)
 {
-    const QString result = TestConnection(server, database, userName, password, resolveUseNT(useNT));
+    const QString result = TestConnection(server, database, userName, password, useNT != 0);
     return result.isEmpty() ? result : FormatSQLError(result);
 }
 

@@ -110,6 +110,7 @@ public:
     bool UserDefinedFunctionsAllowed();
 
     // --- Server lists and checks (the server kinds answer these themselves) ---
+    // Here useNT is a plain flag: any value but 0 means the operating-system login.
     bool SQLDMOInstalled() const { return true; }
     // Element 0 is empty, names from 1.
     QStringList FindServers() const;
