@@ -57,10 +57,14 @@ bool KORVOObjectVSS::RenameItem(const QString &newName, bool silent)
     if (mSQL->ExtractOwnerAndItemName(oldName).value(1).compare(newName, Qt::CaseInsensitive) == 0)
         return refuse(sameName);
 
+    const QString notLocated
+        = QStringLiteral("Cannot rename a Item! After creating the New object, it could not be located in the database!");
+    // A text without its keywords gives nothing to run, so no new object was
+    // made: an object that already has the new name must not be taken for it.
+    if (newText.isEmpty())
+        return refuse(notLocated);
     try {
-        // A text without its keywords gives nothing to run; the look-up below says so.
-        if (!newText.isEmpty())
-            mSQL->ExecuteSQL(kind.CreatingText(newText));
+        mSQL->ExecuteSQL(kind.CreatingText(newText));
     } catch (const SqlError &error) {
         if (!silent)
             Box(UiServices::Icon::Critical, QStringLiteral("Could not Rename Item"), CleanSQLError(error.Description));
@@ -68,8 +72,7 @@ bool KORVOObjectVSS::RenameItem(const QString &newName, bool silent)
     }
     const QString newId = LookupObjectID(newName, Owner);
     if (newId.isEmpty())
-        return refuse(QStringLiteral(
-            "Cannot rename a Item! After creating the New object, it could not be located in the database!"));
+        return refuse(notLocated);
 
     // Read while the old object still exists.
     const std::shared_ptr<KORVOPermissions> permissions

@@ -406,6 +406,8 @@ private Q_SLOTS:
             row("not found", "Rename Aborted",
                 "Cannot rename a Item! After creating the New object, it could not be located in the database!");
             row("source control", "Could not Rename Item", "~commits are closed");
+            row("no keywords", "Rename Aborted",
+                "Cannot rename a Item! After creating the New object, it could not be located in the database!");
         }
     }
     void renameFailures()
@@ -416,6 +418,9 @@ private Q_SLOTS:
         QFETCH(QString, text);
         KORVOTypedObjectPtr o = checkedIn("usp_r"), target = o;
         QVERIFY(o);
+        // A text without its CREATE, towards a name that another object has.
+        if (step == "no keywords")
+            QVERIFY(b->vss->ChangeItemContent(o->DBID() + ".sp", "-- usp_r", "elsewhere", true));
         const QString item = o->DBID() + ".sp", vssBefore = b->Latest(item);
         const int versions = o->Generic().History().size();
         if (step == "new") {
@@ -424,7 +429,7 @@ private Q_SLOTS:
             QVERIFY(o->CheckOut());
         } else if (step == "out of sync") {
             target = Refreshed(b->Create(ObjectClass::StoredProcedure, "usp_sqlonly"));
-        } else if (step == "create") {
+        } else if (step == "create" || step == "no keywords") {
             b->Create(ObjectClass::StoredProcedure, "usp_s");
         } else if (step == "not found" && b->IsPostgreSQL()) {
             // A trigger of the new name makes the name ambiguous to the look-up.
@@ -453,7 +458,7 @@ private Q_SLOTS:
         QCOMPARE(b->CheckedOutBy(item), QString(step == "checked out" ? "alice" : ""));
         // Refused: nothing was created, and silent there is no box. Failed: the
         // new object may be left behind.
-        if (step == "create" || step == "not found" || step == "source control") {
+        if (step == "create" || step == "not found" || step == "source control" || step == "no keywords") {
             QVERIFY(procedureExists("usp_s"));
         } else {
             QVERIFY(!b->Exists("usp_s"));
