@@ -199,8 +199,8 @@ bool KORVOObjectVSS::Rollback(long version, bool silent)
     try {
         mSQL->ExecuteSQL(kind.CreatingText(old));
     } catch (const SqlError &error) {
-        if (!silent)
-            Box(UiServices::Icon::Critical, rollbackFailed, CleanSQLError(error.Description));
+        // Shown even when silent: only the refusals above are kept quiet.
+        Box(UiServices::Icon::Critical, rollbackFailed, CleanSQLError(error.Description));
         return false;
     }
     const QString newId = LookupObjectID(written.value(1), written.value(0));
@@ -219,7 +219,7 @@ bool KORVOObjectVSS::Rollback(long version, bool silent)
     mSQL->ExecuteSQL(DropScript());
     DBID = newId;
     Name = written.value(1);
-    if (mType.HasPermissions && !CarryPermissionsOver(permissions, newId) && !silent)
+    if (mType.HasPermissions && !CarryPermissionsOver(permissions, newId))
         Box(UiServices::Icon::Warning, QStringLiteral("Problem Coping Object Permissions"),
             QStringLiteral("WARNING: The permissions of the Old Item could not be transfered to the New Item!"));
     return true;
