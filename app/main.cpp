@@ -1,20 +1,20 @@
 #include "HelpIntegration.h"
 #include "KORVODatabase.h"
 #include "KORVOObjectFactory.h"
+#include "KorvoApplication.h"
 #include "QtUiServices.h"
 #include "frmInitialize.h"
 #include "mdiMain.h"
 
-#include <QApplication>
-
 int main(int argc, char *argv[])
 {
-    QApplication app(argc, argv);
+    KorvoApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("KORVO"));
     QApplication::setApplicationVersion(QStringLiteral("%1.%2").arg(KORVO_VERSION_MAJOR).arg(KORVO_VERSION_MINOR));
 
     // These live for the whole run; the windows are handed references.
     QtUiServices ui;
+    app.SetUi(&ui);
     HelpIntegration help(ui);
     frmInitialize splash(ui, help, [&ui] {
         return std::make_shared<KORVODatabase>(
