@@ -188,24 +188,11 @@ QString PostgreSQLKind::FormatName(const QString &owner, const QString &name) co
 
 QStringList PostgreSQLKind::SplitName(const QString &name) const
 {
-    bool quoted = false;
-    qsizetype split = -1;
-    for (qsizetype i = 0; i < name.size() && split < 0; ++i) {
-        const QChar c = name.at(i);
-        if (c == QLatin1Char('"'))
-            quoted = !quoted;
-        else if (c == QLatin1Char('.') && !quoted)
-            split = i;
-    }
-    QString owner = split >= 0 ? name.left(split) : QString();
-    QString item = split >= 0 ? name.mid(split + 1) : name;
     // Brackets mean nothing here, but names may come from texts of the other kind.
-    for (QString *part : { &owner, &item }) {
-        part->remove(QLatin1Char('['));
-        part->remove(QLatin1Char(']'));
-        *part = FoldIdent(*part);
-    }
-    return { owner, item };
+    QStringList parts = SplitAtOwnerDot(name, QLatin1Char('"'), QLatin1Char('"'));
+    for (QString &part : parts)
+        part = FoldIdent(part);
+    return parts;
 }
 
 SQLKeywordPatterns PostgreSQLKind::CreatePatterns(ObjectClass cls) const
@@ -351,4 +338,14 @@ QString PostgreSQLKind::PermissionStatement(
 QString PostgreSQLKind::ParseOnlyMissingText() const
 {
     return QStringLiteral("PostgreSQL has no parse-only mode. Could not parse query");
+}
+
+QString PostgreSQLKind::AttributeColumnsQuery1()
+{
+    // The type name carries its size; the size fields stay NULL.
+    return QStringLiteral(
+        "SELECT a.attname::text AS \"ColName\", NULL::int AS \"ColLength\", NULL::int AS \"ColXprec\", NULL::int "
+        "AS \"ColScale\", CASE WHEN a.attnotnull THEN 0 ELSE 1 END AS \"ColNullable\", "
+        "pg_catalog.format_type(a.atttypid, a.atttypmod) AS \"ColType\" FROM pg_catalog.pg_attribute a WHERE "
+        "a.attnum > 0 AND NOT a.attisdropped AND a.attrelid::bigint = ");
 }

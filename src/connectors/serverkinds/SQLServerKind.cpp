@@ -141,24 +141,7 @@ QStringList SQLServerKind::SplitName(const QString &name) const
 
 QStringList SQLServerKind::ExtractOwnerAndItemName(const QString &name)
 {
-    bool inBracket = false;
-    qsizetype split = -1;
-    for (qsizetype i = 0; i < name.size() && split < 0; ++i) {
-        const QChar c = name.at(i);
-        if (c == QLatin1Char('['))
-            inBracket = true;
-        else if (c == QLatin1Char(']'))
-            inBracket = false;
-        else if (c == QLatin1Char('.') && !inBracket)
-            split = i;
-    }
-    QString owner = split >= 0 ? name.left(split) : QString();
-    QString item = split >= 0 ? name.mid(split + 1) : name;
-    for (QString *part : { &owner, &item }) {
-        part->remove(QLatin1Char('['));
-        part->remove(QLatin1Char(']'));
-    }
-    return { owner, item };
+    return SplitAtOwnerDot(name, QLatin1Char('['), QLatin1Char(']'));
 }
 
 SQLKeywordPatterns SQLServerKind::CreatePatterns(ObjectClass cls) const

@@ -186,6 +186,11 @@ public:
     // kind has none, and then ParseOnlyMissingText() is the check's error text.
     virtual QString ParseOnlyStatement() const = 0;
     virtual QString ParseOnlyMissingText() const { return QString(); }
+
+protected:
+    // Splits "owner.name" at the first "." outside quoting (open and close may be
+    // the same character) and drops brackets from both parts.
+    static QStringList SplitAtOwnerDot(const QString &name, QChar open, QChar close);
 };
 
 // Microsoft SQL Server, over ODBC; statements as the catalogue of sysobjects and
@@ -333,4 +338,7 @@ public:
     static QString QuoteIdent(const QString &identifier);
     // A name as PostgreSQL reads it: quoted parts kept, unquoted ones folded to lower case.
     static QString FoldIdent(const QString &identifier);
+    // Column rows of a table or view: + oid + AttributeColumnsQuery2.
+    static QString AttributeColumnsQuery1();
+    static QString AttributeColumnsQuery2() { return QStringLiteral(" ORDER BY a.attnum"); }
 };

@@ -154,13 +154,8 @@ ServerKind::TableStatements PostgreSQLKind::TableObjectStatements() const
     s.DBQuery = columns + QLatin1String(PgUserTables) + QStringLiteral("AND c.oid::bigint = ");
     s.DBQueryByName = columns + QLatin1String(PgUserTables) + QStringLiteral("AND c.relname = ");
     s.DBQueryByOwner = QStringLiteral(" AND n.nspname = ");
-    // The type name carries its size; the size fields stay NULL.
-    s.ParameterQuery1 = QStringLiteral(
-        "SELECT a.attname::text AS \"ColName\", NULL::int AS \"ColLength\", NULL::int AS \"ColXprec\", NULL::int "
-        "AS \"ColScale\", CASE WHEN a.attnotnull THEN 0 ELSE 1 END AS \"ColNullable\", "
-        "pg_catalog.format_type(a.atttypid, a.atttypmod) AS \"ColType\" FROM pg_catalog.pg_attribute a WHERE "
-        "a.attnum > 0 AND NOT a.attisdropped AND a.attrelid::bigint = ");
-    s.ParameterQuery2 = QStringLiteral(" ORDER BY a.attnum");
+    s.ParameterQuery1 = AttributeColumnsQuery1();
+    s.ParameterQuery2 = AttributeColumnsQuery2();
     return s;
 }
 

@@ -159,12 +159,8 @@ ServerKind::VersionedStatements PostgreSQLKind::VersionedObjectStatements(Object
             "\"ColName\", \"ColType\") WHERE p.oid::bigint = ");
         s.ParameterQuery2 = QStringLiteral(" ORDER BY x.ord");
     } else if (cls == ObjectClass::View) {
-        s.ParameterQuery1 = QStringLiteral(
-            "SELECT a.attname::text AS \"ColName\", NULL::int AS \"ColLength\", NULL::int AS \"ColXprec\", NULL::int "
-            "AS \"ColScale\", CASE WHEN a.attnotnull THEN 0 ELSE 1 END AS \"ColNullable\", "
-            "pg_catalog.format_type(a.atttypid, a.atttypmod) AS \"ColType\" FROM pg_catalog.pg_attribute a WHERE "
-            "a.attnum > 0 AND NOT a.attisdropped AND a.attrelid::bigint = ");
-        s.ParameterQuery2 = QStringLiteral(" ORDER BY a.attnum");
+        s.ParameterQuery1 = AttributeColumnsQuery1();
+        s.ParameterQuery2 = AttributeColumnsQuery2();
     }
     s.ListQuery = QStringLiteral("SELECT %1::bigint AS id, %2::text AS name%3 ")
                       .arg(shape.idColumn, shape.nameColumn,
