@@ -1,5 +1,6 @@
 #include "KORVOFields.h"
 
+#include "KORVODBTItem.h"
 #include "driver/Recordset.h"
 
 #include <QVariant>
@@ -57,4 +58,20 @@ KORVOFieldsPtr FieldsFromColumns(Recordset &columns, const QString &blankFieldDi
                     : QStringLiteral("Not Nullable"));
     }
     return fields;
+}
+
+void AddFieldItems(KORVODBTItems &items, const QString &dbid, const KORVOFields &fields)
+{
+    int n = 0;
+    for (const KORVOFieldPtr &field : fields) {
+        KORVODBTItemPtr node = items.Add(QStringLiteral("F%1_field_%2").arg(dbid).arg(++n));
+        node->Text = field->Name;
+        node->ImageName = QStringLiteral("FIELD");
+        int m = 0;
+        for (const KORVOFieldPtr &detail : field->Children()) {
+            KORVODBTItemPtr child = node->Children().Add(node->Key + QLatin1Char('_') + QString::number(++m));
+            child->Text = detail->Name;
+            child->ImageName = QStringLiteral("FIELDDATA");
+        }
+    }
 }

@@ -7,6 +7,7 @@
 
 #include <memory>
 
+class KORVODBTItems;
 class Recordset;
 
 // Ordered list of fields, in the order they were added.
@@ -33,6 +34,10 @@ using KORVOFieldsPtr = std::shared_ptr<KORVOFields>;
 // empty is left out. Each field's first child is its type text, the second its
 // nullability when showNullability is true.
 KORVOFieldsPtr FieldsFromColumns(Recordset &columns, const QString &blankFieldDisplayName, bool showNullability);
+
+// The tree nodes of an object's fields: "F{dbid}_field_{n}" per field, and
+// under it "{key}_{m}" per child text.
+void AddFieldItems(KORVODBTItems &items, const QString &dbid, const KORVOFields &fields);
 
 // The type text of one column row: sizes are added for numeric, decimal and
 // the character types when the row carries them.

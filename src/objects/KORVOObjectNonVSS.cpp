@@ -21,26 +21,8 @@ KORVODBTItemsPtr KORVOObjectNonVSS::GetItemInfo(bool showOwner)
         owner->ImageName = QStringLiteral("OWNER");
     }
 
-    int n = 0;
-    const KORVOFieldsPtr fields = GetFields();
-    for (const KORVOFieldPtr &field : *fields) {
-        KORVODBTItemPtr node = items->Add(QStringLiteral("F%1_field_%2").arg(DBID).arg(++n));
-        node->Text = field->Name;
-        node->ImageName = QStringLiteral("FIELD");
-        int m = 0;
-        for (const KORVOFieldPtr &detail : field->Children()) {
-            KORVODBTItemPtr child = node->Children().Add(node->Key + QLatin1Char('_') + QString::number(++m));
-            child->Text = detail->Name;
-            child->ImageName = QStringLiteral("FIELDDATA");
-        }
-    }
-
-    KORVODBTItemPtr permissions = items->Add(QStringLiteral("P") + DBID);
-    permissions->Text = QStringLiteral("Permission");
-    permissions->Tag = QStringLiteral("Permission");
-    permissions->ImageName = QStringLiteral("PERMISSIONS");
-    // Filled when the folder is opened.
-    permissions->Children().Add(permissions->Key + QStringLiteral("_temp"))->Tag = QStringLiteral("temp");
+    AddFieldItems(*items, DBID, *GetFields());
+    AddPermissionFolderItem(*items, DBID);
     return items;
 }
 
@@ -93,15 +75,8 @@ KORVOContextMenu KORVOObjectNonVSS::GetContextMenu() const
 
 KORVOPermissionsPtr KORVOObjectNonVSS::GetPermissions(bool quickList, int show)
 {
-    auto permissions = std::make_shared<KORVOPermissions>();
     if (!HasPermissions)
-        return permissions;
-    permissions->ActiveDBConnection = ActiveDBConnection;
-    permissions->DatabaseID = DBID;
-    permissions->HasExecuteOnly = ObjectPermissionExecuteOnly;
-    permissions->HasExecAndRefOnly = ObjectPermissionExecAndRefOnly;
-    permissions->QuickList = quickList;
-    permissions->Show = show;
-    permissions->GetItemPermissions();
-    return permissions;
+        return std::make_shared<KORVOPermissions>();
+    return ReadPermissions(
+        ActiveDBConnection, DBID, ObjectPermissionExecuteOnly, ObjectPermissionExecAndRefOnly, quickList, show);
 }

@@ -1,5 +1,7 @@
 #include "KORVOObjectTypes.h"
 
+#include "sql/KORVOSQL.h"
+
 #include <stdexcept>
 
 const KORVOObjectTypeInfo &ObjectTypeInfo(ObjectClass cls)
@@ -34,4 +36,9 @@ const KORVOObjectTypeInfo &ObjectTypeInfo(ObjectClass cls)
         break;
     }
     throw std::invalid_argument("tables are not versioned objects");
+}
+
+const ServerKind &ServerKindOf(const std::shared_ptr<KORVOSQL> &sql)
+{
+    return sql ? sql->Kind() : *ServerKind::SQLServer();
 }

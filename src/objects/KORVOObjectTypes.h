@@ -4,6 +4,10 @@
 
 #include <QString>
 
+#include <memory>
+
+class KORVOSQL;
+
 // What tells one programmable object type from another: names, file extension,
 // icons and permission limits of the object, and the names of its collection.
 // The statements of each type come from the server kind of the connection.
@@ -31,3 +35,6 @@ struct KORVOObjectTypeInfo {
 
 // The table of the four versioned types; cls must not be ObjectClass::Table.
 const KORVOObjectTypeInfo &ObjectTypeInfo(ObjectClass cls);
+
+// The server kind of the connection; SQL Server while there is none.
+const ServerKind &ServerKindOf(const std::shared_ptr<KORVOSQL> &sql);

@@ -24,14 +24,11 @@ void ForceRemove(const QString &path)
     QFile::remove(path);
 }
 
-KORVODBTItemPtr AddNode(
-    KORVODBTItems &items, const QString &key, const QString &text, const QString &image, const QString &tag = QString())
+void AddNode(KORVODBTItems &items, const QString &key, const QString &text, const QString &image)
 {
     KORVODBTItemPtr item = items.Add(key);
     item->Text = text;
     item->ImageName = image;
-    item->Tag = tag;
-    return item;
 }
 
 } // namespace
@@ -51,13 +48,12 @@ KORVOObjectVSS::~KORVOObjectVSS()
 
 SQLKeywordPatterns KORVOObjectVSS::Parse() const
 {
-    return mSQL ? mSQL->Kind().CreatePatterns(mType.Class) : ServerKind::SQLServer()->CreatePatterns(mType.Class);
+    return ServerKindOf(mSQL).CreatePatterns(mType.Class);
 }
 
 ServerKind::VersionedStatements KORVOObjectVSS::Statements() const
 {
-    return mSQL ? mSQL->Kind().VersionedObjectStatements(mType.Class)
-                : ServerKind::SQLServer()->VersionedObjectStatements(mType.Class);
+    return ServerKindOf(mSQL).VersionedObjectStatements(mType.Class);
 }
 
 void KORVOObjectVSS::SetActiveVSSConnection(const std::shared_ptr<KORVOVSS> &connection)
@@ -68,22 +64,13 @@ void KORVOObjectVSS::SetActiveVSSConnection(const std::shared_ptr<KORVOVSS> &con
 
 void KORVOObjectVSS::SetIsNew(bool isNew)
 {
-    if (isNew) {
-        mIsNew = true;
-        if (mTempFileMadeHere)
-            ForceRemove(mTempFile);
-        mTempFile = MakeTemporaryFile();
-        mTempFileMadeHere = true;
-        QFile file(mTempFile);
-        if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-            file.close();
-    } else {
-        mIsNew = false;
-        DeleteTemporaryFile();
-    }
+    mIsNew = isNew;
+    DeleteTemporaryFile();
+    if (isNew)
+        MakeTemporaryFile();
 }
 
-QString KORVOObjectVSS::MakeTemporaryFile()
+QString KORVOObjectVSS::TemporaryFileName() const
 {
     QString folder = mVSS ? mVSS->GeneralWorkingFolder() : QString();
     if (folder.isEmpty())
@@ -94,6 +81,15 @@ QString KORVOObjectVSS::MakeTemporaryFile()
     return folder + mType.ObjectType + QLatin1Char('_')
         + QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss")) + QLatin1Char('_')
         + QString::number(number) + mType.VSSExt;
+}
+
+void KORVOObjectVSS::MakeTemporaryFile()
+{
+    mTempFile = TemporaryFileName();
+    mTempFileMadeHere = true;
+    QFile file(mTempFile);
+    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        file.close();
 }
 
 void KORVOObjectVSS::DeleteTemporaryFile()
@@ -107,13 +103,8 @@ void KORVOObjectVSS::DeleteTemporaryFile()
 QString KORVOObjectVSS::FileName()
 {
     if (mIsNew) {
-        if (mTempFile.isEmpty()) {
-            mTempFile = MakeTemporaryFile();
-            mTempFileMadeHere = true;
-            QFile file(mTempFile);
-            if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-                file.close();
-        }
+        if (mTempFile.isEmpty())
+            MakeTemporaryFile();
         return mTempFile;
     }
     if (!mVSS)
@@ -128,10 +119,8 @@ void KORVOObjectVSS::SetFileName(const QString &path)
 {
     if (!mIsNew)
         return;
-    if (mTempFileMadeHere)
-        ForceRemove(mTempFile);
+    DeleteTemporaryFile();
     mTempFile = path;
-    mTempFileMadeHere = false;
 }
 
 bool KORVOObjectVSS::IsCheckedOutByMe() const
@@ -148,7 +137,7 @@ bool KORVOObjectVSS::SQLAndVSSDiffer() const
 {
     const QString latest = mVSS ? mVSS->ItemContent(ItemName(), false, -1, false, false) : QString();
     const QString server = mSQL ? mSQL->GetObjectText(DBID) : QString();
-    return TrimTrailingWhite(TrimLeadingWhite(latest)) != TrimTrailingWhite(TrimLeadingWhite(server));
+    return !TextsEqual(latest, server, true, true);
 }
 
 QList<QPair<QDateTime, int>> KORVOObjectVSS::HistoryDates() const
@@ -207,11 +196,11 @@ QList<QStringList> KORVOObjectVSS::DateSummary(bool ascending) const
 
 QString KORVOObjectVSS::DropScript() const
 {
-    const std::shared_ptr<const ServerKind> kind = mSQL ? mSQL->KindPtr() : ServerKind::SQLServer();
     std::shared_ptr<KORVOSQL> sql = mSQL;
-    return kind->DropScript(mType.Class, Owner, Name, [sql](const QString &statement) -> std::shared_ptr<Recordset> {
-        return sql ? sql->OpenRecordset(statement) : nullptr;
-    });
+    return ServerKindOf(mSQL).DropScript(
+        mType.Class, Owner, Name, [sql](const QString &statement) -> std::shared_ptr<Recordset> {
+            return sql ? sql->OpenRecordset(statement) : nullptr;
+        });
 }
 
 QString KORVOObjectVSS::Description() const
@@ -262,6 +251,11 @@ std::shared_ptr<KORVOFields> KORVOObjectVSS::GetFields(bool showNullability) con
     return FieldsFromColumns(*columns, mType.BlankFieldDisplayName, showNullability);
 }
 
+QString KORVOObjectVSS::Caption(bool showOwner) const
+{
+    return showOwner && !Owner.isEmpty() ? Owner + QLatin1Char('.') + Name : Name;
+}
+
 void KORVOObjectVSS::AddOwnerItem(KORVODBTItems &items) const
 {
     if (!Owner.isEmpty())
@@ -280,23 +274,10 @@ KORVODBTItemsPtr KORVOObjectVSS::GetItemInfo(bool showOwner, const QString &, bo
     }
     if (showOwner && !noExtras)
         AddOwnerItem(*items);
-    int n = 0;
-    const std::shared_ptr<KORVOFields> fields = GetFields(showNullability);
-    for (const KORVOFieldPtr &field : *fields) {
-        const QString fieldKey = QStringLiteral("F%1_field_%2").arg(DBID).arg(++n);
-        KORVODBTItemPtr node = AddNode(*items, fieldKey, field->Name, QStringLiteral("FIELD"));
-        int m = 0;
-        for (const KORVOFieldPtr &detail : field->Children())
-            AddNode(node->Children(), fieldKey + QLatin1Char('_') + QString::number(++m), detail->Name,
-                QStringLiteral("FIELDDATA"));
-    }
+    AddFieldItems(*items, DBID, *GetFields(showNullability));
     if (noExtras)
         return items;
-    const QString permissionKey = QStringLiteral("P") + DBID;
-    KORVODBTItemPtr permissions = AddNode(*items, permissionKey, QStringLiteral("Permission"),
-        QStringLiteral("PERMISSIONS"), QStringLiteral("Permission"));
-    AddNode(
-        permissions->Children(), permissionKey + QStringLiteral("_temp"), QString(), QString(), QStringLiteral("temp"));
+    AddPermissionFolderItem(*items, DBID);
     if (!InVSS)
         AddNode(*items, QStringLiteral("NOTINVSS") + DBID, QStringLiteral("Item out of sync (not in VSS)"),
             IconToUse(false));
@@ -309,7 +290,7 @@ KORVODBTItemsPtr KORVOObjectVSS::GetItemInfo(bool showOwner, const QString &, bo
 KORVOContextMenu KORVOObjectVSS::GetContextMenu(bool showOwner) const
 {
     KORVOContextMenu menu;
-    menu.DisplayName = showOwner && !Owner.isEmpty() ? Owner + QLatin1Char('.') + Name : Name;
+    menu.DisplayName = Caption(showOwner);
     if (InVSS && !InSQL) {
         menu.AddToSQL = true;
         menu.DeleteFromVSS = true;
@@ -360,8 +341,7 @@ void KORVOObjectVSS::RefreshState()
             name.clear();
         QString owner;
         if (!name.isEmpty()) {
-            const QStringList parts
-                = mSQL ? mSQL->ExtractOwnerAndItemName(name) : ServerKind::SQLServer()->SplitName(name);
+            const QStringList parts = ServerKindOf(mSQL).SplitName(name);
             owner = parts.value(0);
             name = parts.value(1);
             if (mSQL) {
@@ -393,7 +373,7 @@ KORVODBTItemPtr KORVOObjectVSS::Refresh(bool showOwner)
     auto item = std::make_shared<KORVODBTItem>(QStringLiteral("I") + DBID);
     item->Tag = mType.ObjectType;
     item->ImageName = IconToUse(false);
-    item->Text = showOwner && !Owner.isEmpty() ? Owner + QLatin1Char('.') + Name : Name;
+    item->Text = Caption(showOwner);
     item->KeyChanged = DBID == oldID ? QString() : oldID;
     item->RemoveItem = !(InSQL && InVSS);
     if (!item->RemoveItem)
@@ -403,17 +383,10 @@ KORVODBTItemPtr KORVOObjectVSS::Refresh(bool showOwner)
 
 std::shared_ptr<KORVOPermissions> KORVOObjectVSS::GetPermissions(bool quickList, int show) const
 {
-    auto permissions = std::make_shared<KORVOPermissions>();
-    if (mType.HasPermissions && !mIsNew && InSQL) {
-        permissions->ActiveDBConnection = mSQL;
-        permissions->DatabaseID = DBID;
-        permissions->HasExecuteOnly = mType.ObjectPermissionExecuteOnly;
-        permissions->HasExecAndRefOnly = mType.ObjectPermissionExecAndRefOnly;
-        permissions->QuickList = quickList;
-        permissions->Show = show;
-        permissions->GetItemPermissions();
-    }
-    return permissions;
+    if (!mType.HasPermissions || mIsNew || !InSQL)
+        return std::make_shared<KORVOPermissions>();
+    return ReadPermissions(
+        mSQL, DBID, mType.ObjectPermissionExecuteOnly, mType.ObjectPermissionExecAndRefOnly, quickList, show);
 }
 
 void KORVOObjectVSS::RaiseNewItemCreated()

@@ -2,8 +2,8 @@
 
 #include "KORVOContextMenu.h"
 #include "KORVODBTItem.h"
-#include "KORVOIcons.h"
 #include "KORVOHistoryData.h"
+#include "KORVOIcons.h"
 #include "KORVOObjectTypes.h"
 #include "UiServices.h"
 
@@ -145,6 +145,12 @@ public:
     // since a run goes over many objects.
     bool Recompile(bool silent = true);
 
+    // The id of the object of this name and owner, as the catalogue holds them;
+    // empty without a connection or a name.
+    QString LookupObjectID(const QString &name, const QString &owner) const;
+    // Owner + "." + Name with showOwner and an owner, else Name.
+    QString Caption(bool showOwner) const;
+
     // Tells the typed object that a new object was checked in for the first time.
     void RaiseNewItemCreated();
 
@@ -152,14 +158,13 @@ private:
     // Boxes go through the UI services of the database connection.
     UiServices *Ui() const;
     void Box(UiServices::Icon icon, const QString &title, const QString &text) const;
-    // The id of the object of this name and owner, as the catalogue holds them.
-    QString LookupObjectID(const QString &name, const QString &owner) const;
     // What goes to source control after the text was sent to the object of id.
     QString SourceControlText(const QString &sent, const QString &id) const;
-    // Owner + "." + Name, or Name without an owner.
-    QString DisplayNameForMessage() const;
 
-    QString MakeTemporaryFile();
+    QString TemporaryFileName() const;
+    // Makes an empty temporary file for a new object's text and remembers it.
+    void MakeTemporaryFile();
+    // Deletes the temporary file if it was made here, and forgets it.
     void DeleteTemporaryFile();
     // The history rows of the object's item, dates read back.
     QList<QPair<QDateTime, int>> HistoryDates() const;

@@ -75,8 +75,7 @@ QString KORVOObjectVSS::GetContent(int source, long version, bool asAlter) const
     else
         return QString();
     if (asAlter)
-        text = mSQL ? mSQL->Kind().ReplacingText(text)
-                    : ReplaceKeyword(text, QStringLiteral("CREATE"), QStringLiteral("ALTER"));
+        text = ServerKindOf(mSQL).ReplacingText(text);
     return text;
 }
 
@@ -220,11 +219,6 @@ bool KORVOObjectVSS::CheckIn(const QString &content, const QString &comment)
     return ok;
 }
 
-QString KORVOObjectVSS::DisplayNameForMessage() const
-{
-    return Owner.isEmpty() ? Name : Owner + QLatin1Char('.') + Name;
-}
-
 bool KORVOObjectVSS::SyncAdd(int target)
 {
     if (!mSQL || !mVSS || (target != 1 && target != 2))
@@ -249,7 +243,7 @@ bool KORVOObjectVSS::SyncAdd(int target)
         return true;
     } catch (const SqlError &error) {
         Box(UiServices::Icon::Critical, QStringLiteral("Item not added"),
-            QStringLiteral("Could not add the item ") + DisplayNameForMessage() + QStringLiteral(" to ")
+            QStringLiteral("Could not add the item ") + Caption(true) + QStringLiteral(" to ")
                 + (target == 1 ? QStringLiteral("VSS") : QStringLiteral("SQL"))
                 + QStringLiteral("\n\nError Description: ") + error.Description);
         return false;
@@ -268,7 +262,7 @@ bool KORVOObjectVSS::SyncChange(int target)
         return true;
     } catch (const SqlError &error) {
         Box(UiServices::Icon::Critical, QStringLiteral("Item not changed"),
-            QStringLiteral("Could not change the item ") + DisplayNameForMessage() + QStringLiteral(" in ")
+            QStringLiteral("Could not change the item ") + Caption(true) + QStringLiteral(" in ")
                 + (target == 1 ? QStringLiteral("VSS") : QStringLiteral("SQL"))
                 + QStringLiteral("\n\nError Description: ") + error.Description);
         return false;

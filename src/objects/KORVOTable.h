@@ -25,6 +25,8 @@ public:
     QString IconToUse() const { return mObject.IconToUse; }
     bool HasPermissions() const { return mObject.HasPermissions; }
     bool IsEditable() const { return mObject.IsEditable(); }
+    // Owner + "." + Name with showOwner and an owner, else Name.
+    QString Caption(bool showOwner) const { return mObject.Caption(showOwner); }
 
     const std::shared_ptr<KORVOSQL> &ActiveDBConnection() const { return mObject.ActiveDBConnection; }
     // Also takes the server kind's statements for tables.

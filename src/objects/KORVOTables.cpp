@@ -108,8 +108,7 @@ KORVODBTItemsPtr KORVOTables::GetItemInfo(bool showOwner, const KORVODBObjectPtr
     for (const QString &key : std::as_const(mKeys)) {
         const KORVOTablePtr &table = mTables[key];
         KORVODBTItemPtr item = items->Add(QStringLiteral("I") + table->DBID());
-        item->Text = showOwner && !table->Owner().isEmpty() ? table->Owner() + QLatin1Char('.') + table->Name()
-                                                            : table->Name();
+        item->Text = table->Caption(showOwner);
         item->ImageName = table->IconToUse();
         item->Tag = table->ObjectType();
         item->Children().Add(item->Key + QStringLiteral("_tmp"))->Tag = QStringLiteral("temp");

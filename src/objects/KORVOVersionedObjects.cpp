@@ -30,24 +30,9 @@ KORVOVersionedObjects::KORVOVersionedObjects(ObjectClass cls)
 
 KORVOVersionedObjects::~KORVOVersionedObjects() = default;
 
-QString KORVOVersionedObjects::SubObjectType() const
-{
-    return MakeObject()->ObjectType();
-}
-
-QString KORVOVersionedObjects::SubObjectDisplayName() const
-{
-    return MakeObject()->ObjectDisplayName();
-}
-
-bool KORVOVersionedObjects::IsEditable() const
-{
-    return MakeObject()->IsEditable();
-}
-
 SQLKeywordPatterns KORVOVersionedObjects::Keywords() const
 {
-    return mSQL ? mSQL->Kind().CreatePatterns(mType.Class) : ServerKind::SQLServer()->CreatePatterns(mType.Class);
+    return ServerKindOf(mSQL).CreatePatterns(mType.Class);
 }
 
 void KORVOVersionedObjects::LoadIcons()
@@ -84,11 +69,6 @@ QString KORVOVersionedObjects::ResolveKey(const QString &key) const
     if (mByKey.contains(key))
         return key;
     return key.mid(1);
-}
-
-int KORVOVersionedObjects::IndexOfKey(const QString &key) const
-{
-    return int(mKeys.indexOf(key));
 }
 
 void KORVOVersionedObjects::Insert(int index, const QString &key, const KORVOTypedObjectPtr &object)
@@ -260,8 +240,7 @@ void KORVOVersionedObjects::RefreshList(bool &cancel)
 
 QString KORVOVersionedObjects::Caption(const KORVOTypedObject &object, bool showOwner) const
 {
-    QString caption
-        = showOwner && !object.Owner().isEmpty() ? object.Owner() + QLatin1Char('.') + object.Name() : object.Name();
+    QString caption = object.Generic().Caption(showOwner);
     if (!object.CheckedOutBy().isEmpty())
         caption += QStringLiteral(" (Checked out by ") + object.CheckedOutBy() + QLatin1Char(')');
     return caption;
@@ -335,7 +314,7 @@ void KORVOVersionedObjects::ItemAdded_Event(KORVOTypedObject *object)
 
 void KORVOVersionedObjects::ChangeKey(const QString &oldKey, int position)
 {
-    const int index = IndexOfKey(ResolveKey(oldKey));
+    const int index = int(mKeys.indexOf(ResolveKey(oldKey)));
     if (index < 0)
         return;
     const KORVOTypedObjectPtr object = mItems.at(index);
@@ -350,7 +329,7 @@ void KORVOVersionedObjects::RemoveItem(const QString &key, bool deleted)
         mDeleted.remove(bare);
         return;
     }
-    const int index = IndexOfKey(bare);
+    const int index = int(mKeys.indexOf(bare));
     if (index >= 0)
         RemoveAt(index);
 }
@@ -397,8 +376,7 @@ KORVODBTItemsPtr KORVOVersionedObjects::GetDeletedItems(bool showOwner)
             KORVOTypedObjectPtr object = Adopt(MakeObject());
             KORVOObjectVSS &state = object->Generic();
             if (!name.isEmpty()) {
-                const QStringList parts
-                    = mSQL ? mSQL->ExtractOwnerAndItemName(name) : ServerKind::SQLServer()->SplitName(name);
+                const QStringList parts = ServerKindOf(mSQL).SplitName(name);
                 state.Owner = parts.value(0);
                 state.Name = parts.value(1);
                 if (state.Owner.isEmpty() && mSQL)
@@ -432,12 +410,7 @@ bool KORVOVersionedObjects::UnDeleteObject(const QString &key)
     if (!object)
         return false;
     const bool done = object->UnDelete(false);
-    for (auto it = mDeleted.begin(); it != mDeleted.end(); ++it) {
-        if (it.value() == object) {
-            mDeleted.erase(it);
-            break;
-        }
-    }
+    mDeleted.removeIf([&object](const auto &entry) { return entry.value() == object; });
     return done;
 }
 
@@ -453,7 +426,6 @@ bool KORVOTriggers::ListedUnder(const KORVOTypedObject &object, const KORVODBObj
 
 QString KORVOTriggers::DeletedCaptionSuffix(const QString &text) const
 {
-    const QString table = ActiveDBConnection() ? ActiveDBConnection()->ExtractTableNameFromTrigger(text, Keywords())
-                                               : ServerKind::SQLServer()->ExtractTableNameFromTrigger(text, Keywords());
+    const QString table = ServerKindOf(ActiveDBConnection()).ExtractTableNameFromTrigger(text, Keywords());
     return table.isEmpty() ? QString() : QStringLiteral(" on ") + table;
 }

@@ -26,10 +26,11 @@ public:
     // --- KORVOObjectCollection ---
     QString ObjectType() const override { return mType.CollectionObjectType; }
     QString ObjectDisplayName() const override { return mType.CollectionDisplayName; }
-    QString SubObjectType() const override;
-    QString SubObjectDisplayName() const override;
+    QString SubObjectType() const override { return mType.ObjectType; }
+    QString SubObjectDisplayName() const override { return mType.ObjectDisplayName; }
     bool IsRootNode() const override { return mType.IsRootNode; }
-    bool IsEditable() const override;
+    // Versioned objects are edited as text.
+    bool IsEditable() const override { return true; }
     QString IconToUse() const override { return mType.CollectionIcon; }
 
     void LoadIcons() override;
@@ -87,7 +88,6 @@ protected:
 private:
     KORVOTypedObjectPtr Adopt(const KORVOTypedObjectPtr &object) const;
     QString ResolveKey(const QString &key) const;
-    int IndexOfKey(const QString &key) const;
     void Insert(int index, const QString &key, const KORVOTypedObjectPtr &object);
     void RemoveAt(int index);
     QString NameFromText(const QString &text) const;

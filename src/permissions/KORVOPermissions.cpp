@@ -3,6 +3,8 @@
 #include "KORVODBTItem.h"
 #include "sql/KORVOSQL.h"
 
+#include <optional>
+
 namespace
 {
 
@@ -144,10 +146,16 @@ void KORVOPermissions::ReadQuickForm(const ObjectInfo &object)
         return;
 
     KORVOPermissionPtr current;
+    std::optional<QString> askedGrantee;
+    bool isRole = false;
     for (; !rs->Eof(); rs->MoveNext()) {
         const QString grantee = rs->FieldText(QStringLiteral("Grantee"));
-        std::shared_ptr<Recordset> known = sql.OpenRecordset(kind.KnownGranteeStatement(grantee));
-        const bool isRole = known && !known->Eof() && known->Field(QStringLiteral("Exists")).toLongLong() == 1;
+        // The listing gives a grantee's rights in a run of rows: ask about it once per run.
+        if (askedGrantee != grantee) {
+            std::shared_ptr<Recordset> known = sql.OpenRecordset(kind.KnownGranteeStatement(grantee));
+            isRole = known && !known->Eof() && known->Field(QStringLiteral("Exists")).toLongLong() == 1;
+            askedGrantee = grantee;
+        }
         if ((Show == 1 && !isRole) || (Show == 2 && isRole))
             continue;
         if (!current || current->Name != grantee) {
@@ -228,6 +236,29 @@ QList<int> KORVOPermissions::Actions() const
 bool KORVOPermissions::CanDeny() const
 {
     return !ActiveDBConnection || ActiveDBConnection->Kind().SupportsDeny();
+}
+
+KORVOPermissionsPtr ReadPermissions(const std::shared_ptr<KORVOSQL> &sql, const QString &dbid, bool executeOnly,
+    bool execAndRefOnly, bool quickList, int show)
+{
+    auto permissions = std::make_shared<KORVOPermissions>();
+    permissions->ActiveDBConnection = sql;
+    permissions->DatabaseID = dbid;
+    permissions->HasExecuteOnly = executeOnly;
+    permissions->HasExecAndRefOnly = execAndRefOnly;
+    permissions->QuickList = quickList;
+    permissions->Show = show;
+    permissions->GetItemPermissions();
+    return permissions;
+}
+
+void AddPermissionFolderItem(KORVODBTItems &items, const QString &dbid)
+{
+    KORVODBTItemPtr folder = items.Add(QStringLiteral("P") + dbid);
+    folder->Text = QStringLiteral("Permission");
+    folder->Tag = QStringLiteral("Permission");
+    folder->ImageName = QStringLiteral("PERMISSIONS");
+    folder->Children().Add(folder->Key + QStringLiteral("_temp"))->Tag = QStringLiteral("temp");
 }
 
 std::shared_ptr<KORVODBTItems> GetPermissionItems(const QString &dbid, const KORVOPermissions &permissions)

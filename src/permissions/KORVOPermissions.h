@@ -68,6 +68,15 @@ private:
 
 using KORVOPermissionsPtr = std::shared_ptr<KORVOPermissions>;
 
+// A collection for the object of dbid, read from the server in the quick or
+// full form.
+KORVOPermissionsPtr ReadPermissions(const std::shared_ptr<KORVOSQL> &sql, const QString &dbid, bool executeOnly,
+    bool execAndRefOnly, bool quickList, int show);
+
+// The permissions folder "P{dbid}" of an object's node, with a placeholder
+// child until it is opened.
+void AddPermissionFolderItem(KORVODBTItems &items, const QString &dbid);
+
 // The rows of an object's permissions folder in the tree: for each grantee
 // with something set a node "P{id}_value{n}", and under it a node per right
 // that is not 0.
