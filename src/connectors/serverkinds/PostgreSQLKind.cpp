@@ -1,28 +1,19 @@
 #include "ServerKind.h"
+#include "StatementParts.h"
 
 #include "driver/PgDriver.h"
 
 #include <QRegularExpression>
 
+using namespace StatementParts;
+
 namespace
 {
 
-QString literal(const QString &text)
-{
-    QString doubled = text;
-    doubled.replace(QLatin1Char('\''), QLatin1String("''"));
-    return QLatin1Char('\'') + doubled + QLatin1Char('\'');
-}
-
-// Objects outside the system schemas.
-const char *const UserSchemas = "n.nspname NOT IN ('pg_catalog','information_schema') AND n.nspname NOT LIKE "
-                                "'pg\\_toast%' AND n.nspname NOT LIKE 'pg\\_temp\\_%'";
-
 // Every programmable object and table with id, name and owner (schema). Oids
 // come from one counter, so within a database they do not collide in practice
-// across the three catalogues.
-// All objects with an id, name and owner. With an id the filter sits inside each
-// branch on the oid itself, so that the catalogue's oid indexes serve the lookup.
+// across the three catalogues. With an id the filter sits inside each branch on
+// the oid itself, so that the catalogue's oid indexes serve the lookup.
 QString objectsUnion(QString id = QString())
 {
     // An oid is unsigned 32-bit; a number outside that names no object.
@@ -42,14 +33,6 @@ QString objectsUnion(QString id = QString())
                "FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class c ON c.oid = t.tgrelid "
                "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace WHERE NOT t.tgisinternal%3) o")
         .arg(p, c, t);
-}
-
-// A number for an id, or NULL: ids are put into statements as they stand.
-QString idOrNull(const QString &id)
-{
-    bool ok = false;
-    const qlonglong value = id.trimmed().toLongLong(&ok);
-    return ok ? QString::number(value) : QStringLiteral("NULL");
 }
 
 } // namespace
@@ -134,29 +117,29 @@ QString PostgreSQLKind::DatabaseListStatement() const
 QString PostgreSQLKind::ObjectIDStatement(const QString &name, const QString &owner) const
 {
     QString sql = QStringLiteral("SELECT o.id AS id FROM ") + objectsUnion() + QStringLiteral(" WHERE o.name = ")
-        + literal(FoldIdent(name));
+        + Quoted(FoldIdent(name));
     if (!owner.isEmpty())
-        sql += QStringLiteral(" AND o.owner = ") + literal(FoldIdent(owner));
+        sql += QStringLiteral(" AND o.owner = ") + Quoted(FoldIdent(owner));
     else
         sql += QStringLiteral(" AND ")
-            + QString::fromLatin1(UserSchemas).replace(QLatin1String("n.nspname"), QLatin1String("o.nspname"));
+            + PgUserSchemas().replace(QLatin1String("n.nspname"), QLatin1String("o.nspname"));
     return sql;
 }
 
 QString PostgreSQLKind::ObjectNameStatement(const QString &idLiteral) const
 {
     return QStringLiteral("SELECT o.name AS \"ObjectName\", o.owner AS \"UserName\" FROM ")
-        + objectsUnion(idOrNull(idLiteral));
+        + objectsUnion(NumberOrNull(idLiteral));
 }
 
 QString PostgreSQLKind::ObjectOwnerStatement(const QString &id) const
 {
-    return QStringLiteral("SELECT o.owner AS name FROM ") + objectsUnion(idOrNull(id));
+    return QStringLiteral("SELECT o.owner AS name FROM ") + objectsUnion(NumberOrNull(id));
 }
 
 QString PostgreSQLKind::ObjectTextStatement(const QString &id, const QString &) const
 {
-    const QString oid = idOrNull(id);
+    const QString oid = NumberOrNull(id);
     // With only pg_catalog on the search path every name in the text comes out
     // qualified, whatever the reader's own path.
     return QStringLiteral("BEGIN; SET LOCAL search_path = pg_catalog; "
@@ -271,7 +254,7 @@ QString PostgreSQLKind::DropScript(
     ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const
 {
     const QString schemaTest = owner.isEmpty() ? QStringLiteral("n.nspname = current_schema()")
-                                               : QStringLiteral("n.nspname = ") + literal(FoldIdent(owner));
+                                               : QStringLiteral("n.nspname = ") + Quoted(FoldIdent(owner));
     const QString qualified = FormatName(FoldIdent(owner), FoldIdent(name));
     auto scripts = [&](const QString &sql) {
         QStringList out;
@@ -291,7 +274,7 @@ QString PostgreSQLKind::DropScript(
                            "ELSE 'FUNCTION' END, n.nspname, p.proname, pg_get_function_identity_arguments(p.oid)) AS "
                            "\"Script\" FROM pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = "
                            "p.pronamespace WHERE p.prokind IN ('f','p') AND p.proname = %1 AND %2 ORDER BY p.oid")
-                .arg(literal(FoldIdent(name)), schemaTest));
+                .arg(Quoted(FoldIdent(name)), schemaTest));
         if (!found.isEmpty())
             return found;
         return (cls == ObjectClass::StoredProcedure ? QStringLiteral("DROP PROCEDURE IF EXISTS ")
@@ -308,7 +291,7 @@ QString PostgreSQLKind::DropScript(
                                       "c.relname) AS \"Script\" FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class "
                                       "c ON c.oid = t.tgrelid JOIN pg_catalog.pg_namespace n ON n.oid = "
                                       "c.relnamespace WHERE NOT t.tgisinternal AND t.tgname = %1 AND %2")
-                           .arg(literal(FoldIdent(name)), schemaTest));
+                           .arg(Quoted(FoldIdent(name)), schemaTest));
     }
     return QString();
 }
@@ -326,8 +309,7 @@ QString PostgreSQLKind::PermissionStatement(
     static const char *const actions[] = { "EXECUTE", "SELECT", "INSERT", "UPDATE", "DELETE", "REFERENCES" };
     if (action < 1 || action > 6 || (value != 0 && value != 1))
         return QString();
-    const QString who = grantee.compare(QLatin1String("PUBLIC"), Qt::CaseInsensitive) == 0 ? QStringLiteral("PUBLIC")
-                                                                                           : QuoteIdent(grantee);
+    const QString who = PgIsPublic(grantee) ? QStringLiteral("PUBLIC") : QuoteIdent(grantee);
     if (value == 0)
         return QStringLiteral("REVOKE ") + QLatin1String(actions[action - 1]) + QStringLiteral(" ON ") + objectName
             + QStringLiteral(" FROM ") + who;

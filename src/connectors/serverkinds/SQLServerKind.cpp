@@ -1,4 +1,5 @@
 #include "ServerKind.h"
+#include "StatementParts.h"
 
 #include "driver/OdbcDriver.h"
 
@@ -9,34 +10,7 @@ namespace
 // statements below keep their own blank before it, so two blanks stand there.
 QString textLiteral(const QString &text)
 {
-    if (text.isEmpty())
-        return QStringLiteral(" NULL");
-    QString doubled = text;
-    doubled.replace(QLatin1Char('\''), QLatin1String("''"));
-    return QStringLiteral(" '") + doubled + QLatin1Char('\'');
-}
-
-// The second half of the existence test and the drop keyword of each class.
-struct DropParts {
-    const char *exists2;
-    const char *keyword;
-};
-
-DropParts dropParts(ObjectClass cls)
-{
-    switch (cls) {
-    case ObjectClass::StoredProcedure:
-        return { "') AND OBJECTPROPERTY(id, N'IsProcedure') = 1) ", " DROP PROCEDURE " };
-    case ObjectClass::View:
-        return { "') AND OBJECTPROPERTY(id, N'IsView') = 1) ", " DROP VIEW " };
-    case ObjectClass::Trigger:
-        return { "') AND OBJECTPROPERTY(id, N'IsTrigger') = 1) ", " DROP TRIGGER " };
-    case ObjectClass::UserDefinedFunction:
-        return { "') AND xtype IN (N'FN', N'IF', N'TF') ) ", " DROP FUNCTION " };
-    case ObjectClass::Table:
-        return { "') AND OBJECTPROPERTY(id, N'IsUserTable') = 1) ", " DROP TABLE " };
-    }
-    return { "", "" };
+    return text.isEmpty() ? QStringLiteral(" NULL") : QLatin1Char(' ') + StatementParts::Quoted(text);
 }
 
 } // namespace
@@ -202,10 +176,10 @@ QString SQLServerKind::ExtractTableNameFromTrigger(const QString &text, const SQ
 QString SQLServerKind::DropScript(
     ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &) const
 {
-    const DropParts parts = dropParts(cls);
+    const StatementParts::SqlServerDropParts parts = StatementParts::SqlServerDrop(cls);
     const QString bracketed = Bracketed(owner, name);
     return QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'") + bracketed
-        + QLatin1String(parts.exists2) + QStringLiteral("\r\n\t") + QLatin1String(parts.keyword) + bracketed;
+        + QLatin1String(parts.Exists2) + QStringLiteral("\r\n\t") + QLatin1String(parts.Keyword) + bracketed;
 }
 
 QStringList SQLServerKind::CompileCheckStatements(const QString &createText, const QString &dropScript) const

@@ -1,37 +1,17 @@
 // The statements by which tables read their rows and columns, and by which the
 // permission model reads and restates the rights on an object.
 #include "ServerKind.h"
+#include "StatementParts.h"
+
+using namespace StatementParts;
 
 namespace
 {
-
-// The quoted form of a text: every ' doubled, no leading blank.
-QString quoted(const QString &text)
-{
-    QString doubled = text;
-    doubled.replace(QLatin1Char('\''), QLatin1String("''"));
-    return QLatin1Char('\'') + doubled + QLatin1Char('\'');
-}
-
-// A number for an id, or NULL, so that nothing but a number reaches the text.
-QString pgId(const QString &id)
-{
-    bool ok = false;
-    const qlonglong value = id.trimmed().toLongLong(&ok);
-    return ok ? QString::number(value) : QStringLiteral("NULL");
-}
 
 bool isRoutine(ObjectClass cls)
 {
     return cls == ObjectClass::StoredProcedure || cls == ObjectClass::UserDefinedFunction;
 }
-
-const char *const PgUserTables
-    = "FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
-      "WHERE c.relkind IN ('r','p') AND n.nspname NOT IN ('pg_catalog','information_schema') "
-      "AND n.nspname NOT LIKE 'pg\\_toast%' AND n.nspname NOT LIKE 'pg\\_temp\\_%' "
-      "AND NOT EXISTS (SELECT 1 FROM pg_catalog.pg_depend d WHERE d.classid = 'pg_catalog.pg_class'::regclass "
-      "AND d.objid = c.oid AND d.deptype = 'e') ";
 
 // The object's id, ACL and owner, under the names x.oid, x.acl, x.owner, and
 // the kind letter acldefault wants.
@@ -54,12 +34,7 @@ QString pgRights(ObjectClass cls, const QString &id)
         + QStringLiteral(" CROSS JOIN LATERAL pg_catalog.aclexplode(coalesce(x.acl, pg_catalog.acldefault('%1', "
                          "x.owner))) a WHERE x.oid::bigint = %2")
               .arg(aclKind)
-              .arg(pgId(id));
-}
-
-bool isPublic(const QString &grantee)
-{
-    return grantee.compare(QLatin1String("PUBLIC"), Qt::CaseInsensitive) == 0;
+              .arg(NumberOrNull(id));
 }
 
 } // namespace
@@ -78,11 +53,8 @@ ServerKind::TableStatements SQLServerKind::TableObjectStatements() const
         = QStringLiteral("SELECT so.id, so.name, su.name AS [UserName] FROM sysobjects so INNER JOIN sysusers "
                          "su ON so.uid = su.uid WHERE OBJECTPROPERTY(so.id, N'IsUserTable') = 1 AND so.name = ");
     s.DBQueryByOwner = QStringLiteral(" AND su.name = ");
-    s.ParameterQuery1 = QStringLiteral(
-        "SELECT c.name AS ColName, c.length AS ColLength, c.xprec AS ColXprec, c.xscale AS ColScale, c.isnullable AS "
-        "ColNullable, t.name AS ColType FROM syscolumns c INNER JOIN systypes t ON c.xusertype = t.xusertype WHERE "
-        "t.status <> 1 AND c.id = ");
-    s.ParameterQuery2 = QStringLiteral(" ORDER BY c.colid");
+    s.ParameterQuery1 = SqlServerColumnsQuery1();
+    s.ParameterQuery2 = SqlServerColumnsQuery2();
     return s;
 }
 
@@ -124,17 +96,17 @@ bool SQLServerKind::PermissionRoleListed(qint64 roleId) const
 QString SQLServerKind::GranteeRightsStatement(
     const QString &objectName, const QString &, ObjectClass, const QString &grantee) const
 {
-    return QStringLiteral("EXECUTE sp_helprotect ") + quoted(objectName) + QLatin1Char(',') + quoted(grantee);
+    return QStringLiteral("EXECUTE sp_helprotect ") + Quoted(objectName) + QLatin1Char(',') + Quoted(grantee);
 }
 
 QString SQLServerKind::ObjectRightsStatement(const QString &objectName, const QString &, ObjectClass) const
 {
-    return QStringLiteral("EXECUTE sp_helprotect ") + quoted(objectName);
+    return QStringLiteral("EXECUTE sp_helprotect ") + Quoted(objectName);
 }
 
 QString SQLServerKind::KnownGranteeStatement(const QString &grantee) const
 {
-    return QStringLiteral("SELECT COUNT(*) As [Exists] FROM sysusers WHERE name = ") + quoted(grantee);
+    return QStringLiteral("SELECT COUNT(*) As [Exists] FROM sysusers WHERE name = ") + Quoted(grantee);
 }
 
 bool SQLServerKind::PermissionApplies(int, ObjectClass) const
@@ -149,10 +121,12 @@ ServerKind::TableStatements PostgreSQLKind::TableObjectStatements() const
     TableStatements s;
     const QString columns
         = QStringLiteral("SELECT c.oid::bigint AS id, c.relname::text AS name, n.nspname::text AS \"UserName\" ");
-    s.ListQuery = QStringLiteral("SELECT c.oid::bigint AS id, c.relname::text AS name ") + QLatin1String(PgUserTables)
+    const PgShape shape = PgShapeOf(ObjectClass::Table);
+    const QString tables = shape.From + shape.Where;
+    s.ListQuery = QStringLiteral("SELECT c.oid::bigint AS id, c.relname::text AS name ") + tables
         + QStringLiteral("ORDER BY 2, 1");
-    s.DBQuery = columns + QLatin1String(PgUserTables) + QStringLiteral("AND c.oid::bigint = ");
-    s.DBQueryByName = columns + QLatin1String(PgUserTables) + QStringLiteral("AND c.relname = ");
+    s.DBQuery = columns + tables + QStringLiteral("AND c.oid::bigint = ");
+    s.DBQueryByName = columns + tables + QStringLiteral("AND c.relname = ");
     s.DBQueryByOwner = QStringLiteral(" AND n.nspname = ");
     s.ParameterQuery1 = AttributeColumnsQuery1();
     s.ParameterQuery2 = AttributeColumnsQuery2();
@@ -171,12 +145,12 @@ QString PostgreSQLKind::PermissionObjectStatement(const QString &id, ObjectClass
                    "JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace WHERE p.prokind = '%1' AND p.oid::bigint "
                    "= ")
                    .arg(cls == ObjectClass::StoredProcedure ? QLatin1Char('p') : QLatin1Char('f'))
-            + pgId(id);
+            + NumberOrNull(id);
     return QStringLiteral("SELECT c.relname::text AS \"ObjectName\", pg_catalog.pg_get_userbyid(c.relowner)::text AS "
                           "\"OwnerName\", n.nspname::text AS \"SchemaName\", ''::text AS \"Signature\" FROM "
                           "pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace WHERE "
                           "c.relkind IN ('r','p','v') AND c.oid::bigint = ")
-        + pgId(id);
+        + NumberOrNull(id);
 }
 
 QString PostgreSQLKind::PermissionObjectNameFromRow(const Recordset &row, ObjectClass cls) const
@@ -223,9 +197,9 @@ bool PostgreSQLKind::PermissionRoleListed(qint64) const
 QString PostgreSQLKind::GranteeRightsStatement(
     const QString &, const QString &id, ObjectClass cls, const QString &grantee) const
 {
-    const QString granteeOid = isPublic(grantee)
+    const QString granteeOid = PgIsPublic(grantee)
         ? QStringLiteral("0")
-        : QStringLiteral("(SELECT r.oid FROM pg_catalog.pg_roles r WHERE r.rolname = %1)").arg(quoted(grantee));
+        : QStringLiteral("(SELECT r.oid FROM pg_catalog.pg_roles r WHERE r.rolname = %1)").arg(Quoted(grantee));
     // There is no deny: every right read is a grant.
     return QStringLiteral("SELECT a.privilege_type::text AS \"Action\", 'Grant'::text AS \"ProtectType\" ")
         + pgRights(cls, id) + QStringLiteral(" AND a.grantee = ") + granteeOid;
@@ -244,7 +218,7 @@ QString PostgreSQLKind::KnownGranteeStatement(const QString &grantee) const
     // Roles that cannot log in, and PUBLIC, count as roles; login roles as users.
     return QStringLiteral("SELECT count(*)::int AS \"Exists\" FROM (SELECT 1 WHERE %1 UNION ALL SELECT 1 FROM "
                           "pg_catalog.pg_roles r WHERE r.rolname = %2 AND NOT r.rolcanlogin) k")
-        .arg(isPublic(grantee) ? QStringLiteral("true") : QStringLiteral("false"), quoted(grantee));
+        .arg(PgIsPublic(grantee) ? QStringLiteral("true") : QStringLiteral("false"), Quoted(grantee));
 }
 
 bool PostgreSQLKind::PermissionApplies(int action, ObjectClass cls) const
