@@ -129,14 +129,13 @@ QString KORVOSQL::OpenConnection(const QString &server, const QString &database,
         }
     }
 
-    const QString result = TestConnection(srv, db, user, pwd, nt);
+    // The connection that proves the details is the one kept.
+    const QString result = openOrError(CreateConnectionString(srv, db, user, pwd, nt), mConn);
     if (!result.isEmpty()) {
         if (!silent)
             mUi.messageBox(UiServices::Icon::Critical, ConnectionErrorTitle, FormatSQLError(result));
         return result;
     }
-    mConn = Driver().Open(CreateConnectionString(srv, db, user, pwd, nt));
-    mConnectionOpen = true;
     mServer = srv;
     mDatabase = db;
     mUserName = user;
@@ -146,13 +145,10 @@ QString KORVOSQL::OpenConnection(const QString &server, const QString &database,
     return QString();
 }
 
-QString KORVOSQL::TestConnection(
-    const QString &server, const QString &database, const QString &userName, const QString &password, bool useNT)
+QString KORVOSQL::openOrError(const QString &connectionString, std::unique_ptr<SqlConnection> &conn)
 {
     try {
-        std::unique_ptr<SqlConnection> test
-            = Driver().Open(CreateConnectionString(server, database, userName, password, useNT));
-        test->Close();
+        conn = Driver().Open(connectionString);
         return QString();
     } catch (const SqlError &e) {
         return e.Description;
@@ -161,25 +157,32 @@ QString KORVOSQL::TestConnection(
     }
 }
 
+QString KORVOSQL::TestConnection(
+    const QString &server, const QString &database, const QString &userName, const QString &password, bool useNT)
+{
+    std::unique_ptr<SqlConnection> test;
+    const QString result = openOrError(CreateConnectionString(server, database, userName, password, useNT), test);
+    if (test)
+        test->Close();
+    return result;
+}
+
 void KORVOSQL::CloseConnection()
 {
     if (mConn)
         mConn->Close();
     mConn.reset();
-    mConnectionOpen = false;
 }
 
 void KORVOSQL::checkConnection()
 {
-    if (mConn && !mConn->IsOpen()) {
+    if (mConn && !mConn->IsOpen())
         mConn.reset();
-        mConnectionOpen = false;
-    }
 }
 
 void KORVOSQL::ExecuteSQL(const QString &sql)
 {
-    if (!mConnectionOpen || !mConn)
+    if (!mConn)
         return;
     try {
         mConn->Execute(sql);
@@ -191,7 +194,7 @@ void KORVOSQL::ExecuteSQL(const QString &sql)
 
 std::shared_ptr<Recordset> KORVOSQL::OpenRecordset(const QString &sql)
 {
-    if (!mConnectionOpen || !mConn)
+    if (!mConn)
         return nullptr;
     try {
         return mConn->OpenRecordset(sql);
@@ -305,7 +308,7 @@ QString KORVOSQL::ExtractTableNameFromTrigger(const QString &text, const SQLKeyw
 
 QString KORVOSQL::DatabaseUserName()
 {
-    if (!mConnectionOpen)
+    if (!mConn)
         return QString();
     const auto rs = OpenRecordset(mKind->DatabaseUserNameStatement(sqlFMTOUT(mUserName.toLower(), 0)));
     if (!rs || rs->Eof())
@@ -315,7 +318,7 @@ QString KORVOSQL::DatabaseUserName()
 
 bool KORVOSQL::UserDefinedFunctionsAllowed()
 {
-    if (!mConnectionOpen)
+    if (!mConn)
         throw SqlError(1000, QStringLiteral("KORVOSQL"), QStringLiteral("Connection is not open"));
     try {
         for (const QString &sql : mKind->FunctionProbeStatements())

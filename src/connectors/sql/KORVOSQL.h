@@ -59,7 +59,7 @@ public:
     void SetStorePassword(bool value) { mStorePassword = value; }
     bool UseWinNTAuth() const { return mUseWinNTAuth; }
     void SetUseWinNTAuth(bool value) { mUseWinNTAuth = value; }
-    bool ConnectionOpen() const { return mConnectionOpen; }
+    bool ConnectionOpen() const { return mConn != nullptr; }
     // The open connection; null while closed.
     SqlConnection *DBConn() const { return mConn.get(); }
     bool HasConnected() const { return mHasConnected; }
@@ -126,6 +126,8 @@ public:
 
 private:
     bool resolveUseNT(int useNT) const;
+    // Opens into conn, or gives the error's text and leaves conn empty.
+    QString openOrError(const QString &connectionString, std::unique_ptr<SqlConnection> &conn);
     // After a failed statement: is the connection still there?
     void checkConnection();
 
@@ -138,7 +140,6 @@ private:
     QString mUserName;
     QString mPassword;
     bool mStorePassword = false;
-    bool mConnectionOpen = false;
     std::unique_ptr<SqlConnection> mConn;
     bool mHasConnected = false;
     bool mUseWinNTAuth = false;

@@ -44,7 +44,7 @@ void KORVOVSS::SetGeneralWorkingFolder(const QString &folder)
 
 VssDatabase &KORVOVSS::Database()
 {
-    if (!mConnectionOpen || !mDatabase)
+    if (!mDatabase)
         throw VssError(QStringLiteral("The connection to source control is not open"), VssError::NotOpen);
     return *mDatabase;
 }
@@ -82,9 +82,7 @@ QString KORVOVSS::OpenConnection(const QString &iniFile, const QString &userName
             mUi.critical(connectionError, error);
         return error;
     }
-    mDatabase = std::move(database);
-    mDatabase->SetCurrentProject(proj);
-    mConnectionOpen = true;
+    mDatabase = std::move(database); // already on proj
     mHasConnected = true;
     IniFile = ini;
     UserName = user;
@@ -96,7 +94,6 @@ QString KORVOVSS::OpenConnection(const QString &iniFile, const QString &userName
 
 void KORVOVSS::CloseConnection()
 {
-    mConnectionOpen = false;
     mDatabase.reset();
 }
 
@@ -221,11 +218,7 @@ QString KORVOVSS::ItemContent(const QString &item, bool useWorkingCopy, long ver
             return WorkingFiles::ReadText(local); // the user's own text, not yet checked in
         if (mine) {
             // Through a scratch copy, so that the working copy stays as it is.
-            const QString scratch = GetItemFileName(QStringLiteral("tmp.") + item);
-            WorkingFiles::Fetch(scratch, db.Get(item, deleted), false);
-            const QString text = WorkingFiles::ReadText(scratch);
-            WorkingFiles::ForceDelete(scratch);
-            return text;
+            return ReadThroughScratch(QStringLiteral("tmp.") + item, db.Get(item, deleted));
         }
         WorkingFiles::Fetch(local, db.Get(item, deleted), false);
         return WorkingFiles::ReadText(local);
@@ -244,6 +237,15 @@ QString KORVOVSS::TemporaryName()
         + QStringLiteral(".tmp");
 }
 
+QString KORVOVSS::ReadThroughScratch(const QString &scratchName, const QByteArray &content)
+{
+    const QString scratch = GetItemFileName(scratchName);
+    WorkingFiles::Fetch(scratch, content, false);
+    const QString text = WorkingFiles::ReadText(scratch);
+    WorkingFiles::ForceDelete(scratch);
+    return text;
+}
+
 QString KORVOVSS::ItemContentForVersion(const QString &item, long version, bool silent)
 {
     try {
@@ -253,11 +255,7 @@ QString KORVOVSS::ItemContentForVersion(const QString &item, long version, bool 
             versions.cbegin(), versions.cend(), [&](const VssDatabase::Version &v) { return v.Number == version; });
         if (it == versions.cend())
             return {};
-        const QString scratch = GetItemFileName(TemporaryName());
-        WorkingFiles::Fetch(scratch, db.VersionContent(*it), false);
-        const QString text = WorkingFiles::ReadText(scratch);
-        WorkingFiles::ForceDelete(scratch);
-        return text;
+        return ReadThroughScratch(TemporaryName(), db.VersionContent(*it));
     } catch (const VssError &e) {
         Failed(silent, contentTitle,
             QStringLiteral("An error ocuured while trying to retrieve the contents for item '%1', version '%2'.")

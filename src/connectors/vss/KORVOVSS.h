@@ -36,7 +36,7 @@ public:
     QString GeneralWorkingFolder() const { return mGeneralWorkingFolder; }
     // Appends the path separator when it is missing.
     void SetGeneralWorkingFolder(const QString &folder);
-    bool ConnectionOpen() const { return mConnectionOpen; }
+    bool ConnectionOpen() const { return mDatabase != nullptr; }
 
     QString OpenConnection(const QString &iniFile, const QString &userName, const QString &password,
         const QString &project, const QString &workingFolder, bool silent, bool blankPasswordGiven);
@@ -82,10 +82,11 @@ private:
     QString OpenDatabase(const QString &iniFile, const QString &userName, const QString &password,
         const QString &project, std::unique_ptr<VssDatabase> *keep);
     static QString TemporaryName();
+    // The text through a scratch file beside the working copies, which is gone afterwards.
+    QString ReadThroughScratch(const QString &scratchName, const QByteArray &content);
 
     UiServices &mUi;
     QString mGeneralWorkingFolder;
-    bool mConnectionOpen = false;
     std::unique_ptr<VssDatabase> mDatabase;
     bool mHasConnected = false;
 };

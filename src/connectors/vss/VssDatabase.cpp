@@ -154,6 +154,26 @@ QString VssDatabase::ItemPath(const QString &name) const
     return SvnRepository::Join(mFolder, name);
 }
 
+QString VssDatabase::LiveItemPath(const QString &name)
+{
+    const QString path = ItemPath(name);
+    if (mRepo.CheckPath(path) != SvnRepository::Kind::File)
+        NotFound(name);
+    return path;
+}
+
+void VssDatabase::CheckNameFree(const QString &name)
+{
+    if (mRepo.CheckPath(ItemPath(name)) != SvnRepository::Kind::None)
+        throw VssError(
+            QStringLiteral("An item with the name '%1' already exists").arg(Spec(name)), VssError::AlreadyExists);
+}
+
+int VssDatabase::LockStatus(const QString &lockOwner) const
+{
+    return lockOwner == UserName() ? CheckedOutToMe : CheckedOutToOther;
+}
+
 const VssDatabase::FolderScan &VssDatabase::Scan()
 {
     // The folder's history is read once and then only from where it was left.
@@ -229,7 +249,7 @@ QList<VssDatabase::ItemInfo> VssDatabase::Items(bool includeDeleted)
         const auto lock = locks.constFind(e.Name);
         if (lock != locks.cend()) {
             info.LockOwner = lock->Owner;
-            info.Status = lock->Owner == UserName() ? CheckedOutToMe : CheckedOutToOther;
+            info.Status = LockStatus(lock->Owner);
         }
         live.insert(e.Name);
         items.append(info);
@@ -247,17 +267,15 @@ QList<VssDatabase::ItemInfo> VssDatabase::Items(bool includeDeleted)
 
 VssDatabase::ItemInfo VssDatabase::Item(const QString &name, bool deleted)
 {
-    const QString path = ItemPath(name);
     if (deleted) {
         DeletionRevision(name);
         return ItemInfo { name, true, NotCheckedOut, {} };
     }
-    if (mRepo.CheckPath(path) != SvnRepository::Kind::File)
-        NotFound(name);
+    const QString path = LiveItemPath(name);
     ItemInfo info { name, false, NotCheckedOut, {} };
     if (const auto lock = mRepo.GetLock(path)) {
         info.LockOwner = lock->Owner;
-        info.Status = lock->Owner == UserName() ? CheckedOutToMe : CheckedOutToOther;
+        info.Status = LockStatus(lock->Owner);
     }
     return info;
 }
@@ -298,11 +316,17 @@ std::optional<SvnRepository::Lock> VssDatabase::OwnLock(const QString &name)
     return std::nullopt;
 }
 
+SvnRepository::Lock VssDatabase::RequireOwnLock(const QString &name)
+{
+    const auto lock = OwnLock(name);
+    if (!lock)
+        throw VssError(QStringLiteral("File '%1' is not checked out to %2").arg(Spec(name), UserName()));
+    return *lock;
+}
+
 QByteArray VssDatabase::Checkout(const QString &name)
 {
-    const QString path = ItemPath(name);
-    if (mRepo.CheckPath(path) != SvnRepository::Kind::File)
-        NotFound(name);
+    const QString path = LiveItemPath(name);
     mRepo.LockFile(path, QString());
     return mRepo.FileContent(path);
 }
@@ -310,39 +334,31 @@ QByteArray VssDatabase::Checkout(const QString &name)
 void VssDatabase::Checkin(const QString &name, const QByteArray &content, const QString &comment)
 {
     const QString path = ItemPath(name);
-    const auto lock = OwnLock(name);
-    if (!lock)
-        throw VssError(QStringLiteral("File '%1' is not checked out to %2").arg(Spec(name), UserName()));
+    const SvnRepository::Lock lock = RequireOwnLock(name);
     if (mRepo.FileContent(path) == content)
-        mRepo.UnlockFile(path, lock->Token); // nothing to commit: only the check-out ends
+        mRepo.UnlockFile(path, lock.Token); // nothing to commit: only the check-out ends
     else
         mRepo.Commit(mFolder, comment, { { SvnRepository::Change::ModifyFile, name, content, {}, -1 } },
-            { { path, lock->Token } });
+            { { path, lock.Token } });
 }
 
 QByteArray VssDatabase::UndoCheckout(const QString &name)
 {
     const QString path = ItemPath(name);
-    const auto lock = OwnLock(name);
-    if (!lock)
-        throw VssError(QStringLiteral("File '%1' is not checked out to %2").arg(Spec(name), UserName()));
-    mRepo.UnlockFile(path, lock->Token);
+    const SvnRepository::Lock lock = RequireOwnLock(name);
+    mRepo.UnlockFile(path, lock.Token);
     return mRepo.FileContent(path);
 }
 
 void VssDatabase::Add(const QString &name, const QByteArray &content, const QString &comment)
 {
-    if (mRepo.CheckPath(ItemPath(name)) != SvnRepository::Kind::None)
-        throw VssError(
-            QStringLiteral("An item with the name '%1' already exists").arg(Spec(name)), VssError::AlreadyExists);
+    CheckNameFree(name);
     mRepo.Commit(mFolder, comment, { { SvnRepository::Change::AddFile, name, content, {}, -1 } });
 }
 
 void VssDatabase::Delete(const QString &name)
 {
-    const QString path = ItemPath(name);
-    if (mRepo.CheckPath(path) != SvnRepository::Kind::File)
-        NotFound(name);
+    const QString path = LiveItemPath(name);
     QHash<QString, QString> tokens;
     if (const auto lock = OwnLock(name))
         tokens.insert(path, lock->Token);
@@ -353,9 +369,7 @@ void VssDatabase::Recover(
     const QString &name, const QString &newName, const std::optional<QByteArray> &content, const QString &comment)
 {
     const long deletedAt = DeletionRevision(name);
-    if (mRepo.CheckPath(ItemPath(newName)) != SvnRepository::Kind::None)
-        throw VssError(
-            QStringLiteral("An item with the name '%1' already exists").arg(Spec(newName)), VssError::AlreadyExists);
+    CheckNameFree(newName);
     mRepo.Commit(
         mFolder, comment, { { SvnRepository::Change::AddFile, newName, content, ItemPath(name), deletedAt - 1 } });
 }
@@ -363,12 +377,8 @@ void VssDatabase::Recover(
 void VssDatabase::Rename(
     const QString &oldName, const QString &newName, const std::optional<QByteArray> &content, const QString &comment)
 {
-    const QString oldPath = ItemPath(oldName);
-    if (mRepo.CheckPath(oldPath) != SvnRepository::Kind::File)
-        NotFound(oldName);
-    if (mRepo.CheckPath(ItemPath(newName)) != SvnRepository::Kind::None)
-        throw VssError(
-            QStringLiteral("An item with the name '%1' already exists").arg(Spec(newName)), VssError::AlreadyExists);
+    const QString oldPath = LiveItemPath(oldName);
+    CheckNameFree(newName);
     QHash<QString, QString> tokens;
     if (const auto lock = OwnLock(oldName))
         tokens.insert(oldPath, lock->Token);
@@ -413,8 +423,8 @@ QList<VssDatabase::Label> VssDatabase::Labels()
 
 QList<VssDatabase::Version> VssDatabase::Versions(const QString &name, bool deleted)
 {
-    const QString path = ItemPath(name);
-    Item(name, deleted);
+    // Either branch fails first for an item that is not there.
+    const QString path = deleted ? ItemPath(name) : LiveItemPath(name);
     QList<Version> rows;
     long peg;
     if (deleted) {

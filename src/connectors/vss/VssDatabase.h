@@ -119,10 +119,17 @@ private:
     };
 
     QString ItemPath(const QString &name) const;
+    // The path of a live item; fails unless a file of that name is there.
+    QString LiveItemPath(const QString &name);
+    // Fails when anything of that name is there.
+    void CheckNameFree(const QString &name);
+    int LockStatus(const QString &lockOwner) const;
     const FolderScan &Scan();
     long DeletionRevision(const QString &name);
     QList<Label> Labels();
     std::optional<SvnRepository::Lock> OwnLock(const QString &name);
+    // The user's own lock; fails when the item is not checked out to the user.
+    SvnRepository::Lock RequireOwnLock(const QString &name);
     [[noreturn]] void NotFound(const QString &name) const;
 
     SvnRepository mRepo;
