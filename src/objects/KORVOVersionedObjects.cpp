@@ -114,6 +114,23 @@ QString KORVOVersionedObjects::NameFromText(const QString &text) const
     return KORVOSQL::IsValidObjectName(name) ? name : QString();
 }
 
+void KORVOVersionedObjects::TakeFileState(
+    KORVOObjectVSS &state, const KORVOVSSItem &file, const QString &base, const QString &name) const
+{
+    if (!name.isEmpty()) {
+        const QStringList parts = ServerKindOf(mSQL).SplitName(name);
+        state.Owner = parts.value(0);
+        state.Name = parts.value(1);
+    } else {
+        state.Owner.clear();
+        state.Name = file.Name.chopped(3);
+    }
+    state.DBID = base;
+    state.InSQL = false;
+    state.InVSS = true;
+    state.CheckedOutBy = file.CheckedOutBy;
+}
+
 void KORVOVersionedObjects::RefreshList(bool &cancel)
 {
     if (!mSQL || !mSQL->ConnectionOpen())
@@ -205,19 +222,7 @@ void KORVOVersionedObjects::RefreshList(bool &cancel)
                         // Only in source control. An object left under this key
                         // by an earlier refresh keeps its place.
                         KORVOTypedObjectPtr object = known ? known : Adopt(MakeObject());
-                        KORVOObjectVSS &state = object->Generic();
-                        if (!name.isEmpty()) {
-                            const QStringList parts = mSQL->ExtractOwnerAndItemName(name);
-                            state.Owner = parts.value(0);
-                            state.Name = parts.value(1);
-                        } else {
-                            state.Owner.clear();
-                            state.Name = file->Name.chopped(3);
-                        }
-                        state.DBID = base;
-                        state.InSQL = false;
-                        state.InVSS = true;
-                        state.CheckedOutBy = file->CheckedOutBy;
+                        TakeFileState(object->Generic(), *file, base, name);
                         if (!known)
                             Insert(-1, base, object);
                     }
@@ -375,19 +380,9 @@ KORVODBTItemsPtr KORVOVersionedObjects::GetDeletedItems(bool showOwner)
             const QString name = NameFromText(text);
             KORVOTypedObjectPtr object = Adopt(MakeObject());
             KORVOObjectVSS &state = object->Generic();
-            if (!name.isEmpty()) {
-                const QStringList parts = ServerKindOf(mSQL).SplitName(name);
-                state.Owner = parts.value(0);
-                state.Name = parts.value(1);
-                if (state.Owner.isEmpty() && mSQL)
-                    state.Owner = mSQL->DatabaseUserName();
-            } else {
-                state.Name = file->Name.chopped(3);
-            }
-            state.DBID = base;
-            state.InSQL = false;
-            state.InVSS = true;
-            state.CheckedOutBy = file->CheckedOutBy;
+            TakeFileState(state, *file, base, name);
+            if (!name.isEmpty() && state.Owner.isEmpty() && mSQL)
+                state.Owner = mSQL->DatabaseUserName();
             mDeleted.insert(base, object);
 
             KORVODBTItemPtr item = items->Add(QStringLiteral("I") + base);

@@ -9,6 +9,7 @@
 
 #include <memory>
 
+class KORVOVSSItem;
 class Recordset;
 
 // The objects of one versioned type, merged from the database's list and the
@@ -91,6 +92,9 @@ private:
     void Insert(int index, const QString &key, const KORVOTypedObjectPtr &object);
     void RemoveAt(int index);
     QString NameFromText(const QString &text) const;
+    // The state of an object known only by its file: owner and name from the
+    // name its text gives, or else the file's name less its last three characters.
+    void TakeFileState(KORVOObjectVSS &state, const KORVOVSSItem &file, const QString &base, const QString &name) const;
     QString Caption(const KORVOTypedObject &object, bool showOwner) const;
 
     const KORVOObjectTypeInfo &mType;
