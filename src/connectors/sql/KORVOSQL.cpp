@@ -129,13 +129,15 @@ QString KORVOSQL::OpenConnection(const QString &server, const QString &database,
         }
     }
 
-    // The connection that proves the details is the one kept.
-    const QString result = openOrError(CreateConnectionString(srv, db, user, pwd, nt), mConn);
+    // A throw-away test first; an error of the real open after a good test
+    // passes to the caller.
+    const QString result = TestConnection(srv, db, user, pwd, nt);
     if (!result.isEmpty()) {
         if (!silent)
             mUi.messageBox(UiServices::Icon::Critical, ConnectionErrorTitle, FormatSQLError(result));
         return result;
     }
+    mConn = Driver().Open(CreateConnectionString(srv, db, user, pwd, nt));
     mServer = srv;
     mDatabase = db;
     mUserName = user;
@@ -145,26 +147,19 @@ QString KORVOSQL::OpenConnection(const QString &server, const QString &database,
     return QString();
 }
 
-QString KORVOSQL::openOrError(const QString &connectionString, std::unique_ptr<SqlConnection> &conn)
+QString KORVOSQL::TestConnection(
+    const QString &server, const QString &database, const QString &userName, const QString &password, bool useNT)
 {
     try {
-        conn = Driver().Open(connectionString);
+        std::unique_ptr<SqlConnection> test
+            = Driver().Open(CreateConnectionString(server, database, userName, password, useNT));
+        test->Close();
         return QString();
     } catch (const SqlError &e) {
         return e.Description;
     } catch (const std::exception &e) {
         return QString::fromUtf8(e.what());
     }
-}
-
-QString KORVOSQL::TestConnection(
-    const QString &server, const QString &database, const QString &userName, const QString &password, bool useNT)
-{
-    std::unique_ptr<SqlConnection> test;
-    const QString result = openOrError(CreateConnectionString(server, database, userName, password, useNT), test);
-    if (test)
-        test->Close();
-    return result;
 }
 
 void KORVOSQL::CloseConnection()

@@ -126,8 +126,6 @@ public:
 
 private:
     bool resolveUseNT(int useNT) const;
-    // Opens into conn, or gives the error's text and leaves conn empty.
-    QString openOrError(const QString &connectionString, std::unique_ptr<SqlConnection> &conn);
     // After a failed statement: is the connection still there?
     void checkConnection();
 
