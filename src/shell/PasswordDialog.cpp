@@ -45,11 +45,9 @@ bool PasswordDialog::run(QString &userName, QString &password)
 {
     mUserName->setText(userName);
     mPwd->clear();
-    mCancelled = true;
     // The password is what is usually missing; a missing name takes the focus.
     (userName.isEmpty() ? mUserName : mPwd)->setFocus();
-    exec();
-    if (mCancelled)
+    if (exec() != QDialog::Accepted)
         return false;
     userName = mUserName->text();
     password = mPwd->text();
@@ -59,10 +57,9 @@ bool PasswordDialog::run(QString &userName, QString &password)
 void PasswordDialog::onOk()
 {
     if (mUserName->text().isEmpty()) {
-        mUi.messageBox(UiServices::Icon::Warning, QStringLiteral("Invalid Data"), QStringLiteral("User Name is missing"));
+        mUi.warn(QStringLiteral("Invalid Data"), QStringLiteral("User Name is missing"));
         mUserName->setFocus();
         return;
     }
-    mCancelled = false;
     accept();
 }

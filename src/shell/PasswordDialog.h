@@ -5,7 +5,6 @@
 class UiServices;
 class QFormLayout;
 class QLineEdit;
-class QPushButton;
 
 // Common part of the two password prompts: user name, password, OK and Cancel.
 // OK with an empty user name is refused with an "Invalid Data" box.
@@ -28,5 +27,4 @@ private:
     QFormLayout *mForm;
     QLineEdit *mUserName;
     QLineEdit *mPwd;
-    bool mCancelled = true;
 };

@@ -21,13 +21,13 @@ frmRenameObject::frmRenameObject(UiServices &ui, QWidget *parent)
     mOwner->setObjectName(QStringLiteral("lblOwner"));
     mNewName = new QLineEdit(this);
     mNewName->setObjectName(QStringLiteral("txtNewName"));
-    mOwnerClose = new QLabel(QStringLiteral("]"), this);
-    mOwnerClose->setObjectName(QStringLiteral("lblOwnerClose"));
-    mRename = new QPushButton(tr("&Rename"), this);
-    mRename->setObjectName(QStringLiteral("cmdRename"));
-    mRename->setDefault(true);
-    mCancel = new QPushButton(tr("&Cancel"), this);
-    mCancel->setObjectName(QStringLiteral("cmdCancel"));
+    auto *ownerClose = new QLabel(QStringLiteral("]"), this);
+    ownerClose->setObjectName(QStringLiteral("lblOwnerClose"));
+    auto *rename = new QPushButton(tr("&Rename"), this);
+    rename->setObjectName(QStringLiteral("cmdRename"));
+    rename->setDefault(true);
+    auto *cancel = new QPushButton(tr("&Cancel"), this);
+    cancel->setObjectName(QStringLiteral("cmdCancel"));
 
     auto *grid = new QGridLayout(this);
     grid->addWidget(new QLabel(tr("Old Name:"), this), 0, 0);
@@ -35,15 +35,15 @@ frmRenameObject::frmRenameObject(UiServices &ui, QWidget *parent)
     grid->addWidget(new QLabel(tr("New Name:"), this), 1, 0);
     grid->addWidget(mOwner, 1, 1);
     grid->addWidget(mNewName, 1, 2);
-    grid->addWidget(mOwnerClose, 1, 3);
+    grid->addWidget(ownerClose, 1, 3);
     auto *buttons = new QHBoxLayout;
     buttons->addStretch();
-    buttons->addWidget(mRename);
-    buttons->addWidget(mCancel);
+    buttons->addWidget(rename);
+    buttons->addWidget(cancel);
     grid->addLayout(buttons, 2, 0, 1, 4);
 
-    connect(mRename, &QPushButton::clicked, this, &frmRenameObject::cmdRename_Click);
-    connect(mCancel, &QPushButton::clicked, this, &frmRenameObject::cmdCancel_Click);
+    connect(rename, &QPushButton::clicked, this, &frmRenameObject::cmdRename_Click);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
 }
 
 QString frmRenameObject::RenameItem(QWidget *ownerForm, const QString &oldName, const QString &owner)
@@ -51,15 +51,14 @@ QString frmRenameObject::RenameItem(QWidget *ownerForm, const QString &oldName, 
     if (ownerForm)
         setParent(ownerForm, windowFlags() | Qt::Dialog);
     mOldNameText = oldName;
-    mResult.clear();
     mOldName->setText(QLatin1Char('[') + owner + QStringLiteral("].[") + oldName + QLatin1Char(']'));
     mOwner->setText(QLatin1Char('[') + owner + QStringLiteral("].["));
     mNewName->setText(oldName);
     mNewName->selectAll();
     mNewName->setFocus();
     setModal(true);
-    exec();
-    return mResult;
+    // Rename leaves the accepted name, trimmed, in the box.
+    return exec() == QDialog::Accepted ? mNewName->text() : QString();
 }
 
 void frmRenameObject::Refuse(const QString &text)
@@ -78,12 +77,5 @@ void frmRenameObject::cmdRename_Click()
         return Refuse(QStringLiteral("New Name is the same as the Old Name!"));
     if (name.contains(QLatin1Char('[')) || name.contains(QLatin1Char(']')))
         return Refuse(QStringLiteral("New Name is invalid!"));
-    mResult = name;
     accept();
-}
-
-void frmRenameObject::cmdCancel_Click()
-{
-    mResult.clear();
-    reject();
 }

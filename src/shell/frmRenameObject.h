@@ -4,7 +4,6 @@
 
 class QLabel;
 class QLineEdit;
-class QPushButton;
 class UiServices;
 
 // Asks for the new name of an object, shown between its owner and a closing
@@ -20,16 +19,11 @@ public:
 
 private:
     void cmdRename_Click();
-    void cmdCancel_Click();
     void Refuse(const QString &text);
 
     UiServices &mUi;
     QLabel *mOldName;
     QLabel *mOwner;
-    QLabel *mOwnerClose;
     QLineEdit *mNewName;
-    QPushButton *mRename;
-    QPushButton *mCancel;
     QString mOldNameText;
-    QString mResult;
 };

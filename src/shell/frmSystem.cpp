@@ -49,14 +49,14 @@ frmSystem::frmSystem(
     lvwError->setColumnWidth(0, TwipsToPixelsX(this, 1830));
     lvwError->setColumnWidth(1, TwipsToPixelsX(this, 1800));
     lvwError->setColumnWidth(2, TwipsToPixelsX(this, 3820));
-    connect(lvwError, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem *item) { lvwError_ItemClick(item); });
+    connect(lvwError, &QTreeWidget::itemClicked, this, &frmSystem::lvwError_ItemClick);
 
     cmdContinue = new QPushButton(QStringLiteral("Continue Anyway"), this);
     cmdContinue->setObjectName(QStringLiteral("cmdContinue"));
     cmdClose = new QPushButton(QStringLiteral("Close KORVO"), this);
     cmdClose->setObjectName(QStringLiteral("cmdClose"));
     cmdClose->setDefault(true);
-    connect(cmdContinue, &QPushButton::clicked, this, [this] { cmdContinue_Click(); });
+    connect(cmdContinue, &QPushButton::clicked, this, &frmSystem::cmdContinue_Click);
     connect(cmdClose, &QPushButton::clicked, this, &QDialog::reject);
 
     auto *buttons = new QHBoxLayout;
@@ -86,12 +86,11 @@ bool frmSystem::SystemRequirementsOK()
     if (mRequirements.CheckAll())
         return true;
 
-    mContinue = false;
     lvwError->clear();
     for (const MissingComponent &m : mRequirements.MissingComponents())
         new QTreeWidgetItem(lvwError, { m.name, m.minVersion, m.location });
-    exec();
-    return mContinue;
+    // Only "Continue Anyway" accepts.
+    return exec() == QDialog::Accepted;
 }
 
 void frmSystem::cmdContinue_Click()
@@ -102,7 +101,6 @@ void frmSystem::cmdContinue_Click()
         UiServices::Buttons::YesNo);
     if (answer == UiServices::Answer::No)
         return;
-    mContinue = true;
     accept();
 }
 

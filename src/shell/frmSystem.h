@@ -47,7 +47,6 @@ private:
     HelpIntegration &mHelp;
     UrlOpener mOpenUrl;
     SystemRequirements mRequirements;
-    bool mContinue = false;
 
     QLabel *lblError;
     QTreeWidget *lvwError;

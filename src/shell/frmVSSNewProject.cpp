@@ -24,27 +24,22 @@ frmVSSNewProject::frmVSSNewProject(UiServices &ui, HelpIntegration *help, QWidge
     txtVSSProject->setObjectName(QStringLiteral("txtVSSProject"));
     layout->addWidget(txtVSSProject);
     auto *buttons = new QDialogButtonBox(this);
-    cmdOK = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
+    auto *cmdOK = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
     cmdOK->setObjectName(QStringLiteral("cmdOK"));
     cmdOK->setDefault(true);
-    cmdCancel = buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
+    auto *cmdCancel = buttons->addButton(QStringLiteral("Cancel"), QDialogButtonBox::RejectRole);
     cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
     layout->addWidget(buttons);
     connect(cmdOK, &QPushButton::clicked, this, &frmVSSNewProject::cmdOK_Click);
-    connect(cmdCancel, &QPushButton::clicked, this, [this] {
-        mResult.clear();
-        reject();
-    });
+    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
     SelectAllOnFocus::Install(this);
 }
 
 QString frmVSSNewProject::NewVSSProjectName()
 {
-    mResult.clear();
     txtVSSProject->clear();
     txtVSSProject->setFocus();
-    exec();
-    return mResult;
+    return exec() == QDialog::Accepted ? txtVSSProject->text().trimmed() : QString();
 }
 
 void frmVSSNewProject::cmdOK_Click()
@@ -56,7 +51,6 @@ void frmVSSNewProject::cmdOK_Click()
         txtVSSProject->setFocus();
         return;
     }
-    mResult = name;
     accept();
 }
 

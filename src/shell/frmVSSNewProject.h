@@ -4,7 +4,6 @@
 
 class HelpIntegration;
 class QLineEdit;
-class QPushButton;
 class UiServices;
 
 // Asks for the name of a new source-control project folder.
@@ -27,9 +26,6 @@ private:
 
     UiServices &mUi;
     HelpIntegration *mHelp;
-    QString mResult;
 
     QLineEdit *txtVSSProject;
-    QPushButton *cmdOK;
-    QPushButton *cmdCancel;
 };

@@ -7,7 +7,6 @@
 
 #include <QAction>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QPushButton>
@@ -17,7 +16,6 @@
 namespace
 {
 const QString RootKey = QStringLiteral("$\\");
-const QString NoProjectSelected = QStringLiteral("No Project selected!");
 } // namespace
 
 frmVSSProjectBrowser::frmVSSProjectBrowser(UiServices &ui, HelpIntegration *help, QWidget *parent)
@@ -65,10 +63,8 @@ frmVSSProjectBrowser::frmVSSProjectBrowser(UiServices &ui, HelpIntegration *help
     connect(mnuNewProject, &QAction::triggered, this, &frmVSSProjectBrowser::cmdNewProject_Click);
     connect(cmdNewProject, &QPushButton::clicked, this, &frmVSSProjectBrowser::cmdNewProject_Click);
     connect(cmdOK, &QPushButton::clicked, this, &frmVSSProjectBrowser::cmdOK_Click);
-    connect(cmdCancel, &QPushButton::clicked, this, [this] {
-        mResult.clear();
-        reject();
-    });
+    // Only OK sets a result.
+    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
 }
 
 frmVSSProjectBrowser::~frmVSSProjectBrowser() = default;
@@ -167,26 +163,30 @@ void frmVSSProjectBrowser::OpenAlong(const QString &startFolder)
     tvwVSSProjects->scrollToItem(last);
 }
 
-void frmVSSProjectBrowser::cmdOK_Click()
+QTreeWidgetItem *frmVSSProjectBrowser::SelectedNode()
 {
     QTreeWidgetItem *node = tvwVSSProjects->currentItem();
-    if (!node || !node->isSelected()) {
-        mUi.messageBox(UiServices::Icon::Warning, QStringLiteral("Invalid Data"), NoProjectSelected);
-        tvwVSSProjects->setFocus();
+    if (node && node->isSelected())
+        return node;
+    mUi.warn(QStringLiteral("Invalid Data"), QStringLiteral("No Project selected!"));
+    tvwVSSProjects->setFocus();
+    return nullptr;
+}
+
+void frmVSSProjectBrowser::cmdOK_Click()
+{
+    QTreeWidgetItem *node = SelectedNode();
+    if (!node)
         return;
-    }
     mResult = node->data(0, KeyRole).toString();
     accept();
 }
 
 void frmVSSProjectBrowser::cmdNewProject_Click()
 {
-    QTreeWidgetItem *node = tvwVSSProjects->currentItem();
-    if (!node || !node->isSelected()) {
-        mUi.messageBox(UiServices::Icon::Warning, QStringLiteral("Invalid Data"), NoProjectSelected);
-        tvwVSSProjects->setFocus();
+    QTreeWidgetItem *node = SelectedNode();
+    if (!node)
         return;
-    }
     frmVSSNewProject ask(mUi, mHelp, this);
     const QString name = ask.NewVSSProjectName();
     if (name.isEmpty())

@@ -36,6 +36,8 @@ private:
     void FillChildren(QTreeWidgetItem *node);
     QTreeWidgetItem *FindNode(const QString &key) const;
     void OpenAlong(const QString &startFolder);
+    // The selected node; without one, says so and returns nothing.
+    QTreeWidgetItem *SelectedNode();
 
     void tvwVSSProjects_Expand(QTreeWidgetItem *node);
     void cmdOK_Click();
