@@ -110,8 +110,7 @@ bool HelpIntegration::CheckHelpFile() const
 {
     if (QFileInfo::exists(GetHelpFile(1)))
         return true;
-    mUi.messageBox(UiServices::Icon::Warning, QStringLiteral("No help available!"),
-        QStringLiteral("The help file is could not be found!"));
+    mUi.warn(QStringLiteral("No help available!"), QStringLiteral("The help file is could not be found!"));
     return false;
 }
 

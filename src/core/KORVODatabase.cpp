@@ -84,7 +84,7 @@ void KORVODatabase::InitObjects()
     mTriggersType = mTriggers->ObjectType();
 }
 
-KORVOObjectCollectionPtr KORVODatabase::mObjectByType(const QString &type) const
+KORVOObjectCollectionPtr KORVODatabase::CollectionByType(const QString &type) const
 {
     for (const auto &collection : mObjects)
         if (collection->ObjectType() == type)
@@ -214,10 +214,15 @@ KORVODBTItemsPtr KORVODatabase::GetItemInfo(const QString &tag, const QString &k
     return std::make_shared<KORVODBTItems>();
 }
 
+bool KORVODatabase::UserDefinedFunctionsAllowed() const
+{
+    return mProject->SQL() && mProject->SQL()->UserDefinedFunctionsAllowed();
+}
+
 KORVODBTItemsPtr KORVODatabase::WalkCollections(bool editableOnly, bool withPlaceholder)
 {
     auto items = std::make_shared<KORVODBTItems>();
-    const bool udfAllowed = mProject->SQL() && mProject->SQL()->UserDefinedFunctionsAllowed();
+    const bool udfAllowed = UserDefinedFunctionsAllowed();
     for (const auto &collection : std::as_const(mObjects)) {
         if (!(editableOnly ? collection->IsEditable() : collection->IsRootNode()))
             continue;
@@ -248,7 +253,7 @@ KORVODatabase::SetupAvailableEditableObjectsForAnotherDB(const std::shared_ptr<K
 {
     using Kind = KORVOCollectionFactory::Kind;
     QList<KORVOObjectCollectionPtr> result;
-    const bool udfAllowed = mProject->SQL() && mProject->SQL()->UserDefinedFunctionsAllowed();
+    const bool udfAllowed = UserDefinedFunctionsAllowed();
     const std::pair<KORVOObjectCollectionPtr *, Kind> order[] = {
         {&mExtraObjInstSPs, Kind::StoredProcedures}, {&mExtraObjInstTBLs, Kind::Tables},
         {&mExtraObjInstTRGs, Kind::Triggers},        {&mExtraObjInstUDFs, Kind::UserDefinedFunctions},

@@ -52,11 +52,11 @@ public:
     const KORVOIconsPtr &Icons() const { return mIcons; }
     KORVOMainWindow *MainWindow() const { return mMain.get(); }
 
-    KORVOObjectCollectionPtr StoredProcedures() const { return mObjectByType(mStoredProceduresType); }
-    KORVOObjectCollectionPtr Tables() const { return mObjectByType(mTablesType); }
-    KORVOObjectCollectionPtr UserDefinedFunctions() const { return mObjectByType(mUserDefinedFunctionsType); }
-    KORVOObjectCollectionPtr Views() const { return mObjectByType(mViewsType); }
-    KORVOObjectCollectionPtr Triggers() const { return mObjectByType(mTriggersType); }
+    KORVOObjectCollectionPtr StoredProcedures() const { return CollectionByType(mStoredProceduresType); }
+    KORVOObjectCollectionPtr Tables() const { return CollectionByType(mTablesType); }
+    KORVOObjectCollectionPtr UserDefinedFunctions() const { return CollectionByType(mUserDefinedFunctionsType); }
+    KORVOObjectCollectionPtr Views() const { return CollectionByType(mViewsType); }
+    KORVOObjectCollectionPtr Triggers() const { return CollectionByType(mTriggersType); }
     // The collections in tree order: stored procedures, tables, user defined
     // functions, views, triggers.
     const QList<KORVOObjectCollectionPtr> &Collections() const { return mObjects; }
@@ -112,11 +112,12 @@ private:
     void InitObjects();
     void BindCollection(const KORVOObjectCollectionPtr &collection, const std::shared_ptr<KORVOSQL> &sql,
                         const std::shared_ptr<KORVOVSS> &vss);
-    KORVOObjectCollectionPtr mObjectByType(const QString &type) const;
+    KORVOObjectCollectionPtr CollectionByType(const QString &type) const;
     KORVOObjectCollectionPtr FirstWithSubType(const QString &subType) const;
     void MakeProjectMostRecent(long sequence);
     KORVOProjectPtr LoadProjectFromKey(const RegistryKey &key) const;
     KORVODBTItemsPtr WalkCollections(bool editableOnly, bool withPlaceholder);
+    bool UserDefinedFunctionsAllowed() const;
 
     void RetrieveStatusChange(KORVOObjectCollection &source, long position, long total, bool &cancel) override;
     void AddingStatusChange(KORVOObjectCollection &source, long position, long total, bool &cancel) override;

@@ -446,8 +446,7 @@ void KORVOSettings::SetShowCommentPrompt(bool value)
 
 int KORVOSettings::ChildWindowState() const
 {
-    return ReadNumber(
-        ReadSetting(QStringLiteral("ChildWindowState")), 0, [](double n) { return IsWhole(n) && (n == 0 || n == 2); });
+    return ReadNumber(ReadSetting(QStringLiteral("ChildWindowState")), 0, [](double n) { return n == 0 || n == 2; });
 }
 
 void KORVOSettings::SetChildWindowState(int value)

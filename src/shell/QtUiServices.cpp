@@ -73,7 +73,7 @@ private:
 UiServices::Answer QtUiServices::messageBox(Icon icon, const QString &title, const QString &text, Buttons buttons)
 {
     NormalCursorWhileAsking normal;
-    QMessageBox box(boxIcon(icon), title, text, standardButtons(buttons), mParent ? mParent : QApplication::activeWindow());
+    QMessageBox box(boxIcon(icon), title, text, standardButtons(buttons), Owner());
     if (buttons == Buttons::YesNo)
         box.setEscapeButton(QMessageBox::No);
     return toAnswer(box.exec(), buttons);
@@ -82,33 +82,38 @@ UiServices::Answer QtUiServices::messageBox(Icon icon, const QString &title, con
 QString QtUiServices::openFileName(const QString &title, const QString &folder, const QString &filter)
 {
     NormalCursorWhileAsking normal;
-    return QFileDialog::getOpenFileName(mParent ? mParent : QApplication::activeWindow(), title, folder, filter);
+    return QFileDialog::getOpenFileName(Owner(), title, folder, filter);
 }
 
 QString QtUiServices::saveFileName(const QString &title, const QString &folder, const QString &filter)
 {
     NormalCursorWhileAsking normal;
-    return QFileDialog::getSaveFileName(mParent ? mParent : QApplication::activeWindow(), title, folder, filter);
+    return QFileDialog::getSaveFileName(Owner(), title, folder, filter);
 }
 
 QString QtUiServices::folderName(const QString &title, const QString &folder)
 {
     NormalCursorWhileAsking normal;
-    return QFileDialog::getExistingDirectory(mParent ? mParent : QApplication::activeWindow(), title, folder);
+    return QFileDialog::getExistingDirectory(Owner(), title, folder);
 }
 
 bool QtUiServices::sqlPassword(const QString &server, const QString &database, QString &userName, QString &password)
 {
     NormalCursorWhileAsking normal;
-    frmSQLPassword dlg(*this, mParent ? mParent : QApplication::activeWindow());
+    frmSQLPassword dlg(*this, Owner());
     return dlg.GetUserNameAndPassword(server, database, userName, password);
 }
 
 bool QtUiServices::vssPassword(const QString &iniFile, QString &userName, QString &password)
 {
     NormalCursorWhileAsking normal;
-    frmVSSPassword dlg(*this, mParent ? mParent : QApplication::activeWindow());
+    frmVSSPassword dlg(*this, Owner());
     return dlg.GetUserNameAndPassword(iniFile, userName, password);
+}
+
+QWidget *QtUiServices::Owner() const
+{
+    return mParent ? mParent : QApplication::activeWindow();
 }
 
 void QtUiServices::beginWait()

@@ -22,5 +22,8 @@ public:
     void endWait() override;
 
 private:
+    // The window boxes and dialogs belong to: the given parent, else the active window.
+    QWidget *Owner() const;
+
     QWidget *mParent;
 };

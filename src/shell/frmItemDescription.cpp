@@ -47,9 +47,8 @@ bool frmItemDescription::GetDescription(QString &description)
 void frmItemDescription::cmdOK_Click()
 {
     if (mDescription->toPlainText().isEmpty()
-        && mUi.messageBox(UiServices::Icon::Question, QStringLiteral("Save Blank Description"),
-               QStringLiteral("Are you sure you want to save a blank description?"), UiServices::Buttons::YesNo)
-            != UiServices::Answer::Yes)
+        && !mUi.askYesNo(QStringLiteral("Save Blank Description"),
+            QStringLiteral("Are you sure you want to save a blank description?")))
         return;
     accept();
 }

@@ -12,7 +12,6 @@
 
 #include <QCheckBox>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QKeyEvent>
 #include <QPushButton>
 #include <QTreeWidget>
@@ -178,7 +177,7 @@ bool frmProjectBrowser::OpenSelectedProject(const std::shared_ptr<KORVOProject> 
 {
     // The connectors show their own prompts and messages.
     if (!project->SQL()->ConnectionOpen()) {
-        if (!project->SQL()->OpenConnection({}, {}, {}, {}, -2, false).isEmpty())
+        if (!project->SQL()->OpenConnection({}, {}, {}, {}, KORVOSQL::UseStoredAuth, false).isEmpty())
             return false;
     }
     if (!project->VSS()->ConnectionOpen()) {

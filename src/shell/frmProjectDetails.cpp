@@ -501,14 +501,17 @@ bool frmProjectDetails::TestSQLConnection()
     }
     if (asked)
         txtSQLPassword->setText(password);
-    if (error.isEmpty())
-        return true;
-    return mUi.messageBox(UiServices::Icon::Warning, InvalidData,
-               QStringLiteral("Could not connect to the specified database. Would you like to continue "
-                              "anyway?\nThe following error occured:\n")
-                   + error,
-               UiServices::Buttons::YesNo)
-        == UiServices::Answer::Yes;
+    return error.isEmpty() || ContinueAnyway(QStringLiteral("database"), error);
+}
+
+bool frmProjectDetails::ContinueAnyway(const QString &what, const QString &error)
+{
+    return mUi.askYesNo(InvalidData,
+        QStringLiteral("Could not connect to the specified %1. Would you like to continue anyway?\nThe following "
+                       "error occured:\n")
+                .arg(what)
+            + error,
+        UiServices::Icon::Warning);
 }
 
 bool frmProjectDetails::TestVSSConnection(bool withProject)
@@ -544,12 +547,7 @@ bool frmProjectDetails::TestVSSConnection(bool withProject)
         lblVSSErrorLabel->show();
         lblVSSError->show();
     }
-    return mUi.messageBox(UiServices::Icon::Warning, InvalidData,
-               QStringLiteral("Could not connect to the specified project. Would you like to continue "
-                              "anyway?\nThe following error occured:\n")
-                   + error,
-               UiServices::Buttons::YesNo)
-        == UiServices::Answer::Yes;
+    return ContinueAnyway(QStringLiteral("project"), error);
 }
 
 void frmProjectDetails::cmdNext_Click()

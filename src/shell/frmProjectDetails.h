@@ -54,6 +54,9 @@ private:
     void FillDatabaseList();
     bool TestSQLConnection();
     bool TestVSSConnection(bool withProject);
+    // The "continue anyway?" question after a failed connection test to the
+    // database or project; true on Yes.
+    bool ContinueAnyway(const QString &what, const QString &error);
     // Texts count as empty after trimming.
     static bool Blank(const QString &text) { return text.trimmed().isEmpty(); }
     void Invalid(const QString &text, QWidget *focus);

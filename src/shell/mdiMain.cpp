@@ -4,7 +4,6 @@
 #include "UiServices.h"
 
 #include <QApplication>
-#include <QHeaderView>
 #include <QMdiArea>
 #include <QScreen>
 #include <QSplitter>
@@ -55,8 +54,10 @@ int mdiMain::TwipsToPixels(long twips, bool horizontal) const
 void mdiMain::InitDBT(long widthTwips)
 {
     mTree->clear();
-    if (widthTwips > 0)
-        mSplitter->setSizes({TwipsToPixels(widthTwips, true), std::max(1, width() - TwipsToPixels(widthTwips, true))});
+    if (widthTwips > 0) {
+        const int tree = TwipsToPixels(widthTwips, true);
+        mSplitter->setSizes({ tree, std::max(1, width() - tree) });
+    }
     if (!mDatabase)
         return;
     auto roots = mDatabase->GetItemInfo(QStringLiteral("Start"), QString(), false, true);
