@@ -4,6 +4,8 @@
 
 #include <QString>
 
+class QWidget;
+
 // What child windows and dialogs ask of the main window. mdiMain implements it;
 // children get it when they are created, so they never name the main window's
 // class.
