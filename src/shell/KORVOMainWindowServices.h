@@ -4,6 +4,7 @@
 
 #include <QString>
 
+class KORVOWindows;
 class QWidget;
 
 // What child windows and dialogs ask of the main window. mdiMain implements it;
@@ -24,4 +25,6 @@ public:
     virtual void EditPermissions(const QString &tag, const QString &key, const KORVODBObjectPtr &object) = 0;
     // Shows the given widget as a child window in the multiple-document area.
     virtual void AddChild(QWidget *child) = 0;
+    // Opens the windows of other libraries (history, comparison, ...).
+    virtual KORVOWindows &Windows() = 0;
 };
