@@ -16,7 +16,7 @@ namespace
 {
 
 constexpr int kColumns = 6;
-constexpr int kCellWidth = 214;
+constexpr int kCellWidth = 238;
 constexpr int kCellHeight = 54;
 constexpr int kMargin = 12;
 const int kSizes[] = { 16, 24, 32 };

@@ -116,12 +116,13 @@ void PersonShape(QPainter &p, const QColor &fill, const QColor &line)
 void DrawMark(QPainter &p, Mark mark, const QColor &ink)
 {
     switch (mark) {
-    case Mark::Check: {
+    case Mark::Check:
+    case Mark::Verify: {
         QPainterPath path;
         path.moveTo(-2.3, 0.1);
         path.lineTo(-0.7, 1.8);
         path.lineTo(2.3, -1.7);
-        Stroke(p, path, ink, 1.5);
+        Stroke(p, path, ink, 1.7);
         break;
     }
     case Mark::Pencil: {
@@ -161,8 +162,8 @@ void DrawMark(QPainter &p, Mark mark, const QColor &ink)
         break;
     }
     case Mark::Cross:
-        Line(p, QPointF(-1.9, -1.9), QPointF(1.9, 1.9), ink, 1.5);
-        Line(p, QPointF(-1.9, 1.9), QPointF(1.9, -1.9), ink, 1.5);
+        Line(p, QPointF(-1.8, -1.8), QPointF(1.8, 1.8), ink, 1.7);
+        Line(p, QPointF(-1.8, 1.8), QPointF(1.8, -1.8), ink, 1.7);
         break;
     case Mark::Plus:
         Line(p, QPointF(-2.4, 0.0), QPointF(2.4, 0.0), ink, 1.6, Qt::FlatCap);
@@ -234,6 +235,7 @@ QColor DiscColor(Mark mark)
     case Mark::Cycle:
     case Mark::Down:
     case Mark::Prompt:
+    case Mark::Verify:
         return kBlue;
     case Mark::Key:
         return kGold;
@@ -250,10 +252,10 @@ void BadgeAtOrigin(QPainter &p, Mark mark, qreal halo)
     if (mark == Mark::None)
         return;
     if (mark == Mark::Star) {
-        const QPainterPath star = Star(QPointF(0.0, 0.3), 4.9, 2.2);
+        const QPainterPath star = Star(QPointF(0.0, 0.4), 5.0, 2.4);
         if (halo > 0)
             Stroke(p, star, kWhite, 1.0 + 2 * halo);
-        FillPath(p, star, QColor(255, 200, 30), kGoldLine, 0.9);
+        FillPath(p, star, QColor(255, 206, 40), QColor(128, 82, 0), 0.9);
         return;
     }
     if (mark == Mark::Warning) {
@@ -755,9 +757,12 @@ void Unknown(QPainter &p)
 
 void Badge(QPainter &p, Mark mark)
 {
+    // A disc of radius 4.6 touching the right and bottom edges: big enough at 16 px to tell the
+    // marks apart.
     p.save();
-    p.translate(11.75, 11.75);
-    BadgeAtOrigin(p, mark, 1.1);
+    p.translate(11.4, 11.4);
+    p.scale(4.6 / 4.25, 4.6 / 4.25);
+    BadgeAtOrigin(p, mark, 1.0);
     p.restore();
 }
 
@@ -814,6 +819,10 @@ void SyncPicture(QPainter &p, const QRectF &rect, SyncAction action, int side, c
     p.save();
     p.translate(rect.center().x() - 8.0 * unit, rect.top());
     p.scale(unit, unit);
+    // A little smaller than the cell, so that a bracket fits round it even in a square cell.
+    p.translate(8.0, 8.0);
+    p.scale(0.82, 0.82);
+    p.translate(-8.0, -8.0);
     if (action == SyncAction::None || side == 0) {
         Stroke(p, Circle(QPointF(8.0, 8.0), 4.2), kLightGrey, 1.0);
         FillPath(p, Circle(QPointF(8.0, 8.0), 1.8), kLightGrey, QColor());
@@ -824,16 +833,16 @@ void SyncPicture(QPainter &p, const QRectF &rect, SyncAction action, int side, c
             p.translate(16.0, 0.0);
             p.scale(-1.0, 1.0);
         }
-        // Pointing right, from x 2.5 to 13.5.
+        // Pointing right, from x 2 to 14, with a shaft wide enough for the action's mark.
         FillPath(p,
-                 Polygon({ QPointF(2.5, 5.0), QPointF(8.0, 5.0), QPointF(8.0, 2.5), QPointF(13.5, 8.0),
-                           QPointF(8.0, 13.5), QPointF(8.0, 11.0), QPointF(2.5, 11.0) }),
+                 Polygon({ QPointF(2.0, 4.0), QPointF(8.0, 4.0), QPointF(8.0, 1.5), QPointF(14.5, 8.0),
+                           QPointF(8.0, 14.5), QPointF(8.0, 12.0), QPointF(2.0, 12.0) }),
                  fill, fill.darker(145), 0.9);
         p.restore();
         // The action's mark sits in the shaft, upright whatever the direction.
         p.save();
-        p.translate(side == 1 ? 10.2 : 5.8, 8.0);
-        p.scale(0.62, 0.62);
+        p.translate(side == 1 ? 11.0 : 5.0, 8.0);
+        p.scale(0.8, 0.8);
         const Mark mark = action == SyncAction::Add ? Mark::Plus : action == SyncAction::Delete ? Mark::Minus : Mark::None;
         if (mark != Mark::None) {
             DrawMark(p, mark, kWhite);

@@ -55,6 +55,7 @@ enum class Mark
     None,
     Star,      // new: a gold star, no disc
     Check,     // checked in, granted
+    Verify,    // a text's syntax checked
     Pencil,    // checked out by me
     Padlock,   // checked out by another
     Question,  // only in SQL: not under version control

@@ -9,7 +9,9 @@
 #include <QImage>
 #include <QPainter>
 #include <QPixmap>
+#include <QStandardPaths>
 
+#include <algorithm>
 #include <functional>
 
 using namespace KORVOGlyphs;
@@ -197,7 +199,7 @@ const QList<std::pair<QString, Picture>> &FixedPictures()
         add("ROLLBACK", WithBadge(Clock, Mark::Back));
         add("CLOSE", Square(Cross));
         add("SQLQUERY", WithBadge(Database, Mark::Prompt));
-        add("SQLQUERY:PARSE", WithBadge(Page, Mark::Question));
+        add("SQLQUERY:PARSE", WithBadge(Page, Mark::Verify));
         add("SQLQUERY:EXECUTE", Square(Play));
         add("SQLQUERY:PANEL", Square(ResultPanel));
         add("HELP", Square([](QPainter &p) { Disc(p, Mark::Help); }));
@@ -404,7 +406,17 @@ void KORVOInitIconTheme()
     gThemeChosen = true;
     const QString current = QIcon::themeName();
     if (current.isEmpty() || current == QLatin1String("hicolor")) {
-        const QStringList paths = QIcon::themeSearchPaths();
+        // Without a platform theme Qt looks only in its resources; the desktop's themes live in
+        // the XDG data folders.
+        QStringList paths = QIcon::themeSearchPaths();
+        QStringList folders = { QDir::homePath() + QStringLiteral("/.icons") };
+        for (const QString &data : QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation))
+            folders << data + QStringLiteral("/icons");
+        for (const QString &folder : std::as_const(folders)) {
+            if (!paths.contains(folder) && QFileInfo(folder).isDir())
+                paths << folder;
+        }
+        QIcon::setThemeSearchPaths(paths);
         for (const char *candidate : { "breeze", "Adwaita" }) {
             const QString theme = QString::fromLatin1(candidate);
             const bool installed = std::any_of(paths.cbegin(), paths.cend(), [&theme](const QString &path) {
