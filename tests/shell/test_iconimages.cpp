@@ -72,6 +72,10 @@ private Q_SLOTS:
             return;
         }
         QCOMPARE(Render(KORVOIconImage(name.toLower())), picture);
+        // On a screen of twice the density the picture is drawn with twice the pixels.
+        const QPixmap dense = icon.pixmap(QSize(16, 16), 2.0);
+        QCOMPARE(dense.size(), QSize(32, 32));
+        QCOMPARE(dense.devicePixelRatio(), 2.0);
         if (name != QLatin1String("-"))
             QVERIFY2(picture != unknown, "draws the picture of an unknown name");
         // Composed pictures of different types and states, and all other names, look different.

@@ -1,5 +1,6 @@
 #include "KORVOIconGlyphs.h"
 
+#include <QImage>
 #include <QPainterPath>
 #include <QtMath>
 
@@ -275,6 +276,37 @@ void BadgeAtOrigin(QPainter &p, Mark mark, qreal halo)
         FillPath(p, Circle(QPointF(), 4.25 + halo), kWhite, QColor());
     FillPath(p, Circle(QPointF(), 4.25), fill, fill.darker(135), 0.8);
     DrawMark(p, mark, kWhite);
+}
+
+// Draws a glyph with a white outline round its silhouette, so that it stands out on a glyph
+// beneath. The glyph is drawn on a layer of the painter's device, whose silhouette is laid down
+// white a little to every side first.
+void WithHalo(QPainter &p, Draw glyph, qreal halo)
+{
+    const QTransform transform = p.deviceTransform();
+    QImage layer(p.device()->width(), p.device()->height(), QImage::Format_ARGB32_Premultiplied);
+    layer.fill(Qt::transparent);
+    {
+        QPainter lp(&layer);
+        lp.setRenderHint(QPainter::Antialiasing);
+        lp.setTransform(transform);
+        glyph(lp);
+    }
+    QImage silhouette = layer;
+    {
+        QPainter sp(&silhouette);
+        sp.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        sp.fillRect(silhouette.rect(), Qt::white);
+    }
+    const qreal reach = halo * qSqrt(qAbs(transform.determinant()));
+    p.save();
+    p.resetTransform();
+    for (int i = 0; i < 8; ++i) {
+        const qreal a = qDegreesToRadians(i * 45.0);
+        p.drawImage(QPointF(reach * qCos(a), reach * qSin(a)), silhouette);
+    }
+    p.drawImage(QPointF(0, 0), layer);
+    p.restore();
 }
 
 // A faint version of a glyph: drawn through a layer so that overlapping parts do not add up.
@@ -805,9 +837,9 @@ void Folder(QPainter &p, Draw emblem)
     FillPath(p, front, kFolderFront, kFolderLine);
     if (emblem) {
         p.save();
-        p.translate(6.6, 6.2);
+        p.translate(6.4, 6.2);
         p.scale(0.6, 0.6);
-        emblem(p);
+        WithHalo(p, emblem, 1.2);
         p.restore();
     }
 }
