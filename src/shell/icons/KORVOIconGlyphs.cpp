@@ -143,7 +143,8 @@ void DrawMark(QPainter &p, Mark mark, const QColor &ink)
         FillPath(p, body, ink, QColor());
         break;
     }
-    case Mark::Question: {
+    case Mark::Question:
+    case Mark::Help: {
         QPainterPath path;
         path.moveTo(-1.6, -1.2);
         path.cubicTo(-1.6, -3.3, 1.8, -3.3, 1.8, -1.3);
@@ -153,15 +154,9 @@ void DrawMark(QPainter &p, Mark mark, const QColor &ink)
         break;
     }
     case Mark::Warning:
-    case Mark::Help: {
-        if (mark == Mark::Help) {
-            DrawMark(p, Mark::Question, ink);
-            break;
-        }
         Line(p, QPointF(0.0, -2.4), QPointF(0.0, 0.6), ink, 1.5);
         FillPath(p, Circle(QPointF(0.0, 2.4), 0.8), ink, QColor());
         break;
-    }
     case Mark::Cross:
         Line(p, QPointF(-1.8, -1.8), QPointF(1.8, 1.8), ink, 1.7);
         Line(p, QPointF(-1.8, 1.8), QPointF(1.8, -1.8), ink, 1.7);
@@ -278,20 +273,25 @@ void BadgeAtOrigin(QPainter &p, Mark mark, qreal halo)
     DrawMark(p, mark, kWhite);
 }
 
+// A glyph drawn alone on a transparent layer the size of the painter's device, in the painter's
+// place; the caller lays it down with the painter's transform reset.
+QImage Layer(QPainter &p, Draw glyph)
+{
+    QImage layer(p.device()->width(), p.device()->height(), QImage::Format_ARGB32_Premultiplied);
+    layer.fill(Qt::transparent);
+    QPainter lp(&layer);
+    lp.setRenderHint(QPainter::Antialiasing);
+    lp.setTransform(p.deviceTransform());
+    glyph(lp);
+    return layer;
+}
+
 // Draws a glyph with a white outline round its silhouette, so that it stands out on a glyph
-// beneath. The glyph is drawn on a layer of the painter's device, whose silhouette is laid down
-// white a little to every side first.
+// beneath: the silhouette is laid down white a little to every side first.
 void WithHalo(QPainter &p, Draw glyph, qreal halo)
 {
     const QTransform transform = p.deviceTransform();
-    QImage layer(p.device()->width(), p.device()->height(), QImage::Format_ARGB32_Premultiplied);
-    layer.fill(Qt::transparent);
-    {
-        QPainter lp(&layer);
-        lp.setRenderHint(QPainter::Antialiasing);
-        lp.setTransform(transform);
-        glyph(lp);
-    }
+    const QImage layer = Layer(p, glyph);
     QImage silhouette = layer;
     {
         QPainter sp(&silhouette);
@@ -312,9 +312,11 @@ void WithHalo(QPainter &p, Draw glyph, qreal halo)
 // A faint version of a glyph: drawn through a layer so that overlapping parts do not add up.
 void Ghost(QPainter &p, Draw glyph)
 {
+    const QImage layer = Layer(p, glyph);
     p.save();
+    p.resetTransform();
     p.setOpacity(0.42);
-    glyph(p);
+    p.drawImage(QPointF(0, 0), layer);
     p.restore();
 }
 
