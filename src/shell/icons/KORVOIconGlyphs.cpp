@@ -851,7 +851,7 @@ void SyncPicture(QPainter &p, const QRectF &rect, SyncAction action, int side, c
     const qreal unit = rect.height() / 16.0;
     // The arrow keeps clear of the bracket and stands in the middle of the cell.
     p.save();
-    p.translate(rect.center().x() - 8.0 * unit, rect.top());
+    p.translate(qRound(rect.center().x() - 8.0 * unit), rect.top());
     p.scale(unit, unit);
     // A little smaller than the cell, so that a bracket fits round it even in a square cell.
     p.translate(8.0, 8.0);
