@@ -853,9 +853,10 @@ void SyncPicture(QPainter &p, const QRectF &rect, SyncAction action, int side, c
     p.save();
     p.translate(qRound(rect.center().x() - 8.0 * unit), rect.top());
     p.scale(unit, unit);
-    // A little smaller than the cell, so that a bracket fits round it even in a square cell.
+    // In a cell about as wide as high the arrow shrinks, so that a bracket fits round it.
+    const qreal shrink = rect.width() >= rect.height() * 1.3 ? 1.0 : 0.82;
     p.translate(8.0, 8.0);
-    p.scale(0.82, 0.82);
+    p.scale(shrink, shrink);
     p.translate(-8.0, -8.0);
     if (action == SyncAction::None || side == 0) {
         Stroke(p, Circle(QPointF(8.0, 8.0), 4.2), kLightGrey, 1.0);
