@@ -24,7 +24,7 @@ const QColor kFolder(245, 196, 81), kFolderFront(250, 215, 126), kFolderLine(176
 const QColor kLavender(164, 150, 232), kLavenderTop(205, 196, 248), kLavenderLine(84, 70, 158);
 const QColor kNavy(43, 42, 120), kNavyLine(20, 19, 70);
 const QColor kGreen(46, 157, 58), kGreenLine(26, 105, 36);
-const QColor kOrange(232, 113, 26), kRed(208, 44, 44), kRedLine(140, 22, 22);
+const QColor kOrange(232, 113, 26), kRed(208, 44, 44);
 const QColor kGold(240, 180, 41), kGoldLine(154, 106, 0);
 const QColor kGrey(120, 128, 138), kLightGrey(170, 176, 184);
 const QColor kSlate(96, 125, 139);
