@@ -34,23 +34,24 @@ const char *const kPostgreSQLKeywords
       "integer bigint smallint boolean numeric decimal real double precision text varchar character varying char "
       "date time timestamp timestamptz interval json jsonb uuid bytea serial bigserial void trigger";
 
-enum Mode { Code = 0, BlockComment = 1, SingleQuoted = 2, DoubleQuoted = 3, Bracketed = 4 };
+enum Mode { Code = 0, BlockComment = 1, SingleQuoted = 2, DoubleQuoted = 3, Bracketed = 4, DollarQuoted = 5 };
 
 // What is open at a line's end, kept in Scintilla's line state.
 struct LexState {
     int mode = Code;
     int depth = 0; // nesting of block comments
     int tag = 0; // 1-based index of the open dollar tag, 0 outside a body
+    int inner = 0; // the same for a dollar-quoted string inside a body
 };
 
 int Pack(const LexState &s)
 {
-    return s.mode | (std::min(s.depth, 255) << 3) | (s.tag << 11);
+    return s.mode | (std::min(s.depth, 255) << 3) | (std::min(s.tag, 1023) << 11) | (std::min(s.inner, 1023) << 21);
 }
 
 LexState Unpack(int v)
 {
-    return { v & 7, (v >> 3) & 255, v >> 11 };
+    return { v & 7, (v >> 3) & 255, (v >> 11) & 1023, (v >> 21) & 1023 };
 }
 
 bool IsDigit(char c)
@@ -115,7 +116,7 @@ void KORVOSQLLexer::StyleRange(int start, int end)
         return;
     LexState st
         = line > 0 ? Unpack(int(ed->SendScintilla(QsciScintillaBase::SCI_GETLINESTATE, line - 1))) : LexState {};
-    if (st.tag > mTags.size())
+    if (st.tag > mTags.size() || st.inner > mTags.size())
         st = LexState {};
     const char *doc = static_cast<const char *>(ed->SendScintillaPtrResult(QsciScintillaBase::SCI_GETCHARACTERPOINTER));
 
@@ -126,11 +127,11 @@ void KORVOSQLLexer::StyleRange(int start, int end)
         styles.append(int(n), char(style));
         i += n;
     };
-    // The closing tag of the open body stands at p.
-    auto closingTag = [&](long p) {
-        if (st.tag == 0 || doc[p] != '$')
+    // The closing tag of the open body (or of the string inside it) stands at p.
+    auto closingTag = [&](long p, int which) {
+        if (which == 0 || doc[p] != '$')
             return 0;
-        const QByteArray &tag = mTags.at(st.tag - 1);
+        const QByteArray &tag = mTags.at(which - 1);
         return p + tag.size() <= docLength && std::memcmp(doc + p, tag.constData(), size_t(tag.size())) == 0
             ? int(tag.size())
             : 0;
@@ -154,9 +155,18 @@ void KORVOSQLLexer::StyleRange(int start, int end)
     while (i < end) {
         const char c = doc[i];
         const char next = i + 1 < docLength ? doc[i + 1] : '\0';
-        if (int n = closingTag(i)) {
+        if (int n = closingTag(i, st.tag)) {
             st = LexState {};
             put(n, QsciLexerSQL::Operator);
+            continue;
+        }
+        if (st.mode == DollarQuoted) {
+            const int n = closingTag(i, st.inner);
+            if (n)
+                st.mode = Code, st.inner = 0;
+            else
+                newLine(i);
+            put(std::max(n, 1), QsciLexerSQL::SingleQuotedString);
             continue;
         }
         if (st.mode != Code) {
@@ -185,7 +195,7 @@ void KORVOSQLLexer::StyleRange(int start, int end)
         }
         if (c == '-' && next == '-') {
             long n = 0;
-            while (i + n < docLength && doc[i + n] != '\n' && doc[i + n] != '\r' && !closingTag(i + n))
+            while (i + n < docLength && doc[i + n] != '\n' && doc[i + n] != '\r' && !closingTag(i + n, st.tag))
                 ++n;
             put(n, QsciLexerSQL::CommentLine);
         } else if (c == '/' && next == '*') {
@@ -200,15 +210,21 @@ void KORVOSQLLexer::StyleRange(int start, int end)
         } else if (c == '[' && !mPostgreSQL) {
             st.mode = Bracketed;
             put(1, QsciLexerSQL::QuotedIdentifier);
-        } else if (int n = st.tag == 0 ? dollarTag(i) : 0) {
+        } else if (int n = dollarTag(i)) {
+            // A body at the top; inside a body, a string of another tag.
             const QByteArray tag(doc + i, n);
             qsizetype index = mTags.indexOf(tag);
             if (index < 0) {
                 mTags.append(tag);
                 index = mTags.size() - 1;
             }
-            st.tag = int(index + 1);
-            put(n, QsciLexerSQL::Operator);
+            if (st.tag == 0) {
+                st.tag = int(index + 1);
+                put(n, QsciLexerSQL::Operator);
+            } else {
+                st.mode = DollarQuoted, st.inner = int(index + 1);
+                put(n, QsciLexerSQL::SingleQuotedString);
+            }
         } else if (IsDigit(c)) {
             long n = 1;
             while (i + n < docLength && (IsWordChar(doc[i + n], true) || doc[i + n] == '.'))

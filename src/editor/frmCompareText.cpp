@@ -17,6 +17,7 @@ constexpr int kCharIndicator = 8;
 
 void SetUpMarkers(SQLTextEditor &e)
 {
+    e.setCaretLineVisible(false); // it would hide the marks of the caret's line
     const QColor colours[] = { QColor(0xff, 0xf3, 0xb0), QColor(0xff, 0xd0, 0xd0), QColor(0xc8, 0xf0, 0xc8) };
     for (int m = 0; m < 3; ++m) {
         e.markerDefine(QsciScintilla::Background, m);

@@ -155,6 +155,9 @@ private Q_SLOTS:
             << true << body << QByteArray("'it") << int(QsciLexerSQL::SingleQuotedString);
         QTest::newRow("dollar literal") << true << QByteArray("SELECT $q$it's$q$;\nSELECT 1;") << QByteArray("1;")
                                         << int(QsciLexerSQL::Number);
+        const QByteArray nested = "AS $f$ BEGIN RETURN $q$don't$q$; END; $f$";
+        QTest::newRow("string of another tag in a body")
+            << true << nested << QByteArray("END") << int(QsciLexerSQL::Keyword);
         QTest::newRow("parameter is no tag")
             << true << QByteArray("SELECT $1, 'a$' FROM t") << QByteArray("FROM") << int(QsciLexerSQL::Keyword);
         QTest::newRow("bracketed name") << false << QByteArray("SELECT [from] FROM t") << QByteArray("from]")
