@@ -280,8 +280,11 @@ void frmEditObjectText::showEvent(QShowEvent *e)
         return;
     // Now inside the main window's frame, if there is one.
     ApplyChildSize();
-    if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget()))
+    if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget())) {
         connect(sub, &QMdiSubWindow::aboutToActivate, this, &frmEditObjectText::RefreshStatusBar);
+        // The frame changes its state after its size.
+        connect(sub, &QMdiSubWindow::windowStateChanged, this, &frmEditObjectText::StoreChildSize);
+    }
     RefreshStatusBar();
     mLoading = false;
 }
@@ -293,14 +296,20 @@ void frmEditObjectText::resizeEvent(QResizeEvent *e)
     if (frame->isMinimized())
         return;
     sbStatus->setSizeGripEnabled(!frame->isMaximized());
-    if (!mLoading && isVisible()) {
-        mDatabase.SetChildWindowState(frame->isMaximized() ? 2 : 0);
-        if (!frame->isMaximized()) {
-            mDatabase.SetChildWindowWidth(qRound(frame->width() * 1440.0 / logicalDpiX()));
-            mDatabase.SetChildWindowHeight(qRound(frame->height() * 1440.0 / logicalDpiY()));
-        }
-    }
+    StoreChildSize();
     mPanelCaret->setFixedWidth(lblStatus->fontMetrics().horizontalAdvance(lblStatus->text()) + 12);
+}
+
+void frmEditObjectText::StoreChildSize()
+{
+    QWidget *frame = Frame();
+    if (mLoading || !isVisible() || frame->isMinimized())
+        return;
+    mDatabase.SetChildWindowState(frame->isMaximized() ? 2 : 0);
+    if (!frame->isMaximized()) {
+        mDatabase.SetChildWindowWidth(qRound(frame->width() * 1440.0 / logicalDpiX()));
+        mDatabase.SetChildWindowHeight(qRound(frame->height() * 1440.0 / logicalDpiY()));
+    }
 }
 
 // --- Closing ---

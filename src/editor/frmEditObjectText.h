@@ -109,6 +109,8 @@ private:
     void SetStatus(const QString &text);
     void CaretMoved(int column, int line);
     void ApplyChildSize();
+    // Keeps the frame's state, and its size in normal state, in the settings.
+    void StoreChildSize();
     QWidget *Frame();
     bool IsActiveChild();
     QString FileFilter() const;

@@ -9,6 +9,8 @@
 #include "SQLTextEditor.h"
 #include "frmEditObjectText.h"
 
+#include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QRadioButton>
@@ -233,14 +235,19 @@ private Q_SLOTS:
         }
     }
 
-    // The closing sentences of the status bar, the caret panel, and the
-    // comparison with source control.
-    void statusBarAndCompare_data() { AddKindRows(); }
-    void statusBarAndCompare()
+    // In the main window's frame: the status bar, loading and saving text, undoing
+    // a saved check-out, the comparison with source control, and closing.
+    void windowDetails_data() { AddKindRows(); }
+    void windowDetails()
     {
-        QPointer<frmEditObjectText> w = Window();
+        QMdiArea area;
+        area.resize(900, 700);
+        area.show();
+        QPointer<frmEditObjectText> w = new frmEditObjectText(main, *session);
         KORVOTypedObjectPtr item = procs->NewObject();
         w->NewObject(item, b->Text(ObjectClass::StoredProcedure, QStringLiteral("usp_bar"), 1));
+        QMdiSubWindow *sub = area.addSubWindow(w);
+        sub->show();
         session->SetShowSaveChangesNew(false);
         session->SetSaveChangesNewDefault(2);
         w->RefreshStatusBar();
@@ -249,6 +256,19 @@ private Q_SLOTS:
         w->Editor().setCursorPosition(0, 4);
         w->Editor().QueryCaret();
         QCOMPARE(w->PanelText("Caret"), QStringLiteral("Ln 1, Col 5"));
+        sub->showMaximized();
+        QTRY_COMPARE(session->ChildWindowState(), 2);
+
+        // A new object is saved only under a name of its own; an empty file is not loaded.
+        b->ui.pick(item->FileName());
+        QVERIFY(!w->SaveText(false));
+        const QString empty = dir.filePath(QStringLiteral("empty.sql"));
+        QFile(empty).open(QIODevice::WriteOnly);
+        b->ui.answer(UiServices::Answer::Yes).pick(empty).answer(UiServices::Answer::Ok);
+        w->OpenText();
+        QCOMPARE(Boxes(b->ui).last(), QStringLiteral("warning|File not Loaded|The specified file is empty!"));
+        QCOMPARE(Variant(w->Editor().Text()), QStringLiteral("1"));
+
         QVERIFY(w->CheckInItem());
         QVERIFY(w->CheckOutItem());
         session->SetShowSaveChangesEdit(false);
@@ -268,9 +288,19 @@ private Q_SLOTS:
         QCOMPARE(main.calls.last(), QStringLiteral("Compare SQL VSS"));
         QCOMPARE(main.compared.value(0), w->Editor().Text());
         QCOMPARE(main.compared.value(1), item->GetContent(1));
-        QVERIFY(w->UndoCheckout(false));
-        QVERIFY(w->Editor().Locked());
-        QVERIFY(Closed(w));
+
+        // The frame's close box asks; a refusal keeps the window and its text.
+        w->Editor().SetText(b->Text(ObjectClass::StoredProcedure, QStringLiteral("usp_bar"), 2));
+        session->SetShowSaveChangesEdit(true);
+        QStringList shown;
+        AnswerPrompt(0, &shown);
+        QVERIFY(!sub->close());
+        QVERIFY(w && sub->isVisible());
+        QCOMPARE(shown.join(QLatin1Char(' ')), QStringLiteral("1 2 5* 4"));
+        QVERIFY(w->CloseItem(true));
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!w);
+        QCOMPARE(Sides(QStringLiteral("usp_bar")), QStringLiteral("1|1|out"));
     }
 };
 
