@@ -5,6 +5,8 @@
 #include "frmEditObjectText.h"
 #include "sql/KORVOSQL.h"
 
+#include <QWidget>
+
 namespace
 {
 
@@ -38,5 +40,7 @@ void KORVOAllWindows::Compare(QWidget *parent, KORVODatabase &session, const QSt
 {
     const auto &sql = session.Project() ? session.Project()->SQL() : nullptr;
     const bool postgreSQL = sql && sql->Kind().KindId() == ServerKind::Id::PostgreSQL;
-    frmCompareText::Show(session, session.Ui(), parent, leftText, rightText, leftCaption, rightCaption, postgreSQL);
+    // Owned by the top window, so that it outlives the text window it was opened from.
+    frmCompareText::Show(session, session.Ui(), parent ? parent->window() : nullptr, leftText, rightText, leftCaption,
+        rightCaption, postgreSQL);
 }
