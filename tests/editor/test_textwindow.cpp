@@ -3,6 +3,7 @@
 // check-out, closed with every answer to the prompt and with the prompt off.
 #include "../objects/test_backend.h"
 #include "../shell/OffscreenDialogs.h"
+#include "KORVOAllWindows.h"
 #include "KORVODatabase.h"
 #include "KORVOMainWindowServices.h"
 #include "KORVOWindows.h"
@@ -243,9 +244,12 @@ private Q_SLOTS:
         QMdiArea area;
         area.resize(900, 700);
         area.show();
-        QPointer<frmEditObjectText> w = new frmEditObjectText(main, *session);
+        // Opened as the main window opens it.
         KORVOTypedObjectPtr item = procs->NewObject();
-        w->NewObject(item, b->Text(ObjectClass::StoredProcedure, QStringLiteral("usp_bar"), 1));
+        KORVOChildWindow *child = KORVOAllWindows().NewObjectText(
+            main, *session, item, b->Text(ObjectClass::StoredProcedure, QStringLiteral("usp_bar"), 1));
+        QPointer<frmEditObjectText> w = qobject_cast<frmEditObjectText *>(child ? child->Widget() : nullptr);
+        QVERIFY(w && child->FormType() == 1 && w->property(kChildMarker).toBool());
         QMdiSubWindow *sub = area.addSubWindow(w);
         sub->show();
         session->SetShowSaveChangesNew(false);
