@@ -73,6 +73,14 @@ frmEditObjectText::frmEditObjectText(KORVOMainWindowServices &main, KORVODatabas
     connect(compare, &QAction::triggered, this, &frmEditObjectText::CompareWithVSS);
     txtSQL->AddContextAction(compare);
 
+    // The main window polls CanPaste on every tick: follow the clipboard instead of asking it.
+    auto clipboardChanged = [this] {
+        const QMimeData *data = QApplication::clipboard()->mimeData();
+        mClipboardHasText = data && data->hasText();
+    };
+    connect(QApplication::clipboard(), &QClipboard::dataChanged, this, clipboardChanged);
+    clipboardChanged();
+
     connect(txtSQL, &SQLTextEditor::bcCaretMove, this,
         [this](int, int, int column, int line) { CaretMoved(column, line); });
     connect(txtSQL, &SQLTextEditor::bcGotFocus, this, [this] { mHasFocus = true; });
@@ -199,8 +207,7 @@ bool frmEditObjectText::CanCopy() const
 
 bool frmEditObjectText::CanPaste() const
 {
-    const QMimeData *data = QApplication::clipboard()->mimeData();
-    return !txtSQL->Locked() && data && data->hasText();
+    return !txtSQL->Locked() && mClipboardHasText;
 }
 
 bool frmEditObjectText::CanUndo() const

@@ -135,6 +135,7 @@ private:
     bool mHasFocus = false;
     bool mClosing = false;
     bool mSizeApplied = false;
+    bool mClipboardHasText = false;
     long mCurrentIcon = 0;
 
     bool mGetLatestAllowed = false;

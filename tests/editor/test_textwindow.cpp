@@ -10,6 +10,7 @@
 #include "SQLTextEditor.h"
 #include "frmEditObjectText.h"
 
+#include <QClipboard>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QPlainTextEdit>
@@ -204,10 +205,12 @@ private Q_SLOTS:
             w->OpenObject(item);
             QCOMPARE(w->CaptionText(), QStringLiteral("usp_life (Stored Procedure) - Edit [Read Only]"));
             QCOMPARE(w->ObjectKey(), QStringLiteral("I") + item->DBID());
+            QApplication::clipboard()->setText(QStringLiteral("SELECT 3"));
             QVERIFY(w->Editor().Locked() && !w->CanPaste() && !w->CanCheckIn() && w->CanCheckOut());
             QVERIFY(w->CheckOutItem());
             QCOMPARE(w->CaptionText(), QStringLiteral("usp_life (Stored Procedure) - Edit"));
             QVERIFY(!w->Editor().Locked() && w->CanCheckIn() && w->CanUndoCheckOut() && !w->CanCheckOut());
+            QVERIFY(w->CanPaste());
             if (choice >= 0)
                 w->Editor().SetText(text2);
         }
