@@ -45,6 +45,11 @@ public:
         calls << QStringLiteral("Compare %1 %2").arg(leftCaption, rightCaption);
         compared = { left, right };
     }
+    bool ShowHistory(QWidget *, KORVODatabase &, const KORVODBObjectPtr &) override
+    {
+        calls << QStringLiteral("ShowHistory");
+        return true; // as after a rollback
+    }
     QStringList compared;
 };
 
@@ -277,6 +282,12 @@ private Q_SLOTS:
         QCOMPARE(Variant(w->Editor().Text()), QStringLiteral("1"));
 
         QVERIFY(w->CheckInItem());
+        main.calls.clear();
+        w->ShowHistory();
+        const QString key = QStringLiteral("I") + item->DBID();
+        QCOMPARE(main.calls,
+            (QStringList { "ShowHistory", "RefreshItem StoredProcedure " + key + " 0",
+                "RefreshItem StoredProcedure " + key + " 1" }));
         QVERIFY(w->CheckOutItem());
         session->SetShowSaveChangesEdit(false);
         session->SetSaveChangesEditDefault(5);
