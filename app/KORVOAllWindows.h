@@ -7,4 +7,11 @@
 class KORVOAllWindows : public KORVOWindows
 {
 public:
+    // Text window and comparison window (korvo_editor).
+    KORVOChildWindow *NewObjectText(KORVOMainWindowServices &main, KORVODatabase &session,
+        const KORVODBObjectPtr &object, const QString &text) override;
+    KORVOChildWindow *OpenObjectText(
+        KORVOMainWindowServices &main, KORVODatabase &session, const KORVODBObjectPtr &object) override;
+    void Compare(QWidget *parent, KORVODatabase &session, const QString &leftText, const QString &rightText,
+        const QString &leftCaption, const QString &rightCaption) override;
 };
