@@ -10,9 +10,7 @@
 #include "sql/KORVOSQL.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QTemporaryDir>
 
 #include <cstdio>
 
@@ -106,12 +104,7 @@ bool run(const PgTestServer &server, int count)
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    QTemporaryDir tmp(QDir::tempPath() + QStringLiteral("/korvo-bench-XXXXXX"));
-    // The server runs as another user when we are root: it must reach the folder.
-    QFile::setPermissions(tmp.path(),
-        QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner | QFileDevice::ReadOther
-            | QFileDevice::ExeOther | QFileDevice::ReadGroup | QFileDevice::ExeGroup);
-    const QString socketDir = tmp.path() + QStringLiteral("/pg");
+    const QString socketDir = PgTestServer::newClusterDir();
     if (!PgTestServer::startCluster(socketDir)) {
         std::printf("PostgreSQL cluster could not be started\n");
         return 1;

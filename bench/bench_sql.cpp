@@ -8,10 +8,7 @@
 #include "sql/KORVOSQL.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <algorithm>
 #include <cstdio>
@@ -83,12 +80,7 @@ void parserFigures()
 
 int postgresFigures()
 {
-    QTemporaryDir tmp(QDir::tempPath() + QStringLiteral("/korvo-bench-XXXXXX"));
-    // The server runs as another user when we are root: it must reach the folder.
-    QFile::setPermissions(tmp.path(),
-        QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner | QFileDevice::ReadOther
-            | QFileDevice::ExeOther | QFileDevice::ReadGroup | QFileDevice::ExeGroup);
-    const QString socketDir = tmp.path() + QStringLiteral("/pg");
+    const QString socketDir = PgTestServer::newClusterDir();
     QElapsedTimer start;
     start.start();
     if (!PgTestServer::startCluster(socketDir)) {

@@ -223,6 +223,13 @@ bool KORVOObjectVSS::SyncAdd(int target)
 {
     if (!mSQL || !mVSS || (target != 1 && target != 2))
         return false;
+    const auto notAdded = [&](const QString &description) {
+        Box(UiServices::Icon::Critical, QStringLiteral("Item not added"),
+            QStringLiteral("Could not add the item ") + Caption(true) + QStringLiteral(" to ")
+                + (target == 1 ? QStringLiteral("VSS") : QStringLiteral("SQL"))
+                + QStringLiteral("\n\nError Description: ") + description);
+        return false;
+    };
     try {
         if (target == 1) {
             if (!mVSS->AddItem(ItemName(), mSQL->GetObjectText(DBID), false, QString()))
@@ -232,7 +239,7 @@ bool KORVOObjectVSS::SyncAdd(int target)
         }
         const QString text = mVSS->ItemContent(ItemName(), false, -1, false, false);
         if (IsBlankText(text))
-            return false; // the connector has said why
+            return notAdded(BlankSourceControlText);
         mSQL->ExecuteSQL(mSQL->Kind().CreatingText(text));
         InSQL = true;
         const QString id = LookupObjectID(Name, Owner);
@@ -242,11 +249,7 @@ bool KORVOObjectVSS::SyncAdd(int target)
         }
         return true;
     } catch (const SqlError &error) {
-        Box(UiServices::Icon::Critical, QStringLiteral("Item not added"),
-            QStringLiteral("Could not add the item ") + Caption(true) + QStringLiteral(" to ")
-                + (target == 1 ? QStringLiteral("VSS") : QStringLiteral("SQL"))
-                + QStringLiteral("\n\nError Description: ") + error.Description);
-        return false;
+        return notAdded(error.Description);
     }
 }
 

@@ -119,14 +119,17 @@ bool KORVOObjectVSS::UnDelete(bool silent)
     if (!mSQL || !mVSS)
         return false;
     const QString text = mVSS->ItemContent(ItemName(), true, -1, false, true);
-    if (IsBlankText(text))
-        return false; // the connector has said why, or there is nothing to create
+    const QString notUndeleted = QStringLiteral("Could not Undelete Item");
+    if (IsBlankText(text)) {
+        if (!silent)
+            Box(UiServices::Icon::Critical, notUndeleted, BlankSourceControlText);
+        return false;
+    }
     try {
         mSQL->ExecuteSQL(mSQL->Kind().CreatingText(text));
     } catch (const SqlError &error) {
         if (!silent)
-            Box(UiServices::Icon::Critical, QStringLiteral("Could not Undelete Item"),
-                CleanSQLError(error.Description));
+            Box(UiServices::Icon::Critical, notUndeleted, CleanSQLError(error.Description));
         return false;
     }
     const QString aborted = QStringLiteral("Undelete Aborted");

@@ -110,11 +110,13 @@ private Q_SLOTS:
 
     // Files of the old form "owner.name.ext" go to the object's id with their
     // description (a view's as ".sp.desc", like any type's); a file naming no
-    // object stays and shows nothing.
-    void oldFormFilesAreRenamed_data() { AddKindRows(); }
+    // object stays and shows nothing. A rename that fails shows its box, and
+    // the refresh goes on with the file under its old name, which shows nothing.
+    void oldFormFilesAreRenamed_data() { AddKindRows({ "renamed", "rename fails" }); }
     void oldFormFilesAreRenamed()
     {
         QVERIFY(setUp());
+        QFETCH(QString, row);
         const QString x = b->Create(ObjectClass::StoredProcedure, "usp_x");
         const QString y = b->Create(ObjectClass::StoredProcedure, "usp_y");
         const QString v = b->Create(ObjectClass::View, "vw_a");
@@ -126,6 +128,22 @@ private Q_SLOTS:
         b->AddFile("dbo.vw_a.vw", b->Text(ObjectClass::View, "vw_a"));
         b->AddFile("dbo.vw_a.vw.desc", "v");
         auto views = b->Collection(ObjectClass::View);
+        if (row == "rename fails") {
+            b->RefuseCommits(true);
+            for (int i = 0; i < 3; ++i)
+                b->ExpectBox();
+            refresh(*procs);
+            refresh(*views);
+            b->RefuseCommits(false);
+            QCOMPARE(states(*procs), QStringList({ "usp_x:SQL", "usp_y:SQL" }));
+            QCOMPARE(states(*views), QStringList { "vw_a:SQL" });
+            QCOMPARE(b->ui.boxes.size(), 3);
+            b->ExpectLastBox(UiServices::Icon::Critical, "Could not Rename Item", "~dbo.vw_a.vw");
+            QCOMPARE(b->Files(),
+                Sorted({ "dbo.usp_x.sp", "dbo.usp_x.sp.desc", "usp_y.sp", "nonsense.sp", "dbo.vw_a.vw",
+                    "dbo.vw_a.vw.desc" }));
+            return;
+        }
         refresh(*procs);
         refresh(*views);
         QCOMPARE(states(*procs), QStringList({ "usp_x:SQL+VSS", "usp_y:SQL+VSS" }));
@@ -191,6 +209,36 @@ private Q_SLOTS:
         procs->RemoveItem("I779");
         procs->RemoveItem(a);
         QCOMPARE(states(*procs), QStringList { "usp_m:SQL+VSS" });
+    }
+
+    // A new object goes into the main list before the first object of a greater
+    // name: first, after an object of the same name, or last.
+    void newObjectGoesInByName_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("index");
+        for (const char *kind : { "PostgreSQL", "SQLServer" }) {
+            QTest::addRow("%s first", kind) << kind << "usp_0" << 0;
+            QTest::addRow("%s after its namesake", kind) << kind << "usp_m" << 2;
+            QTest::addRow("%s last", kind) << kind << "usp_z" << 3;
+        }
+    }
+    void newObjectGoesInByName()
+    {
+        QVERIFY(setUp());
+        QFETCH(QString, name);
+        QFETCH(int, index);
+        for (const char *existing : { "usp_a", "usp_m", "usp_t" })
+            b->Versioned(QLatin1String(existing));
+        refresh(*procs);
+        KORVOTypedObjectPtr fresh = procs->NewObject();
+        fresh->Generic().Name = name;
+        fresh->Generic().DBID = "777";
+        fresh->NewItemCreated_Event();
+        QCOMPARE(procs->At(index), fresh);
+        QCOMPARE(procs->Count(), 4);
+        QCOMPARE(procs->Object("I777"), fresh);
     }
 
     // Triggers know their table, fire on events shown as children, and a

@@ -43,6 +43,23 @@ class TestOperations : public QObject, BackendTest
     {
         return b->CheckedIn(*procs, ObjectClass::StoredProcedure, name, variant);
     }
+    // The id look-up of dbo's object of that name finds nothing: on PostgreSQL
+    // two triggers of the name make it ambiguous, the scripted server answers no row.
+    void hideFromLookUp(const QString &name)
+    {
+        if (b->IsPostgreSQL()) {
+            b->CreateTable("dbo", "t_hide");
+            b->Create(ObjectClass::Trigger, name);
+            b->Create(ObjectClass::Trigger, name, 1, "t_hide");
+            return;
+        }
+        b->scripted->addStatement(
+            QRegularExpression::escape(SQLServerKind().ObjectIDStatement(name, "dbo")), [](auto &) {
+                BatchResult none;
+                none.Results.append(std::make_shared<Recordset>(QStringList { "id" }, QList<QVariantList>(), -1));
+                return none;
+            });
+    }
     // A procedure that reads a table which can go away later.
     KORVOTypedObjectPtr readingTable()
     {
@@ -187,6 +204,12 @@ private Q_SLOTS:
             // The compile test renames the object away from the missing owner; the real create fails.
             row("new object create fails", "Could not Check In Item", "~nosuch");
             row("new object add fails", "Could not add Item", "~commits are closed");
+            // The compile test finds a name to replace; the name part is empty.
+            row("new object without a name", "Could not Check In Item",
+                "Item Name could not be extracted from Stored Procedure content!");
+            row("new object not located", "Could not Check In Item",
+                "Item Name could not be added to the Database! After creating the object, it could not be located in "
+                "the database!");
         }
     }
     void checkInFailures()
@@ -210,8 +233,12 @@ private Q_SLOTS:
             content.replace("CREATE PROCEDURE", "CREATE PROCESS");
         else if (step == "syntax")
             content.replace("SELECT 2", "SELEC 2");
+        else if (step == "new object without a name")
+            content = b->Text(type, "usp_new").replace("usp_new", "");
         else if (step.startsWith("new object"))
             content = b->Text(type, "usp_new").replace("dbo", step.endsWith("create fails") ? "nosuch" : "dbo");
+        if (step == "new object not located")
+            hideFromLookUp("usp_new");
         if (step == "syntax" && b->scripted)
             b->FailStatements("\\s*CREATE\\s+PROCEDURE.*\\bSELEC\\b.*", "Incorrect syntax near 'SELEC'.");
         if (step == "replace refused" && b->IsPostgreSQL())
@@ -243,6 +270,9 @@ private Q_SLOTS:
             QVERIFY(target->IsNew() && QFile::exists(target->FileName()));
             QCOMPARE(procs->NewItems().size(), 1);
             QVERIFY(!b->Exists("usp_new"));
+        } else if (step == "new object without a name" || step == "new object not located") {
+            QVERIFY(target->IsNew());
+            QCOMPARE(procs->NewItems().size(), 1);
         } else if (step == "new object add fails") {
             QVERIFY(!target->IsNew() && target->InSQL() && !target->InVSS());
             QCOMPARE(target->DBID(), b->Id("usp_new"));
@@ -295,6 +325,12 @@ private Q_SLOTS:
         b->ExpectLastBox(Icon::Critical, "Item not added",
             "~Could not add the item nosuch.usp_broken to SQL\n\nError Description: ");
         QVERIFY(b->Files().contains("900002.sp"));
+        // A blank text: the connector has nothing to say about it, the box does.
+        b->AddFile("900003.sp", " \r\n");
+        b->ExpectBox();
+        QVERIFY(!Refreshed("900003")->Generic().SyncAdd(2));
+        b->ExpectLastBox(Icon::Critical, "Item not added",
+            "Could not add the item 900003 to SQL\n\nError Description: The item's text in source control is blank.");
 
         // Source control holds a text the server will not take in place of the object.
         KORVOTypedObjectPtr w = checkedIn("usp_w");
@@ -431,16 +467,8 @@ private Q_SLOTS:
             target = Refreshed(b->Create(ObjectClass::StoredProcedure, "usp_sqlonly"));
         } else if (step == "create" || step == "no keywords") {
             b->Create(ObjectClass::StoredProcedure, "usp_s");
-        } else if (step == "not found" && b->IsPostgreSQL()) {
-            // A trigger of the new name makes the name ambiguous to the look-up.
-            b->Create(ObjectClass::Trigger, "usp_s");
         } else if (step == "not found") {
-            b->scripted->addStatement(
-                QRegularExpression::escape(SQLServerKind().ObjectIDStatement("usp_s", "dbo")), [](auto &) {
-                    BatchResult none;
-                    none.Results.append(std::make_shared<Recordset>(QStringList { "id" }, QList<QVariantList>(), -1));
-                    return none;
-                });
+            hideFromLookUp("usp_s");
         }
         const QString newName = step == "same name" ? "USP_R" : "usp_s", id = target->DBID();
         b->RefuseCommits(step == "source control");
@@ -535,6 +563,74 @@ private Q_SLOTS:
         const QString newId = b->Id("usp_d");
         QVERIFY(b->Latest(newId + ".sp").contains(Backend::Marker(ObjectClass::StoredProcedure, 1)));
         QCOMPARE(procs->GetDeletedItems(false)->Count(), 0);
+    }
+
+    // An undelete through the deleted list, by step: the boxes (the last one
+    // given), the result, and whether the file came back. A text naming no
+    // owner is listed under the connection's default owner and comes back.
+    void undeleteSteps_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("step");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("boxes");
+        for (const char *kind : { "PostgreSQL", "SQLServer" }) {
+            const auto row = [kind](const char *step, const char *title, const QString &text, int boxes) {
+                QTest::addRow("%s %s", kind, step) << kind << step << title << text << boxes;
+            };
+            row("blank text", "Could not Undelete Item", "The item's text in source control is blank.", 1);
+            row("not located", "Undelete Aborted",
+                "Cannot undelete the Item! After creating the object, it could not be located in the database!", 1);
+            // The connector's own box comes first.
+            row("source control", "Undelete Aborted",
+                "Cannot undelete the Item! There was a problem renaming the VSS file!", 2);
+            row("no owner in text", "", "", 0);
+        }
+    }
+    void undeleteSteps()
+    {
+        QVERIFY(SetUp());
+        QFETCH(QString, step);
+        QFETCH(QString, title);
+        QFETCH(QString, text);
+        QFETCH(int, boxes);
+        KORVOTypedObjectPtr o = checkedIn("usp_d");
+        QVERIFY(o);
+        const QString id = o->DBID(), item = id + ".sp";
+        const QString noOwner = b->Pick("CREATE PROCEDURE usp_d(p_a integer) LANGUAGE sql AS $$ SELECT 4 $$",
+            "CREATE PROCEDURE usp_d @a int AS SELECT 4");
+        if (step == "blank text" || step == "no owner in text")
+            QVERIFY(b->vss->ChangeItemContent(item, step == "blank text" ? " \r\n" : noOwner, QString(), true));
+        QVERIFY(o->DeleteItem());
+        if (step == "not located")
+            hideFromLookUp("usp_d");
+        const QString owner = b->Pick("public", "dbo");
+        const QStringList listed = Nodes(*procs->GetDeletedItems(true));
+        if (step == "no owner in text")
+            QCOMPARE(
+                listed, QStringList { "I" + id + "|" + owner + ".usp_d|StoredProcedure|STOREDPROCEDURE:SQLBROKEN" });
+        b->RefuseCommits(step == "source control");
+        for (int i = 0; i < boxes; ++i)
+            b->ExpectBox();
+        QCOMPARE(procs->UnDeleteObject("I" + id), boxes == 0);
+        b->RefuseCommits(false);
+        QCOMPARE(b->ui.boxes.size(), boxes);
+        if (boxes) {
+            b->ExpectLastBox(Icon::Critical, title, text);
+            QVERIFY(b->vss->ItemIsDeleted(item));
+            QVERIFY(!b->Files().contains(item));
+        } else {
+            const QString newId = b->Id("usp_d", owner);
+            QVERIFY(!newId.isEmpty());
+            QCOMPARE(b->Files(), QStringList { newId + ".sp" });
+            QCOMPARE(b->Latest(newId + ".sp"), noOwner);
+        }
+        if (step == "blank text") {
+            procs->GetDeletedItems(false);
+            QVERIFY(!procs->Object("I" + id, true)->UnDelete(true)); // silent: no box
+            QCOMPARE(b->ui.boxes.size(), boxes);
+        }
     }
 
     // A rollback refused, or failing at a step: the box (none when silent),

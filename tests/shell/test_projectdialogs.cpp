@@ -15,7 +15,9 @@
 #include "SvnFixtures.h"
 #include "frmProjectBrowser.h"
 #include "frmProjectDetails.h"
+#include "frmSQLPassword.h"
 #include "frmVSSNewProject.h"
+#include "frmVSSPassword.h"
 #include "frmVSSProjectBrowser.h"
 
 #include <QCheckBox>
@@ -363,6 +365,80 @@ private Q_SLOTS:
         }
     }
 
+    // Finishing tests every step again: No to the connection question of
+    // step 3 or 5 brings that step up, keeps the wizard open and finishes nothing.
+    void finishingStopsAtANo_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<int>("step");
+        for (const char *k : { "SQLServer", "PostgreSQL" }) {
+            QTest::addRow("%s database", k) << k << 3;
+            QTest::addRow("%s project", k) << k << 5;
+        }
+    }
+    void finishingStopsAtANo()
+    {
+        QFETCH(QString, kind);
+        QFETCH(int, step);
+        Server s(kind);
+        auto wizard = Wizard(s);
+        int shown = 0;
+        bool open = false;
+        WhenModal([&](QDialog &dlg) {
+            FillValid(dlg, s);
+            Click(dlg, QStringLiteral("cmdNext"), 4);
+            if (step == 3)
+                SetText(dlg, QStringLiteral("cboSQLDatabase"), QStringLiteral("nosuchdb"));
+            else
+                SetText(dlg, QStringLiteral("txtVSSProject"), QStringLiteral("$\\NoSuch\\"));
+            mUi.answer(UiServices::Answer::No);
+            Click(dlg, QStringLiteral("cmdFinished"));
+            shown = wizard->CurrentStep();
+            open = dlg.isVisible();
+        });
+        QVERIFY(!wizard->newProject());
+        QCOMPARE(shown, step);
+        QVERIFY(open);
+        QCOMPARE(mUi.boxes.size(), 1);
+        QCOMPARE(mUi.last().buttons, UiServices::Buttons::YesNo);
+        QVERIFY2(mUi.last().text.startsWith(step == 3 ? "Could not connect to the specified database."
+                                                      : "Could not connect to the specified project."),
+            qPrintable(mUi.last().text));
+    }
+
+    // Both password prompts refuse an empty user name and stay open with the
+    // focus on it; a name then confirms.
+    void passwordDialogsNeedAUserName_data()
+    {
+        QTest::addColumn<QString>("dialog");
+        QTest::newRow("SQL") << "SQL";
+        QTest::newRow("VSS") << "VSS";
+    }
+    void passwordDialogsNeedAUserName()
+    {
+        QFETCH(QString, dialog);
+        QString user = QStringLiteral("sa"), password = QStringLiteral("old"), focus;
+        bool stillOpen = false;
+        WhenModal([&](QDialog &dlg) {
+            SetText(dlg, QStringLiteral("txtUserName"), QString());
+            SetText(dlg, QStringLiteral("txtPwd"), QStringLiteral("pw"));
+            mUi.answer(UiServices::Answer::Ok);
+            Click(dlg, QStringLiteral("cmdOK"));
+            stillOpen = dlg.isVisible();
+            focus = FocusName(dlg);
+            SetText(dlg, QStringLiteral("txtUserName"), QStringLiteral("anna"));
+            Click(dlg, QStringLiteral("cmdOK"));
+        });
+        const bool confirmed = dialog == "SQL"
+            ? frmSQLPassword(mUi).GetUserNameAndPassword(QStringLiteral("srv"), QStringLiteral("db"), user, password)
+            : frmVSSPassword(mUi).GetUserNameAndPassword(QStringLiteral("srcsafe.ini"), user, password);
+        QVERIFY(confirmed);
+        QVERIFY(stillOpen);
+        QCOMPARE(focus, "txtUserName");
+        QCOMPARE(Boxes(mUi), QStringList { "warning|Invalid Data|User Name is missing" });
+        QCOMPARE(user + "|" + password, "anna|pw");
+    }
+
     void missingPasswordsAreAskedFor()
     {
         Server s;
@@ -659,6 +735,50 @@ private Q_SLOTS:
         QCOMPARE(mUi.boxes.at(0).text, "No Project selected!");
         QCOMPARE(mUi.boxes.at(1).text, "No Project selected!");
         QVERIFY(vss.GetProjectSubFolders(QStringLiteral("$\\A\\")).contains(newName));
+    }
+
+    // The source-control project picker of step 5: a database it cannot reach,
+    // and a new project whose name is taken. The field keeps its text.
+    void vssProjectPickerFailures_data()
+    {
+        QTest::addColumn<QString>("failure");
+        QTest::addColumn<QString>("box");
+        QTest::newRow("cannot connect") << "cannot connect"
+                                        << "warning|Invalid Data|Cannot connect to Visual SourceSafe Database";
+        QTest::newRow("name taken") << "name taken"
+                                    << "critical|Could not create folder|The Project 'A' already exists!";
+    }
+    void vssProjectPickerFailures()
+    {
+        QFETCH(QString, failure);
+        QFETCH(QString, box);
+        Server s;
+        auto wizard = Wizard(s);
+        QString project;
+        WhenModal([&](QDialog &dlg) {
+            FillValid(dlg, s);
+            Click(dlg, QStringLiteral("cmdNext"), 4);
+            mUi.answer(UiServices::Answer::Ok);
+            if (failure == "cannot connect") {
+                SetText(dlg, QStringLiteral("txtVSSIniFile"), mDir->filePath(QStringLiteral("no-such/srcsafe.ini")));
+            } else {
+                WhenModal([&](QDialog &browser) {
+                    auto *tree = Control<QTreeWidget>(browser, QStringLiteral("tvwVSSProjects"));
+                    tree->setCurrentItem(tree->topLevelItem(0));
+                    WhenModal([](QDialog &ask) {
+                        SetText(ask, QStringLiteral("txtVSSProject"), QStringLiteral("A"));
+                        Click(ask, QStringLiteral("cmdOK"));
+                    });
+                    Click(browser, QStringLiteral("cmdNewProject"));
+                    Click(browser, QStringLiteral("cmdCancel"));
+                });
+            }
+            Click(dlg, QStringLiteral("cmdVSSProject"));
+            project = Text(dlg, QStringLiteral("txtVSSProject"));
+        });
+        QVERIFY(!wizard->newProject());
+        QCOMPARE(Boxes(mUi), QStringList { box });
+        QCOMPARE(project, "$\\Shop\\");
     }
 
     void newVSSProjectNeedsAName()

@@ -73,7 +73,14 @@ PgTestServer::PgTestServer(const QString &socketDir)
 
 QString PgTestServer::defaultSocketDir()
 {
-    return QDir(qEnvironmentVariable("KORVO_TEST_TMP", QDir::tempPath())).absoluteFilePath(u"pg"_s);
+    return QStringLiteral(KORVO_PG_DIR);
+}
+
+QString PgTestServer::newClusterDir()
+{
+    return QDir(QDir::tempPath())
+        .absoluteFilePath(u"korvo-pg-%1-%2"_s.arg(QCoreApplication::applicationPid())
+                              .arg(QUuid::createUuid().toString(QUuid::Id128).left(8)));
 }
 
 bool PgTestServer::available(QString *why) const

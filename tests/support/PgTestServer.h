@@ -35,7 +35,8 @@ private:
 };
 
 // The cluster a test talks to: by default the one the CTest fixture "pg" keeps
-// in $KORVO_TEST_TMP/pg; benchmarks start their own with startCluster().
+// for this build folder in the system's temporary folder; benchmarks start
+// their own with startCluster(newClusterDir()).
 class PgTestServer
 {
 public:
@@ -53,7 +54,11 @@ public:
     // Shorthand on the default cluster.
     static std::unique_ptr<PgTestDatabase> freshDatabase(const QString &name);
 
-    // Starts or stops a cluster of one's own with the fixture's script.
+    // A folder for a cluster of one's own, not yet made: directly in the
+    // system's temporary folder, which the server's user can enter.
+    static QString newClusterDir();
+    // Starts or stops a cluster of one's own with the fixture's script; stop
+    // removes the folder.
     static bool startCluster(const QString &socketDir);
     static void stopCluster(const QString &socketDir);
 

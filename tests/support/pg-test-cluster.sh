@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
 # A throw-away PostgreSQL cluster for the tests and benchmarks.
-#   pg-test-cluster.sh start DIR [PORT]   initdb in DIR/data, serve on a Unix socket in DIR only
+#   pg-test-cluster.sh start DIR [PORT]   make DIR, initdb in DIR/data, serve on a Unix socket in DIR only
 #   pg-test-cluster.sh stop DIR           stop the server and remove DIR
 # Roles: "postgres" (superuser, trust), the calling OS user (trust; stands for
 # operating-system login) and "korvo" with the password "korvo-pw" (scram).
-# initdb and postgres refuse to run as root: as root they run as "postgres".
+# initdb and postgres refuse to run as root: as root they run as "postgres",
+# and DIR is theirs. DIR's parent must let that user in (the system's
+# temporary folder does; a private checkout may not).
 set -euo pipefail
 
 cmd=${1:?start or stop}
@@ -30,8 +32,13 @@ stop_cluster() {
 case "$cmd" in
 start)
   stop_cluster
-  mkdir -p "$dir"
+  mkdir -m 700 "$dir"
   [ "$(id -u)" = 0 ] && chown postgres:postgres "$dir"
+  if ! as_pg test -w "$dir"; then
+    echo "pg-test-cluster: the server's user $(as_pg id -un) cannot reach $dir" >&2
+    rm -rf "$dir"
+    exit 1
+  fi
   as_pg "$PGBIN/initdb" -D "$dir/data" -U postgres -A trust -E UTF8 --locale=C.UTF-8 -N >"$dir/initdb.log" 2>&1 ||
     { cat "$dir/initdb.log" >&2; exit 1; }
   osuser=$(id -un)
