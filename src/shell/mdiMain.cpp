@@ -20,6 +20,7 @@
 #include <QMimeData>
 #include <QProgressBar>
 #include <QScreen>
+#include <QSignalBlocker>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTimer>
@@ -152,7 +153,7 @@ void mdiMain::BuildFrame()
     connect(tvwDBT, &QTreeWidget::itemExpanded, this, &mdiMain::OnExpanded);
     connect(tvwDBT, &QTreeWidget::itemSelectionChanged, this, &mdiMain::UpdateExtraPanel);
     connect(tvwDBT, &QTreeWidget::customContextMenuRequested, this, &mdiMain::OnTreeContextMenu);
-    connect(tvwDBT, &QTreeWidget::itemDoubleClicked, this, [this] { OnTreeDoubleClick(); });
+    connect(tvwDBT, &QTreeWidget::itemDoubleClicked, this, &mdiMain::OnTreeDoubleClick);
     connect(ebcExtraInfo, &KORVOExplorerBar::ItemClicked, this,
             [this](long command, const QString &key) { DoCommand(command, key, MainHelpContext); });
     connect(txtFilter, &QLineEdit::textChanged, this, &mdiMain::ApplyFilter);
@@ -432,9 +433,11 @@ void mdiMain::AddNodes(const KORVODBTItems &items, QTreeWidgetItem *parent, cons
         const QString key = item->Key;
         if (!item->AutoExpand && (key.isEmpty() || !expandedKeys.contains(key + QLatin1Char(','))))
             continue;
-        const bool refreshing = std::exchange(mRefreshing, true);
-        node->setExpanded(true);
-        mRefreshing = refreshing;
+        {
+            // Expanding by program is not the user's expansion: no fetch here.
+            const QSignalBlocker quiet(tvwDBT);
+            node->setExpanded(true);
+        }
         if (HasTempChild(node) && mDatabase) {
             RemoveChildren(node);
             if (auto children = mDatabase->GetItemInfo(item->Tag, key, false, true))
@@ -785,11 +788,8 @@ void mdiMain::OnTreeContextMenu(const QPoint &pos)
     popup->popup(tvwDBT->viewport()->mapToGlobal(pos));
 }
 
-void mdiMain::OnTreeDoubleClick()
+void mdiMain::OnTreeDoubleClick(QTreeWidgetItem *node)
 {
-    QTreeWidgetItem *node = tvwDBT->itemAt(mMousePos);
-    if (!node)
-        node = tvwDBT->currentItem();
     if (node) {
         tvwDBT->setCurrentItem(node);
         if (NodeTag(node) == QLatin1String("Permission") && node->parent())

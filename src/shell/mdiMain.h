@@ -37,7 +37,7 @@ class QTreeWidgetItem;
 class mdiMain : public QMainWindow,
                 public KORVOMainWindow,
                 public KORVOMainWindowServices,
-                private KORVOSessionListener
+                public KORVOSessionListener
 {
     Q_OBJECT
 public:
@@ -114,6 +114,12 @@ public:
     bool SaveBarLayout(const QString &layout) const;
     static QString BarLayoutFile();
 
+    // The session's progress, shown in the pane "DBT:STATUS".
+    void RetrieveStatusChange(const QString &objectType, const QString &displayName, long position, long total,
+                              bool &cancel) override;
+    void AddingStatusChange(const QString &objectType, const QString &displayName, long position, long total,
+                            bool &cancel) override;
+    void CompletedCurrentStatus(const QString &objectType, const QString &displayName) override;
     // Percent of position in total, halves to the even neighbour.
     static long StatusPercent(long position, long total);
 
@@ -179,14 +185,9 @@ private:
     void SendMail(const QString &subject, const QString &body);
 
     void OnTreeContextMenu(const QPoint &pos);
-    void OnTreeDoubleClick();
+    void OnTreeDoubleClick(QTreeWidgetItem *node);
     void StartDrag();
 
-    void RetrieveStatusChange(const QString &objectType, const QString &displayName, long position, long total,
-                              bool &cancel) override;
-    void AddingStatusChange(const QString &objectType, const QString &displayName, long position, long total,
-                            bool &cancel) override;
-    void CompletedCurrentStatus(const QString &objectType, const QString &displayName) override;
     void ShowStatus(const QString &verb, const QString &displayName, long position, long total);
 
     int TwipsToPixels(long twips, bool horizontal) const;

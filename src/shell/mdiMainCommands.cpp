@@ -883,8 +883,8 @@ void mdiMain::RenameItem()
     QApplication::restoreOverrideCursor();
     if (newName.isEmpty() || !mDatabase->RenameItem(tag, key, newName))
         return;
-    if (QTreeWidgetItem *again = FindNode(QStringLiteral("I") + object->DBID()); again && again != node)
-        node = again;
+    // The collection already holds the object under its new id.
+    node->setData(0, Qt::UserRole, QStringLiteral("I") + object->DBID());
     RefreshNode(node);
     RefreshForms();
 }
