@@ -1,10 +1,12 @@
 #include "KorvoApplication.h"
 
+#include "KORVOIconImages.h"
 #include "SqlError.h"
 #include "UiServices.h"
 
 KorvoApplication::KorvoApplication(int &argc, char **argv) : QApplication(argc, argv)
 {
+    KORVOInitIconTheme();
 }
 
 QString KorvoApplication::ErrorText(const std::exception &error)
