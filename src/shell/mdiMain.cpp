@@ -396,6 +396,7 @@ void mdiMain::InitDBT(long widthTwips)
     }
     RebuildNewMenus();
     RebuildRecentProjects();
+    tvwDBT->setFocus();
     mCommandsOff = false;
     UpdateCommands();
     tmr->start();
