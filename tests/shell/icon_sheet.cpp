@@ -1,5 +1,5 @@
 // The contact sheet of KORVO's pictures: every icon name at 16, 24 and 32 pixels with its name, the
-// action icons as the desktop theme gives them, and a column of synchronisation rows whose brackets
+// action icons as the desktop theme gives them, some pictures disabled, and a column of synchronisation rows whose brackets
 // join. Writes docs/screenshots/icons.png, or the file named on the command line.
 
 #include "KORVOIconImages.h"
@@ -55,12 +55,18 @@ int main(int argc, char *argv[])
                                QStringLiteral("DEL:R"),       QStringLiteral("DEL:L:R:LTR"),
                                QStringLiteral("DEL:L:R:LBR") };
 
+    const QStringList disabled = { QStringLiteral("EDIT:UNDO"),   QStringLiteral("EDIT:REDO"),
+                                   QStringLiteral("EDIT:CUT"),    QStringLiteral("EDIT:COPY"),
+                                   QStringLiteral("EDIT:PASTE"),  QStringLiteral("SEACH:FIND"),
+                                   QStringLiteral("EDIT:TEST"),   QStringLiteral("VSS:CHECKIN"),
+                                   QStringLiteral("VSS:CHECKOUT"), QStringLiteral("PERMISSIONS") };
+
     const int titleHeight = 24;
     const int namesHeight = Rows(names.size()) * kCellHeight;
     const int actionsHeight = Rows(actions.size()) * kCellHeight;
     const int rowsHeight = int(rows.size()) * 20 + 8;
     const int width = kMargin * 2 + kColumns * kCellWidth;
-    const int height = kMargin * 2 + titleHeight * 3 + namesHeight + actionsHeight + rowsHeight + 16;
+    const int height = kMargin * 2 + titleHeight * 4 + namesHeight + actionsHeight + 32 + rowsHeight + 16;
 
     QImage sheet(width, height, QImage::Format_ARGB32_Premultiplied);
     sheet.fill(Qt::white);
@@ -97,6 +103,16 @@ int main(int argc, char *argv[])
 
     heading(QStringLiteral("Actions (theme \"%1\", KORVO's own where the theme has none)").arg(QIcon::themeName()));
     grid(actions, [](const QString &action) { return KORVOActionIcon(action); });
+
+    heading(QStringLiteral("Disabled, as on switched-off tool buttons"));
+    {
+        int x = kMargin + 6;
+        for (const QString &name : disabled) {
+            p.drawPixmap(x, y + 4, KORVOIconImage(name).pixmap(QSize(24, 24), 1.0, QIcon::Disabled));
+            x += 36;
+        }
+        y += 32;
+    }
 
     heading(QStringLiteral("Synchronisation rows, 20 px high, brackets joining"));
     for (const QString &key : rows) {

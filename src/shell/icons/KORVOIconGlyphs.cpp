@@ -24,7 +24,7 @@ const QColor kFolder(245, 196, 81), kFolderFront(250, 215, 126), kFolderLine(176
 const QColor kLavender(164, 150, 232), kLavenderTop(205, 196, 248), kLavenderLine(84, 70, 158);
 const QColor kNavy(43, 42, 120), kNavyLine(20, 19, 70);
 const QColor kGreen(46, 157, 58), kGreenLine(26, 105, 36);
-const QColor kOrange(232, 113, 26), kRed(208, 44, 44), kRedLine(140, 22, 22);
+const QColor kOrange(232, 113, 26), kRed(208, 44, 44);
 const QColor kGold(240, 180, 41), kGoldLine(154, 106, 0);
 const QColor kGrey(120, 128, 138), kLightGrey(170, 176, 184);
 const QColor kSlate(96, 125, 139);
@@ -143,7 +143,8 @@ void DrawMark(QPainter &p, Mark mark, const QColor &ink)
         FillPath(p, body, ink, QColor());
         break;
     }
-    case Mark::Question: {
+    case Mark::Question:
+    case Mark::Help: {
         QPainterPath path;
         path.moveTo(-1.6, -1.2);
         path.cubicTo(-1.6, -3.3, 1.8, -3.3, 1.8, -1.3);
@@ -153,15 +154,9 @@ void DrawMark(QPainter &p, Mark mark, const QColor &ink)
         break;
     }
     case Mark::Warning:
-    case Mark::Help: {
-        if (mark == Mark::Help) {
-            DrawMark(p, Mark::Question, ink);
-            break;
-        }
         Line(p, QPointF(0.0, -2.4), QPointF(0.0, 0.6), ink, 1.5);
         FillPath(p, Circle(QPointF(0.0, 2.4), 0.8), ink, QColor());
         break;
-    }
     case Mark::Cross:
         Line(p, QPointF(-1.8, -1.8), QPointF(1.8, 1.8), ink, 1.7);
         Line(p, QPointF(-1.8, 1.8), QPointF(1.8, -1.8), ink, 1.7);
@@ -278,20 +273,25 @@ void BadgeAtOrigin(QPainter &p, Mark mark, qreal halo)
     DrawMark(p, mark, kWhite);
 }
 
+// A glyph drawn alone on a transparent layer the size of the painter's device, in the painter's
+// place; the caller lays it down with the painter's transform reset.
+QImage Layer(QPainter &p, Draw glyph)
+{
+    QImage layer(p.device()->width(), p.device()->height(), QImage::Format_ARGB32_Premultiplied);
+    layer.fill(Qt::transparent);
+    QPainter lp(&layer);
+    lp.setRenderHint(QPainter::Antialiasing);
+    lp.setTransform(p.deviceTransform());
+    glyph(lp);
+    return layer;
+}
+
 // Draws a glyph with a white outline round its silhouette, so that it stands out on a glyph
-// beneath. The glyph is drawn on a layer of the painter's device, whose silhouette is laid down
-// white a little to every side first.
+// beneath: the silhouette is laid down white a little to every side first.
 void WithHalo(QPainter &p, Draw glyph, qreal halo)
 {
     const QTransform transform = p.deviceTransform();
-    QImage layer(p.device()->width(), p.device()->height(), QImage::Format_ARGB32_Premultiplied);
-    layer.fill(Qt::transparent);
-    {
-        QPainter lp(&layer);
-        lp.setRenderHint(QPainter::Antialiasing);
-        lp.setTransform(transform);
-        glyph(lp);
-    }
+    const QImage layer = Layer(p, glyph);
     QImage silhouette = layer;
     {
         QPainter sp(&silhouette);
@@ -312,9 +312,11 @@ void WithHalo(QPainter &p, Draw glyph, qreal halo)
 // A faint version of a glyph: drawn through a layer so that overlapping parts do not add up.
 void Ghost(QPainter &p, Draw glyph)
 {
+    const QImage layer = Layer(p, glyph);
     p.save();
+    p.resetTransform();
     p.setOpacity(0.42);
-    glyph(p);
+    p.drawImage(QPointF(0, 0), layer);
     p.restore();
 }
 
@@ -849,11 +851,12 @@ void SyncPicture(QPainter &p, const QRectF &rect, SyncAction action, int side, c
     const qreal unit = rect.height() / 16.0;
     // The arrow keeps clear of the bracket and stands in the middle of the cell.
     p.save();
-    p.translate(rect.center().x() - 8.0 * unit, rect.top());
+    p.translate(qRound(rect.center().x() - 8.0 * unit), rect.top());
     p.scale(unit, unit);
-    // A little smaller than the cell, so that a bracket fits round it even in a square cell.
+    // In a cell about as wide as high the arrow shrinks, so that a bracket fits round it.
+    const qreal shrink = rect.width() >= rect.height() * 1.3 ? 1.0 : 0.82;
     p.translate(8.0, 8.0);
-    p.scale(0.82, 0.82);
+    p.scale(shrink, shrink);
     p.translate(-8.0, -8.0);
     if (action == SyncAction::None || side == 0) {
         Stroke(p, Circle(QPointF(8.0, 8.0), 4.2), kLightGrey, 1.0);

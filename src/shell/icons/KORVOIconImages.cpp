@@ -94,7 +94,8 @@ Picture Square(std::function<void(QPainter &)> draw)
     return [draw = std::move(draw)](QPainter &painter, const QRectF &rect) {
         const qreal side = qMin(rect.width(), rect.height());
         painter.save();
-        painter.translate(rect.center().x() - side / 2, rect.center().y() - side / 2);
+        // On whole pixels, so that lines on half units stay crisp.
+        painter.translate(qRound(rect.center().x() - side / 2), qRound(rect.center().y() - side / 2));
         painter.scale(side / 16.0, side / 16.0);
         draw(painter);
         painter.restore();

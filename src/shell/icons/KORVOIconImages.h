@@ -10,6 +10,10 @@
 // folder with its type's glyph as emblem; the synchronisation pictures are an arrow towards the side
 // that is altered, coloured by the action, inside the edges of a green or red bracket.
 //
+// A synchronisation picture fills whatever rectangle it is painted into: the arrow stands in the
+// middle and the bracket runs along the rectangle's edges, so painted over the whole height of
+// neighbouring grid rows the brackets of a group join into one.
+//
 // Names are those of the icon list ("STOREDPROCEDURE:CHECKEDIN", "VIEWS", "SYNC:ADDVSS",
 // "PERMISSION:GRANT", "ADD:L:R:LTR", ...) and are case-insensitive. A name that KORVO does not
 // draw gives the picture of "-". Icons are made once per name and kept.
