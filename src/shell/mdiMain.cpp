@@ -471,12 +471,19 @@ void mdiMain::OnExpanded(QTreeWidgetItem *node)
     if (!HasTempChild(node) || !mDatabase)
         return;
     mDatabase->Ui().beginWait();
+    if (auto children = mDatabase->GetItemInfo(NodeTag(node), NodeKey(node), false, true))
+        FillNode(node, *children);
+    else
+        RemoveChildren(node);
+    mDatabase->Ui().endWait();
+}
+
+void mdiMain::FillNode(QTreeWidgetItem *node, const KORVODBTItems &items)
+{
     tvwDBT->setUpdatesEnabled(false);
     RemoveChildren(node);
-    if (auto children = mDatabase->GetItemInfo(NodeTag(node), NodeKey(node), false, true))
-        AddNodes(*children, node, QString(), false);
+    AddNodes(items, node, QString(), false);
     tvwDBT->setUpdatesEnabled(true);
-    mDatabase->Ui().endWait();
 }
 
 QString mdiMain::ExpandedKeys() const

@@ -75,6 +75,8 @@ public:
     void RefreshItem(const QString &tag, const QString &key, bool refreshParent) override;
     void RefreshNode(QTreeWidgetItem *node);
     QTreeWidgetItem *FindNode(const QString &key) const;
+    // Replaces the node's children by the items, as an expansion does.
+    void FillNode(QTreeWidgetItem *node, const KORVODBTItems &items);
     static QString NodeKey(const QTreeWidgetItem *node);
     static QString NodeTag(const QTreeWidgetItem *node);
     // The text a drag from the node carries.

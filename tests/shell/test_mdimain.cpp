@@ -13,6 +13,7 @@
 
 #include <QAction>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
@@ -216,6 +217,27 @@ private Q_SLOTS:
         QVERIFY(!Unfetched(node("P" + id)));
         QVERIFY(Unfetched(node(views)));
         QVERIFY(main->Tree()->updatesEnabled());
+    }
+
+    void filterNarrowsExpandedFolders_data() { AddKindRows(); }
+    void filterNarrowsExpandedFolders()
+    {
+        QString one, two;
+        if (!open([&] {
+                one = b->Versioned("p_apple");
+                two = b->Versioned("p_banana");
+            }))
+            QSKIP("no backend");
+        expand(folder()->data(0, Qt::UserRole).toString());
+        auto *filter = main->findChild<QLineEdit *>("txtFilter");
+        filter->setText("APP");
+        QVERIFY(!node("I" + one)->isHidden());
+        QVERIFY(node("I" + two)->isHidden());
+        main->DoCommand(16); // a refresh keeps the filter
+        QVERIFY(node("I" + two)->isHidden());
+        QTest::keyClick(filter, Qt::Key_Escape);
+        QVERIFY(filter->text().isEmpty());
+        QVERIFY(!node("I" + two)->isHidden());
     }
 
     void renameGivesTheNodeItsNewKey_data() { AddKindRows(); }
