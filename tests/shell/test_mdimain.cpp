@@ -102,6 +102,7 @@ public:
     void Find(bool, bool) override { mLog << QStringLiteral("Find"); }
     void FindNext() override { mLog << QStringLiteral("FindNext"); }
     void CopyText() override { mLog << QStringLiteral("Copy"); }
+    void SetFocusOfChild() override { mLog << QStringLiteral("focus %1").arg(mKey); }
 
 private:
     long mType;
@@ -522,6 +523,27 @@ private Q_SLOTS:
         QCOMPARE(window.isVisible(), refused);
         QCOMPARE(window.Children().size(), refused ? 2 : 0);
         QCOMPARE(log.isEmpty(), refused);
+    }
+
+    void pendingFocusIsPushedOncePerSecond()
+    {
+        mdiMain window;
+        window.show();
+        auto *a = new FakeChild(1, "StoredProcedure", "I1", log);
+        auto *b = new FakeChild(1, "StoredProcedure", "I2", log);
+        window.AddChild(a);
+        window.AddChild(b);
+        log.clear();
+        window.SetChildToFocus(b); // already active: nothing to do
+        window.PushChildFocus();
+        QVERIFY(log.isEmpty());
+        window.SetChildToFocus(a);
+        window.PushChildFocus();
+        QCOMPARE(log, QStringList { "focus I1" });
+        QCOMPARE(window.ActiveChild(), a);
+        window.SetChildToFocus(b); // within a second of the last push
+        window.PushChildFocus();
+        QCOMPARE(window.ActiveChild(), a);
     }
 
     void windowListNamesTheChildren()
