@@ -1,4 +1,5 @@
 #include "HelpIntegration.h"
+#include "KORVOAllWindows.h"
 #include "KORVODatabase.h"
 #include "KORVOObjectFactory.h"
 #include "KorvoApplication.h"
@@ -16,9 +17,10 @@ int main(int argc, char *argv[])
     QtUiServices ui;
     app.SetUi(&ui);
     HelpIntegration help(ui);
-    frmInitialize splash(ui, help, [&ui] {
-        return std::make_shared<KORVODatabase>(
-            ui, std::make_shared<KORVOObjectFactory>(), [] { return std::make_unique<mdiMain>(); });
+    KORVOAllWindows windows;
+    frmInitialize splash(ui, help, [&ui, &help, &windows] {
+        return std::make_shared<KORVODatabase>(ui, std::make_shared<KORVOObjectFactory>(),
+            [&help, &windows] { return std::make_unique<mdiMain>(windows, &help); });
     });
     splash.StartKORVO();
     return app.exec();

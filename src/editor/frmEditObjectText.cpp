@@ -37,7 +37,7 @@ frmEditObjectText::frmEditObjectText(KORVOMainWindowServices &main, KORVODatabas
     , mDatabase(database)
 {
     setObjectName(QStringLiteral("frmEditObjectText"));
-    setProperty(kChildMarker, true);
+    MarkAsChild(*this);
     setAttribute(Qt::WA_DeleteOnClose);
 
     txtSQL = new SQLTextEditor(database.Ui(), this);
@@ -343,6 +343,7 @@ void frmEditObjectText::closeEvent(QCloseEvent *e)
         return;
     }
     mClosing = true;
+    ClearChildMarker(this);
     QWidget::closeEvent(e);
 }
 

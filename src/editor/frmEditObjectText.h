@@ -63,6 +63,7 @@ public:
 
     void RefreshCaption() override;
     bool CloseItem(bool force) override;
+    bool QueryClose() override { return ConfirmClose(); }
 
     // --- Commands; those with a result say whether the work was done ---
     void OpenText() override;

@@ -86,7 +86,7 @@ void KORVOTables::RefreshList(bool &cancel)
             mKeys.append(id);
         }
         table->SetName(rs->FieldText(QStringLiteral("name")));
-        table->SetOwner(mSQL->GetObjectOwnerName(id));
+        table->SetOwner(mSQL->GetObjectOwnerName(id, *rs));
         RaiseRetrieveStatusChange(++position, total, cancel);
         if (cancel)
             return;

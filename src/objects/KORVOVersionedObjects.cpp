@@ -167,7 +167,7 @@ void KORVOVersionedObjects::RefreshList(bool &cancel)
         }
         KORVOObjectVSS &state = object->Generic();
         state.Name = rows->FieldText(QStringLiteral("name"));
-        state.Owner = mSQL->GetObjectOwnerName(id);
+        state.Owner = mSQL->GetObjectOwnerName(id, *rows);
         state.InSQL = true;
         state.InVSS = false;
         state.CheckedOutBy.clear();

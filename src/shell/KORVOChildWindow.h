@@ -3,8 +3,8 @@
 #include "KORVOObjectCollection.h"
 
 #include <QString>
-
-class QWidget;
+#include <QVariant>
+#include <QWidget>
 
 // What the main window asks of every child window (text editor, permissions
 // editor, query window). The main window polls the Can... members on every tick
@@ -49,6 +49,9 @@ public:
     virtual bool CanUndoCheckOut() const = 0;
     virtual bool CanShowHistory() const = 0;
 
+    // The child's own question before the main window closes: false keeps
+    // every window open. Asked of all children before any of them closes.
+    virtual bool QueryClose() { return true; }
     virtual void RefreshCaption() = 0;
     // Closes the child; with force no question is asked. False when the child
     // refused to close.
@@ -78,3 +81,24 @@ public:
 
 // The marker that makes a window a child for the main window.
 inline constexpr const char *kChildMarker = "ALLOWEDIT";
+inline constexpr const char *kChildInterface = "KORVOChildWindow";
+
+// Sets the marker on the child's widget and lets the main window find the
+// interface from the widget. A child drops the marker with ClearChildMarker
+// once it has really closed.
+inline void MarkAsChild(KORVOChildWindow &child)
+{
+    child.Widget()->setProperty(kChildMarker, true);
+    child.Widget()->setProperty(kChildInterface, QVariant::fromValue(static_cast<void *>(&child)));
+}
+inline void ClearChildMarker(QWidget *widget)
+{
+    widget->setProperty(kChildMarker, QVariant());
+}
+// The child behind a widget that carries the marker, or nothing.
+inline KORVOChildWindow *AsChildWindow(const QWidget *widget)
+{
+    if (!widget || !widget->property(kChildMarker).toBool())
+        return nullptr;
+    return static_cast<KORVOChildWindow *>(widget->property(kChildInterface).value<void *>());
+}

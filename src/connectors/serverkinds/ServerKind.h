@@ -114,7 +114,7 @@ public:
     // Statements of the table object; ids and names arrive as sqlFMTOUT makes them.
     struct TableStatements
     {
-        QString ListQuery; // fields "id", "name", ordered by name
+        QString ListQuery; // fields "id", "name" (and "owner" where the kind has it), ordered by name
         QString DBQuery; // + id: fields "id", "name", "UserName"
         QString DBQueryByName; // + name [+ DBQueryByOwner + owner]: the same fields
         QString DBQueryByOwner;

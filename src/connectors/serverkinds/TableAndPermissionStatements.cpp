@@ -123,7 +123,7 @@ ServerKind::TableStatements PostgreSQLKind::TableObjectStatements() const
         = QStringLiteral("SELECT c.oid::bigint AS id, c.relname::text AS name, n.nspname::text AS \"UserName\" ");
     const PgShape shape = PgShapeOf(ObjectClass::Table);
     const QString tables = shape.From + shape.Where;
-    s.ListQuery = QStringLiteral("SELECT c.oid::bigint AS id, c.relname::text AS name ") + tables
+    s.ListQuery = QStringLiteral("SELECT c.oid::bigint AS id, c.relname::text AS name, n.nspname::text AS owner ") + tables
         + QStringLiteral("ORDER BY 2, 1");
     s.DBQuery = columns + tables + QStringLiteral("AND c.oid::bigint = ");
     s.DBQueryByName = columns + tables + QStringLiteral("AND c.relname = ");

@@ -90,7 +90,8 @@ ServerKind::VersionedStatements PostgreSQLKind::VersionedObjectStatements(Object
         s.ParameterQuery1 = AttributeColumnsQuery1();
         s.ParameterQuery2 = AttributeColumnsQuery2();
     }
-    s.ListQuery = QStringLiteral("SELECT %1::bigint AS id, %2::text AS name%3 ")
+    // The owner comes with the list, so that a refresh needs no query per object.
+    s.ListQuery = QStringLiteral("SELECT %1::bigint AS id, %2::text AS name, n.nspname::text AS owner%3 ")
                       .arg(shape.IdColumn, shape.NameColumn,
                           cls == ObjectClass::Trigger ? QStringLiteral(", t.tgrelid::bigint AS parent_obj") : QString())
         + shape.From + shape.Where + QStringLiteral("ORDER BY 2, 1");

@@ -224,6 +224,13 @@ QString KORVOSQL::GetObjectOwnerName(const QString &id)
     return rs->FieldText(QStringLiteral("name"));
 }
 
+QString KORVOSQL::GetObjectOwnerName(const QString &id, const Recordset &listRow)
+{
+    if (listRow.FieldIndex(QStringLiteral("owner")) >= 0)
+        return listRow.FieldText(QStringLiteral("owner"));
+    return GetObjectOwnerName(id);
+}
+
 QString KORVOSQL::GetObjectText(const QString &id)
 {
     const QString name = GetObjectName(id, true);

@@ -92,6 +92,9 @@ public:
     QString GetObjectID(const QString &name, const QString &owner);
     QString GetObjectName(const QString &id, bool includeOwner);
     QString GetObjectOwnerName(const QString &id);
+    // The same for the current row of a list query: the row's "owner" where
+    // the kind's list carries it, else the owner statement.
+    QString GetObjectOwnerName(const QString &id, const Recordset &listRow);
     // Throws. The object's text as the server keeps it, unchanged.
     QString GetObjectText(const QString &id);
 
