@@ -164,5 +164,31 @@ int main(int argc, char **argv)
                     QFileInfo(project.GenerateName).size() / 1048576.0);
     }
     std::printf("peak memory (VmHWM): %.0f MB\n", PeakKilobytes() / 1024.0);
+
+    // One file of 100 MB: the largest input the scan is meant to take.
+    {
+        const QString path = dir.filePath(QStringLiteral("large.sql"));
+        QFile f(path);
+        f.open(QIODevice::WriteOnly);
+        const QByteArray block = SourceFile(3, 1 << 20, names, random);
+        for (int i = 0; i < 100; ++i)
+            f.write(block);
+        f.close();
+        DocGenProject large;
+        auto single = large.Modules().Add();
+        single->Name = QStringLiteral("Large");
+        single->Files().Add(path);
+        large.DocumentType = QStringLiteral("HTML");
+        large.GenerateName = dir.filePath(QStringLiteral("large.html"));
+        QuietSteps steps;
+        DocGenRun run(source, large, single.get(), steps);
+        run.ListSteps();
+        QElapsedTimer timer;
+        timer.start();
+        const auto outcome = run.Run();
+        std::printf("one 100 MB file, scan and HTML: %.2f s (%s), %d references; peak memory now %.0f MB\n",
+                    timer.nsecsElapsed() / 1e9, outcome == DocGenRun::Outcome::Done ? "done" : qPrintable(run.Error()),
+                    single->Files().Item(1)->FoundCount(), PeakKilobytes() / 1024.0);
+    }
     return 0;
 }

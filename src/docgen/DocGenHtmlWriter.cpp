@@ -323,8 +323,7 @@ void DocGenHtmlWriter::WriteModule(const DocGenModule &module, const QList<DocGe
         }
         AddHTMLLine(QStringLiteral("<th width=\"58%\">Context</th>"), 1);
         AddHTMLLine(QStringLiteral("</tr>"));
-        for (auto found = file->FoundDetailsGetNext(0, 0); found;
-             found = file->FoundDetailsGetNext(found->FoundAt, found->CharPosiInContent)) {
+        for (const auto &found : file->FoundInReadingOrder()) {
             const QString &s = found->FoundString;
             const int start = found->PositionStart, end = found->PositionEnd;
             AddHTMLLine(QStringLiteral("<tr>"));

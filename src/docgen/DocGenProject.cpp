@@ -7,6 +7,8 @@
 #include <QFile>
 #include <QXmlStreamWriter>
 
+#include <algorithm>
+
 namespace {
 
 int LastSeparator(const QString &fileName)
@@ -60,6 +62,24 @@ DocGenFileFoundPtr DocGenFile::FoundDetailsGetNext(int line, int character) cons
             best = found;
     }
     return best;
+}
+
+QList<DocGenFileFoundPtr> DocGenFile::FoundInReadingOrder() const
+{
+    QList<DocGenFileFoundPtr> order = mFound;
+    // Stable: of references at one place the first found stays first, and the
+    // walk shows only that one.
+    std::stable_sort(order.begin(), order.end(), [](const DocGenFileFoundPtr &a, const DocGenFileFoundPtr &b) {
+        return std::tie(a->FoundAt, a->CharPosiInContent) < std::tie(b->FoundAt, b->CharPosiInContent);
+    });
+    const auto samePlace = [](const DocGenFileFoundPtr &a, const DocGenFileFoundPtr &b) {
+        return a->FoundAt == b->FoundAt && a->CharPosiInContent == b->CharPosiInContent;
+    };
+    order.erase(std::unique(order.begin(), order.end(), samePlace), order.end());
+    // A place at or before line 0, character 0 is never reached by the walk.
+    while (!order.isEmpty() && !(order.first()->FoundAt > 0 || order.first()->CharPosiInContent > 0))
+        order.removeFirst();
+    return order;
 }
 
 DocGenFileFoundPtr DocGenFile::AddFoundDetails()

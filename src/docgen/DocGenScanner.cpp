@@ -189,20 +189,43 @@ QString ReadSourceFile(const QString &path)
     QFile file(path);
     if (!file.exists())
         return {};
-    if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly))
-        throw DocGenError { QStringLiteral("The file %1 could not be read: %2")
-                                .arg(path, QFileInfo(path).isDir() ? QStringLiteral("it is a folder")
-                                                                   : file.errorString()) };
-    QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        throw DocGenError { QStringLiteral("The file %1 could not be read: %2").arg(path, file.errorString()) };
-    if (bytes.startsWith("\xEF\xBB\xBF"))
-        bytes.remove(0, 3);
-    QStringDecoder utf8(QStringConverter::Utf8, QStringConverter::Flag::Stateless);
-    QString text = utf8.decode(bytes);
-    // Not UTF-8 (an older 8-bit file, or binary): every byte is one character.
-    if (utf8.hasError())
-        text = QString::fromLatin1(bytes);
+    const auto fail = [&path](const QString &why) {
+        return DocGenError { QStringLiteral("The file %1 could not be read: %2").arg(path, why) };
+    };
+    if (QFileInfo(path).isDir())
+        throw fail(QStringLiteral("it is a folder"));
+    if (!file.open(QIODevice::ReadOnly))
+        throw fail(file.errorString());
+    // Decoded piece by piece, so that a large file is not held twice.
+    QString text;
+    text.reserve(qsizetype(file.size()));
+    QStringDecoder utf8(QStringConverter::Utf8, QStringConverter::Flag::ConvertInitialBom);
+    bool latin1 = false;
+    while (!file.atEnd()) {
+        const QByteArray chunk = file.read(4 << 20);
+        if (file.error() != QFileDevice::NoError)
+            throw fail(file.errorString());
+        if (latin1) {
+            text += QString::fromLatin1(chunk);
+            continue;
+        }
+        text += utf8.decode(chunk);
+        if (utf8.hasError()) {
+            // Not UTF-8 (an older 8-bit file, or binary): every byte is one character.
+            latin1 = true;
+            file.seek(0);
+            text.clear();
+        }
+    }
+    if (!latin1)
+        text += utf8.decode(QByteArrayView());
+    if (!latin1 && utf8.hasError()) {
+        file.seek(0);
+        text = QString::fromLatin1(file.readAll());
+    }
+    // A byte order mark is no part of the text.
+    if (!latin1 && text.startsWith(QChar(0xFEFF)))
+        text.remove(0, 1);
     return text;
 }
 

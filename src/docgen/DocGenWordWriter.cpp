@@ -253,8 +253,7 @@ void DocGenWordWriter::WriteModule(const DocGenModule &module, const QList<DocGe
         HeaderCell(refs, c++, QStringLiteral("Context"));
         for (int i = 0; i < widths.size(); ++i)
             refs.SetCellWidthPercent(1, i + 1, widths[i]);
-        for (auto found = file->FoundDetailsGetNext(0, 0); found;
-             found = file->FoundDetailsGetNext(found->FoundAt, found->CharPosiInContent)) {
+        for (const auto &found : file->FoundInReadingOrder()) {
             refs.AddRow();
             const int row = refs.RowCount();
             for (int i = 0; i < widths.size(); ++i)

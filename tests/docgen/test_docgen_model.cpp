@@ -141,6 +141,7 @@ private Q_SLOTS:
         for (auto r = f.FoundDetailsGetNext(0, 0); r; r = f.FoundDetailsGetNext(r->FoundAt, r->CharPosiInContent))
             walk << r;
         QCOMPARE(walk, (QList<DocGenFileFoundPtr> { f.FoundDetails(2), f.FoundDetails(3), f.FoundDetails(1) }));
+        QCOMPARE(f.FoundInReadingOrder(), walk);
         QVERIFY(!f.FoundDetailsGetNext(3, 40));
         f.FoundClear();
         QCOMPARE(f.FoundCount() + f.FoundUniqueCount(), 0);

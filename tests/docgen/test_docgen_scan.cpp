@@ -54,7 +54,8 @@ QList<Ref> Naive(const QString &text, const QList<DocGenObjectPtr> &objects, boo
     return refs;
 }
 
-QList<Ref> Fast(const QString &text, const QList<DocGenObjectPtr> &objects, bool &failed)
+// Also tells whether the writers' reading order equals the walk by FoundDetailsGetNext.
+QList<Ref> Fast(const QString &text, const QList<DocGenObjectPtr> &objects, bool &failed, bool &sameOrder)
 {
     DocGenFile file;
     failed = false;
@@ -65,6 +66,10 @@ QList<Ref> Fast(const QString &text, const QList<DocGenObjectPtr> &objects, bool
         failed = true;
         return {};
     }
+    QList<DocGenFileFoundPtr> walk;
+    for (auto r = file.FoundDetailsGetNext(0, 0); r; r = file.FoundDetailsGetNext(r->FoundAt, r->CharPosiInContent))
+        walk << r;
+    sameOrder = walk == file.FoundInReadingOrder();
     QList<Ref> refs;
     for (int i = 1; i <= file.FoundCount(); ++i) {
         const auto f = file.FoundDetails(i);
@@ -101,9 +106,10 @@ private Q_SLOTS:
                 text += random.bounded(10) == 0 ? QStringLiteral("Ä") : QString(alphabet[random.bounded(int(alphabet.size()))]);
             if (random.bounded(8) == 0)
                 text.remove(0, 1); // sometimes a name may stand at the very start
-            bool naiveFailed, fastFailed;
-            const QList<Ref> want = Naive(text, objects, naiveFailed), got = Fast(text, objects, fastFailed);
+            bool naiveFailed, fastFailed, sameOrder = true;
+            const QList<Ref> want = Naive(text, objects, naiveFailed), got = Fast(text, objects, fastFailed, sameOrder);
             QCOMPARE(fastFailed, naiveFailed);
+            QVERIFY(sameOrder);
             QCOMPARE(got.size(), want.size());
             for (int i = 0; i < want.size(); ++i)
                 QVERIFY2(got[i] == want[i], qPrintable(QStringLiteral("round %1, reference %2 in %3").arg(round).arg(i).arg(text)));
