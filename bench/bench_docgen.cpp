@@ -11,7 +11,8 @@
 
 #include <cstdio>
 
-namespace {
+namespace
+{
 
 class BenchObject : public DocGenObject
 {
@@ -41,8 +42,8 @@ private:
 class BenchSource : public DocGenSource
 {
 public:
-    QList<Type> Types { { "STOREDPROCEDURES", "Stored Procedures" }, { "USERDEFINEDFUNCTIONS", "User Defined Functions" },
-        { "VIEWS", "Views" }, { "TRIGGERS", "Triggers" } };
+    QList<Type> Types { { "STOREDPROCEDURES", "Stored Procedures" },
+        { "USERDEFINEDFUNCTIONS", "User Defined Functions" }, { "VIEWS", "Views" }, { "TRIGGERS", "Triggers" } };
     QList<DocGenCollection> Collections;
     QList<Type> GetItemsForDocGen() override { return Types; }
     DocGenCollection GetObjectObjects(const QString &key) override
@@ -83,8 +84,8 @@ QByteArray SourceFile(int kind, qsizetype size, const QStringList &names, QRando
         { "    public List<Order> find%1() { return jdbc.query(\"EXEC dbo.%2 ?\", mapper); }",
             "    /* see %2 */ private final String s%1 = \"x\";", "    for (int i = 0; i < %1; i++) { total += i; }",
             "    stmt = conn.prepareCall(\"{call %2(?)}\");" },
-        { "def load_%1(db):\n    return db.execute(\"SELECT * FROM %2\")", "    # uses %2", "    x%1 = [i for i in range(%1)]",
-            "    cur.callproc('%2', (1, 2))" },
+        { "def load_%1(db):\n    return db.execute(\"SELECT * FROM %2\")", "    # uses %2",
+            "    x%1 = [i for i in range(%1)]", "    cur.callproc('%2', (1, 2))" },
         { "SELECT a.id, b.name FROM %2 a JOIN dbo.other b ON a.id = b.id -- %1", "EXEC [dbo].%2 @p = %1;",
             "UPDATE t SET v = v + %1 WHERE k = 'x';", "INSERT INTO log VALUES (%1, '%2');" },
     };
@@ -116,9 +117,8 @@ int main(int argc, char **argv)
         DocGenCollection collection { source.Types[type].Text, {} };
         for (int i = 0; i < 250; ++i) {
             const QString name = QLatin1String(prefixes[type]) + QStringLiteral("Object%1").arg(i);
-            collection.Objects.append(
-                std::make_shared<BenchObject>(name, i % 5 ? QStringLiteral("dbo") : QStringLiteral("sales"),
-                                              QLatin1String(display[type])));
+            collection.Objects.append(std::make_shared<BenchObject>(
+                name, i % 5 ? QStringLiteral("dbo") : QStringLiteral("sales"), QLatin1String(display[type])));
             names << name;
         }
         source.Collections.append(collection);
@@ -135,7 +135,8 @@ int main(int argc, char **argv)
     qsizetype total = 0;
     for (int i = 0; i < 500; ++i) {
         const int kind = i % 4;
-        const QString path = dir.filePath(QStringLiteral("src%1/file%2%3").arg(i % 10).arg(i).arg(QLatin1String(extensions[kind])));
+        const QString path
+            = dir.filePath(QStringLiteral("src%1/file%2%3").arg(i % 10).arg(i).arg(QLatin1String(extensions[kind])));
         QDir().mkpath(QFileInfo(path).path());
         QFile f(path);
         f.open(QIODevice::WriteOnly);
@@ -148,7 +149,8 @@ int main(int argc, char **argv)
     project.IncludeOwnerNames = true;
     for (const char *type : { "HTML", "WORD" }) {
         project.DocumentType = QLatin1String(type);
-        project.GenerateName = dir.filePath(QStringLiteral("doc.") + (project.DocumentType == "HTML" ? "html" : "docx"));
+        project.GenerateName
+            = dir.filePath(QStringLiteral("doc.") + (project.DocumentType == "HTML" ? "html" : "docx"));
         QuietSteps steps;
         DocGenRun run(source, project, module.get(), steps);
         run.ListSteps();
@@ -160,8 +162,8 @@ int main(int argc, char **argv)
         for (const auto &file : module->Files())
             references += file->FoundCount();
         std::printf("scan and %s: %.2f s (%s), %d references, document %.1f MB\n", type, seconds,
-                    outcome == DocGenRun::Outcome::Done ? "done" : qPrintable(run.Error()), references,
-                    QFileInfo(project.GenerateName).size() / 1048576.0);
+            outcome == DocGenRun::Outcome::Done ? "done" : qPrintable(run.Error()), references,
+            QFileInfo(project.GenerateName).size() / 1048576.0);
     }
     std::printf("peak memory (VmHWM): %.0f MB\n", PeakKilobytes() / 1024.0);
 
@@ -187,8 +189,8 @@ int main(int argc, char **argv)
         timer.start();
         const auto outcome = run.Run();
         std::printf("one 100 MB file, scan and HTML: %.2f s (%s), %d references; peak memory now %.0f MB\n",
-                    timer.nsecsElapsed() / 1e9, outcome == DocGenRun::Outcome::Done ? "done" : qPrintable(run.Error()),
-                    single->Files().Item(1)->FoundCount(), PeakKilobytes() / 1024.0);
+            timer.nsecsElapsed() / 1e9, outcome == DocGenRun::Outcome::Done ? "done" : qPrintable(run.Error()),
+            single->Files().Item(1)->FoundCount(), PeakKilobytes() / 1024.0);
     }
     return 0;
 }

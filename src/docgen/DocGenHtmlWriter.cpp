@@ -2,7 +2,8 @@
 
 #include "DocGenText.h"
 
-namespace {
+namespace
+{
 
 const char *const StyleRules[] = {
     "body { font: normal normal 100 12px Verdana, Arial, Helvetica, sans-serif; color: #002157; margin: 0px 0px 50px "
@@ -38,7 +39,8 @@ const char *const StyleRules[] = {
     "div#pagecontent { width: 800px; margin: 15px 5px 0px 15px; }",
 };
 
-const QString DetailsTable = QStringLiteral("<table border=\"0\" cellspacing=\"0\" cellpadding=\"0\" class=\"details\">");
+const QString DetailsTable
+    = QStringLiteral("<table border=\"0\" cellspacing=\"0\" cellpadding=\"0\" class=\"details\">");
 
 QString Esc(const QString &text, bool nbsp = true)
 {
@@ -100,7 +102,8 @@ void DocGenHtmlWriter::AddObjectRow(DocGenObject &object, int &position, bool &w
             name = "45%", description = "55%";
         AddHTMLLine(QStringLiteral("<table border=\"1\" cellspacing=\"0\" cellpadding=\"0\">"));
         AddHTMLLine(QStringLiteral("<tr>"));
-        AddHTMLLine(QStringLiteral("<th width=\"%1\">%2 Name</th>").arg(name, Esc(object.ObjectDisplayName(), false)), 1);
+        AddHTMLLine(
+            QStringLiteral("<th width=\"%1\">%2 Name</th>").arg(name, Esc(object.ObjectDisplayName(), false)), 1);
         if (ownerColumn)
             AddHTMLLine(QStringLiteral("<th width=\"%1\">Owner</th>").arg(owner), 1);
         if (withMiddle)
@@ -198,7 +201,7 @@ void DocGenHtmlWriter::WriteAll(const QList<DocGenCollection> &collections)
 }
 
 void DocGenHtmlWriter::WriteModule(const DocGenModule &module, const QList<DocGenCollection> &collections,
-                                   const QList<QList<DocGenObjectPtr>> &foundObjects)
+    const QList<QList<DocGenObjectPtr>> &foundObjects)
 {
     const DocGenText text(mProject);
     mSteps.NextStep(); // START
@@ -223,7 +226,7 @@ void DocGenHtmlWriter::WriteModule(const DocGenModule &module, const QList<DocGe
     optional("Description:", module.Description);
     optional("Primray Path:", module.Path);
     AddDetailsRow(QStringLiteral("<td><span class=\"bold\">Amount of Files:</span></td>"),
-                  QString::number(module.Files().Count()));
+        QString::number(module.Files().Count()));
     AddHTMLLine(QStringLiteral("</table>"));
     AddHTMLLine(QStringLiteral("<hr>"));
     mSteps.SetProgress(3, QString());
@@ -261,8 +264,8 @@ void DocGenHtmlWriter::WriteModule(const DocGenModule &module, const QList<DocGe
     AddHTMLLine(QStringLiteral("<a name=\"filelist\"></a><h2>Files Used</h2>"));
     if (!module.Path.isEmpty()) {
         AddHTMLLine(DetailsTable);
-        AddDetailsRow(QStringLiteral("<td width=\"150\"><span class=\"bold\">Module Primary path:</span></td>"),
-                      module.Path);
+        AddDetailsRow(
+            QStringLiteral("<td width=\"150\"><span class=\"bold\">Module Primary path:</span></td>"), module.Path);
         AddHTMLLine(QStringLiteral("</table>"));
     }
     AddHTMLLine(QStringLiteral("<table border=\"0\" cellspacing=\"0\" cellpadding=\"0\" class=\"filelist\">"));
@@ -276,7 +279,7 @@ void DocGenHtmlWriter::WriteModule(const DocGenModule &module, const QList<DocGe
         AddHTMLLine(QStringLiteral("<td><a href=\"#file%1\">%2</a></td>")
                         .arg(++number)
                         .arg(Esc(DocGenText::FileDisplayName(module, file->FileName(), note))),
-                    1);
+            1);
         AddHTMLLine(QStringLiteral("</tr>"));
     }
     AddHTMLLine(QStringLiteral("</table>"));
@@ -290,8 +293,8 @@ void DocGenHtmlWriter::WriteModule(const DocGenModule &module, const QList<DocGe
         AddHTMLLine(QStringLiteral("<hr class=\"sub\">"));
         AddHTMLLine(QStringLiteral("<a name=\"file%1\"></a><h3>%2</h3>").arg(++number).arg(shortName));
         AddHTMLLine(DetailsTable);
-        AddDetailsRow(QStringLiteral("<td width=\"150\"><span class=\"bold\">Absolute path:</span></td>"),
-                      file->Path());
+        AddDetailsRow(
+            QStringLiteral("<td width=\"150\"><span class=\"bold\">Absolute path:</span></td>"), file->Path());
         AddDetailsRow(QStringLiteral("<td><span class=\"bold\">File Name:</span></td>"), file->Name());
         if (!note.isEmpty()) {
             AddHTMLLine(QStringLiteral("<tr>"));
@@ -329,18 +332,18 @@ void DocGenHtmlWriter::WriteModule(const DocGenModule &module, const QList<DocGe
             AddHTMLLine(QStringLiteral("<tr>"));
             AddHTMLLine(QStringLiteral("<td class=\"line\">%1</td>").arg(found->FoundAt), 1);
             AddHTMLLine(QStringLiteral("<td>") + Esc(text.ObjectDisplayText(*found->ObjectFound, true))
-                            + QStringLiteral("</td>"),
-                        1);
+                    + QStringLiteral("</td>"),
+                1);
             if (ownerColumn)
                 AddHTMLLine(QStringLiteral("<td>") + Esc(text.EncapsulateOwner(found->ObjectFound->Owner()))
-                                + QStringLiteral("</td>"),
-                            1);
+                        + QStringLiteral("</td>"),
+                    1);
             // The highlight begins one character early, at the delimiter before the reference.
             AddHTMLLine(QStringLiteral("<td class=\"code\">") + Esc(s.left(start), false)
-                            + QStringLiteral("<span class=\"contextobject\">")
-                            + Esc(s.mid(std::max(start - 1, 0), end - start), false) + QStringLiteral("</span>")
-                            + Esc(s.mid(std::max(end - 1, 0)), false) + QStringLiteral("</td>"),
-                        1);
+                    + QStringLiteral("<span class=\"contextobject\">")
+                    + Esc(s.mid(std::max(start - 1, 0), end - start), false) + QStringLiteral("</span>")
+                    + Esc(s.mid(std::max(end - 1, 0)), false) + QStringLiteral("</td>"),
+                1);
             AddHTMLLine(QStringLiteral("</tr>"));
         }
         AddHTMLLine(QStringLiteral("</table>"));

@@ -26,8 +26,7 @@ public:
 using DocGenObjectPtr = std::shared_ptr<DocGenObject>;
 
 // The objects of one type, as the session's GetObjectObjects gives them.
-struct DocGenCollection
-{
+struct DocGenCollection {
     QString ObjectDisplayName; // "Stored Procedures"
     QList<DocGenObjectPtr> Objects;
     int Count() const { return int(Objects.size()); }
@@ -37,8 +36,7 @@ struct DocGenCollection
 class DocGenSource
 {
 public:
-    struct Type
-    {
+    struct Type {
         QString Key;
         QString Text;
     };

@@ -8,8 +8,7 @@
 #include <memory>
 
 // One reference to a database object found in a source file.
-struct DocGenFileFound
-{
+struct DocGenFileFound {
     DocGenObjectPtr ObjectFound;
     int FoundAt = 0; // line, from 1
     QString FoundString; // the context around the reference

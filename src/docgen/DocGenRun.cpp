@@ -5,8 +5,7 @@
 #include "DocGenWriter.h"
 #include "UiServices.h"
 
-DocGenRun::DocGenRun(DocGenSource &source, const DocGenProject &project, DocGenModule *module,
-                     DocGenSteps &steps)
+DocGenRun::DocGenRun(DocGenSource &source, const DocGenProject &project, DocGenModule *module, DocGenSteps &steps)
     : mSource(source)
     , mProject(project)
     , mModule(module)
@@ -23,18 +22,18 @@ void DocGenRun::ListSteps()
         // The module's name is not part of the text.
         for (const auto &type : std::as_const(mTypes))
             mSteps.AddStep(QStringLiteral("FINDOBJECTS-") + type.Key,
-                           QStringLiteral("Find all ") + type.Text + QStringLiteral(" used in Module "));
+                QStringLiteral("Find all ") + type.Text + QStringLiteral(" used in Module "));
     }
     mSteps.AddStep(QStringLiteral("START"), QStringLiteral("Initialise Document"));
     if (!mModule) {
         for (const auto &type : std::as_const(mTypes))
             mSteps.AddStep(QStringLiteral("ADDOBJECTS-") + type.Key,
-                           QStringLiteral("Generate documentation for all ") + type.Text);
+                QStringLiteral("Generate documentation for all ") + type.Text);
     } else {
         if (mProject.IncludeModuleSummay)
             for (const auto &type : std::as_const(mTypes))
-                mSteps.AddStep(QStringLiteral("ADDOBJECTS-") + type.Key,
-                               QStringLiteral("Generate summary for all ") + type.Text);
+                mSteps.AddStep(
+                    QStringLiteral("ADDOBJECTS-") + type.Key, QStringLiteral("Generate summary for all ") + type.Text);
         mSteps.AddStep(QStringLiteral("FILES"), QStringLiteral("Document all objects found in module"));
     }
     mSteps.AddStep(QStringLiteral("END"), QStringLiteral("Save Document"));
@@ -76,6 +75,5 @@ void DocGenRun::TellOutcome(UiServices &ui, Outcome outcome, const QString &erro
         ui.inform(QStringLiteral("Document Generated"), QStringLiteral("Document has been successfully generated!"));
     else if (outcome == Outcome::Failed)
         ui.messageBox(UiServices::Icon::Critical, QStringLiteral("Document Generation Aborted"),
-                      QStringLiteral("An error occured: ") + error
-                          + QStringLiteral("\n\nDocument could not be generated!"));
+            QStringLiteral("An error occured: ") + error + QStringLiteral("\n\nDocument could not be generated!"));
 }

@@ -8,7 +8,8 @@
 #include <algorithm>
 #include <deque>
 
-namespace {
+namespace
+{
 
 QString Fold(const QString &text)
 {
@@ -24,7 +25,16 @@ QString Fold(const QString &text)
 bool DocGenMatcher::IsDelimiter(QChar c)
 {
     switch (c.unicode()) {
-    case 9: case 10: case 13: case 32: case 34: case 39: case 44: case 59: case 123: case 125:
+    case 9:
+    case 10:
+    case 13:
+    case 32:
+    case 34:
+    case 39:
+    case 44:
+    case 59:
+    case 123:
+    case 125:
         return true;
     default:
         return false;
@@ -130,8 +140,8 @@ std::vector<DocGenMatcher::Hit> DocGenMatcher::Find(const QString &text, const Q
             if (start == 0) {
                 const int use = mPatternUses[size_t(pattern)].front();
                 throw DocGenError { QStringLiteral("Invalid procedure call or argument: \"%1\" stands at the first "
-                                                  "character of %2, which has no character before it")
-                                       .arg(mForms[size_t(use)], fileName) };
+                                                   "character of %2, which has no character before it")
+                                        .arg(mForms[size_t(use)], fileName) };
             }
             if (!IsDelimiter(t[start - 1]) || (i + 1 < length && !IsDelimiter(t[i + 1])))
                 continue;
@@ -159,7 +169,8 @@ void DocGenMatcher::Record(const QString &text, const std::vector<Hit> &hits, Do
         const int p = hit.Position;
         const auto found = file.AddFoundDetails();
         // Line feeds among the first p characters, plus one.
-        found->FoundAt = int(std::lower_bound(lineFeeds.begin(), lineFeeds.end(), qsizetype(p)) - lineFeeds.begin()) + 1;
+        found->FoundAt
+            = int(std::lower_bound(lineFeeds.begin(), lineFeeds.end(), qsizetype(p)) - lineFeeds.begin()) + 1;
         found->CharPosiInContent = p;
 
         // The context: from 20 characters before the reference, after "...", when
@@ -230,7 +241,7 @@ QString ReadSourceFile(const QString &path)
 }
 
 void ScanModule(const QList<DocGenCollection> &collections, DocGenModule &module, DocGenSteps &steps,
-                QList<QList<DocGenObjectPtr>> &foundObjects)
+    QList<QList<DocGenObjectPtr>> &foundObjects)
 {
     QList<DocGenObjectPtr> all;
     QList<int> firstOfType;

@@ -19,8 +19,7 @@ class DocGenMatcher
 public:
     explicit DocGenMatcher(const QList<DocGenObjectPtr> &objects);
 
-    struct Hit
-    {
+    struct Hit {
         int Object; // index into the objects given
         int Form; // 0..5
         int Position; // 1-based character of the reference
@@ -37,8 +36,7 @@ public:
     static bool IsDelimiter(QChar c);
 
 private:
-    struct Node
-    {
+    struct Node {
         int fail = 0;
         int output = -1; // pattern ending here
         int dictLink = -1; // nearest suffix node with an output
@@ -63,4 +61,4 @@ QString ReadSourceFile(const QString &path);
 // The module scan: the files' found lists and, per object type, the distinct
 // objects found in the module in collection order. Each file is read once.
 void ScanModule(const QList<DocGenCollection> &collections, DocGenModule &module, DocGenSteps &steps,
-                QList<QList<DocGenObjectPtr>> &foundObjects);
+    QList<QList<DocGenObjectPtr>> &foundObjects);

@@ -3,7 +3,8 @@
 #include "KORVODatabase.h"
 #include "KORVOVersionedObjects.h"
 
-namespace {
+namespace
+{
 
 class SessionObject : public DocGenObject
 {

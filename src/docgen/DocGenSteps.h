@@ -16,7 +16,6 @@ public:
 };
 
 // What ends a documentation run; Description is shown to the user.
-struct DocGenError
-{
+struct DocGenError {
     QString Description;
 };

@@ -75,14 +75,14 @@ void ReplaceFile(const QString &path, const QByteArray &bytes)
     temp.setAutoRemove(true);
     if (!temp.open() || temp.write(bytes) != bytes.size() || !temp.flush())
         throw DocGenError { QStringLiteral("The document %1 could not be written: %2").arg(path, temp.errorString()) };
-    temp.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup
-                        | QFileDevice::ReadOther);
+    temp.setPermissions(
+        QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther);
     temp.close();
     if (target.exists() && !target.isWritable())
         QFile(path).setPermissions(QFile(path).permissions() | QFileDevice::WriteOwner | QFileDevice::WriteUser);
     std::error_code error;
-    std::filesystem::rename(QFile::encodeName(temp.fileName()).toStdString(), QFile::encodeName(path).toStdString(),
-                            error);
+    std::filesystem::rename(
+        QFile::encodeName(temp.fileName()).toStdString(), QFile::encodeName(path).toStdString(), error);
     if (error)
         throw DocGenError { QStringLiteral("The document %1 could not be written: %2")
                                 .arg(path, QString::fromStdString(error.message())) };

@@ -2,7 +2,8 @@
 
 #include "DocGenText.h"
 
-namespace {
+namespace
+{
 
 constexpr int Normal = -1, Heading1 = -2, Heading2 = -3, Heading3 = -4, Heading4 = -5;
 constexpr int HeaderShading = 3355443, White = 16777215, FoundColor = 210;
@@ -140,7 +141,7 @@ void DocGenWordWriter::WriteAll(const QList<DocGenCollection> &collections)
 }
 
 void DocGenWordWriter::WriteModule(const DocGenModule &module, const QList<DocGenCollection> &collections,
-                                   const QList<QList<DocGenObjectPtr>> &foundObjects)
+    const QList<QList<DocGenObjectPtr>> &foundObjects)
 {
     const DocGenText text(mProject);
     Start();
@@ -220,11 +221,13 @@ void DocGenWordWriter::WriteModule(const DocGenModule &module, const QList<DocGe
     mSteps.SetProgress(++position, QString());
 
     const bool ownerColumn = text.OwnerColumn();
-    const QList<double> widths = ownerColumn ? QList<double> { 8.8, 27.4, 10.7, 53.1 } : QList<double> { 8.8, 36.1, 55.1 };
+    const QList<double> widths
+        = ownerColumn ? QList<double> { 8.8, 27.4, 10.7, 53.1 } : QList<double> { 8.8, 36.1, 55.1 };
     for (const auto &file : module.Files()) {
         QString note;
         Block(Heading3, DocGenText::FileDisplayName(module, file->FileName(), note));
-        twoColumns({ { QStringLiteral("Absolute path:"), file->Path() }, { QStringLiteral("File Name:"), file->Name() } });
+        twoColumns(
+            { { QStringLiteral("Absolute path:"), file->Path() }, { QStringLiteral("File Name:"), file->Name() } });
         if (!note.isEmpty()) {
             DocxRange end = mDoc->EndRange();
             end.SetStyle(Normal);

@@ -13,7 +13,7 @@ public:
     DocGenWordWriter(const DocGenProject &project, DocGenSteps &steps);
     void WriteAll(const QList<DocGenCollection> &collections) override;
     void WriteModule(const DocGenModule &module, const QList<DocGenCollection> &collections,
-                     const QList<QList<DocGenObjectPtr>> &foundObjects) override;
+        const QList<QList<DocGenObjectPtr>> &foundObjects) override;
 
 private:
     void Start();

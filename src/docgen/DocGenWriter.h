@@ -16,7 +16,8 @@ public:
     // The module with what the scan found: per type the distinct objects, and per
     // file its references.
     virtual void WriteModule(const DocGenModule &module, const QList<DocGenCollection> &collections,
-                             const QList<QList<DocGenObjectPtr>> &foundObjects) = 0;
+        const QList<QList<DocGenObjectPtr>> &foundObjects)
+        = 0;
 };
 
 class DocGenHtmlWriter : public DocGenWriter
@@ -25,7 +26,7 @@ public:
     DocGenHtmlWriter(const DocGenProject &project, DocGenSteps &steps);
     void WriteAll(const QList<DocGenCollection> &collections) override;
     void WriteModule(const DocGenModule &module, const QList<DocGenCollection> &collections,
-                     const QList<QList<DocGenObjectPtr>> &foundObjects) override;
+        const QList<QList<DocGenObjectPtr>> &foundObjects) override;
 
     // The document as it was written last.
     const QString &Buffer() const { return mBuffer; }

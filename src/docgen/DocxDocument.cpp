@@ -8,41 +8,37 @@
 
 #include <zip.h>
 
-namespace {
+namespace
+{
 
 const QString W = QStringLiteral("http://schemas.openxmlformats.org/wordprocessingml/2006/main");
 
-struct Run
-{
+struct Run {
     QString text;
     bool bold = false;
     int color = -1; // automatic
 };
 
-struct Para
-{
+struct Para {
     QString style;
     double indent = -1;
     QList<Run> runs;
 };
 
-struct Block
-{
+struct Block {
     int table = -1; // a table, or else the paragraph
     Para para;
 };
 
 using Container = QList<Block>;
 
-struct Cell
-{
+struct Cell {
     Container content { Block() };
     double width = -1;
     int shading = -1;
 };
 
-struct Table
-{
+struct Table {
     int columns = 0;
     double width = -1;
     QList<QList<Cell>> rows;
@@ -102,8 +98,7 @@ QByteArray ReadZipEntry(zip_t *archive, const char *name)
 
 } // namespace
 
-struct DocxDocument::Impl
-{
+struct DocxDocument::Impl {
     Container body { Block() };
     QList<Table> tables;
     QString styles; // styles.xml
@@ -245,8 +240,8 @@ struct DocxDocument::Impl
         for (int c = 0; c < t.columns; ++c) {
             const double pct = t.rows.isEmpty() ? -1 : t.rows.first()[c].width;
             w.writeEmptyElement(QStringLiteral("w:gridCol"));
-            w.writeAttribute(QStringLiteral("w:w"),
-                             QString::number(pct > 0 ? qRound(width * pct / 100) : width / t.columns));
+            w.writeAttribute(
+                QStringLiteral("w:w"), QString::number(pct > 0 ? qRound(width * pct / 100) : width / t.columns));
         }
         w.writeEndElement();
         for (const auto &row : t.rows) {
@@ -522,16 +517,16 @@ QByteArray DocxDocument::Save() const
                 return a.second.toInt();
         return fallback;
     };
-    const int textWidth = std::max(1440, twips(size, "w", 11906) - twips(margins, "left", 1134)
-                                             - twips(margins, "right", 1134));
+    const int textWidth
+        = std::max(1440, twips(size, "w", 11906) - twips(margins, "left", 1134) - twips(margins, "right", 1134));
 
     QByteArray document;
     QXmlStreamWriter w(&document);
     w.writeStartDocument(QStringLiteral("1.0"), true);
     w.writeStartElement(QStringLiteral("w:document"));
     w.writeNamespace(W, QStringLiteral("w"));
-    w.writeNamespace(QStringLiteral("http://schemas.openxmlformats.org/officeDocument/2006/relationships"),
-                     QStringLiteral("r"));
+    w.writeNamespace(
+        QStringLiteral("http://schemas.openxmlformats.org/officeDocument/2006/relationships"), QStringLiteral("r"));
     w.writeStartElement(QStringLiteral("w:body"));
     d->WriteContainer(w, d->body, textWidth);
     w.writeStartElement(QStringLiteral("w:sectPr"));
@@ -585,12 +580,12 @@ QByteArray DocxDocument::Save() const
     }
     types += QStringLiteral("</Types>");
     rels += QStringLiteral("</Relationships>");
-    const QString rootRels = QStringLiteral(
-        "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
-        "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
-        "<Relationship Id=\"rId1\" "
-        "Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/officeDocument\" "
-        "Target=\"word/document.xml\"/></Relationships>");
+    const QString rootRels
+        = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
+                         "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
+                         "<Relationship Id=\"rId1\" "
+                         "Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/officeDocument\" "
+                         "Target=\"word/document.xml\"/></Relationships>");
 
     const QList<QPair<const char *, QByteArray>> parts {
         { "[Content_Types].xml", types.toUtf8() },

@@ -41,7 +41,8 @@ private:
     }
     DocxDocument *mDoc;
     int mTable, mRow, mColumn; // mTable -1: the end of the document
-    QPair<int, int> mInserted { -1, -1 }; // blocks the range spans; none set: all of a cell, the last paragraph of the document
+    QPair<int, int> mInserted { -1,
+        -1 }; // blocks the range spans; none set: all of a cell, the last paragraph of the document
     QPair<int, int> Span(int size) const;
 };
 

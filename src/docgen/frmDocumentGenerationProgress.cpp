@@ -13,7 +13,8 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-namespace {
+namespace
+{
 constexpr int HelpTopic = 59;
 int Twips(int twips)
 {
@@ -60,14 +61,14 @@ int frmDocumentGenerationProgress::GenerateAll(DocGenSource &source, const DocGe
     return Start(source, project, nullptr, mTmrAll);
 }
 
-int frmDocumentGenerationProgress::GenerateModule(DocGenSource &source, const DocGenProject &project,
-                                                  DocGenModule &module)
+int frmDocumentGenerationProgress::GenerateModule(
+    DocGenSource &source, const DocGenProject &project, DocGenModule &module)
 {
     return Start(source, project, &module, mTmrModule);
 }
 
-int frmDocumentGenerationProgress::Start(DocGenSource &source, const DocGenProject &project, DocGenModule *module,
-                                         QTimer *timer)
+int frmDocumentGenerationProgress::Start(
+    DocGenSource &source, const DocGenProject &project, DocGenModule *module, QTimer *timer)
 {
     mDone = false;
     mSteps->clear();

@@ -19,7 +19,8 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
-namespace {
+namespace
+{
 constexpr int HelpTopic = 60;
 const QString InvalidData = QStringLiteral("Invalid Data");
 const QString NoModule = QStringLiteral("-- Select a Module --");
@@ -31,8 +32,8 @@ template <class T> T *Named(T *w, const char *name)
 }
 } // namespace
 
-frmDocumentGenerationStart::frmDocumentGenerationStart(DocGenSource &source, UiServices &ui, HelpIntegration *help,
-                                                       const QString &settingsPath, QWidget *parent)
+frmDocumentGenerationStart::frmDocumentGenerationStart(
+    DocGenSource &source, UiServices &ui, HelpIntegration *help, const QString &settingsPath, QWidget *parent)
     : QDialog(parent)
     , mSource(source)
     , mUi(ui)
@@ -41,8 +42,10 @@ frmDocumentGenerationStart::frmDocumentGenerationStart(DocGenSource &source, UiS
 {
     setObjectName(QStringLiteral("frmDocumentGenerationStart"));
     setWindowTitle(QStringLiteral("Automatic Documentation ..."));
-    mComplete = Named(new QRadioButton(QStringLiteral("Generate complete &SQL object documentation"), this), "optComplete");
-    mModule = Named(new QRadioButton(QStringLiteral("Generate documentation for selected &module:"), this), "optModule");
+    mComplete
+        = Named(new QRadioButton(QStringLiteral("Generate complete &SQL object documentation"), this), "optComplete");
+    mModule
+        = Named(new QRadioButton(QStringLiteral("Generate documentation for selected &module:"), this), "optModule");
     mModules = Named(new QComboBox(this), "cboModules");
     mOpen = Named(new QPushButton(QStringLiteral("&Open Module Manager"), this), "cmdOpen");
     mType = Named(new QComboBox(this), "cboType");
@@ -52,12 +55,17 @@ frmDocumentGenerationStart::frmDocumentGenerationStart(DocGenSource &source, UiS
     mTemplate = Named(new QLineEdit(this), "txtTemplate");
     mTemplateLabel->setBuddy(mTemplate);
     mBrowseTemplate = Named(new QPushButton(QStringLiteral("&..."), this), "cmdBrowseTemplate");
-    mSummary = Named(new QCheckBox(QStringLiteral("&Include object summary before module documenation"), this), "chkObjectSummary");
-    mSummaryPerFile = Named(new QCheckBox(QStringLiteral("In&clude object summary per file"), this), "chkObjectSummaryPerFile");
+    mSummary = Named(
+        new QCheckBox(QStringLiteral("&Include object summary before module documenation"), this), "chkObjectSummary");
+    mSummaryPerFile
+        = Named(new QCheckBox(QStringLiteral("In&clude object summary per file"), this), "chkObjectSummaryPerFile");
     mOwnerNames = Named(new QCheckBox(QStringLiteral("Include object owner &names"), this), "chkOwnerNames");
-    mOwnerInOwnColumn = Named(new QCheckBox(QStringLiteral("&Display owner name in seperate column"), this), "chkOwnerInOwnColumn");
-    mEncapsulateOwner = Named(new QCheckBox(QStringLiteral("&Encapsulate owner name with \"[ ]\""), this), "chkEncapsulateOwner");
-    mEncapsulateObject = Named(new QCheckBox(QStringLiteral("Enca&psulate object name with \"[ ]\""), this), "chkEncapsulateObject");
+    mOwnerInOwnColumn
+        = Named(new QCheckBox(QStringLiteral("&Display owner name in seperate column"), this), "chkOwnerInOwnColumn");
+    mEncapsulateOwner
+        = Named(new QCheckBox(QStringLiteral("&Encapsulate owner name with \"[ ]\""), this), "chkEncapsulateOwner");
+    mEncapsulateObject
+        = Named(new QCheckBox(QStringLiteral("Enca&psulate object name with \"[ ]\""), this), "chkEncapsulateObject");
     mGenerate = Named(new QPushButton(QStringLiteral("Generate Document"), this), "cmdGenerate");
     mClose = Named(new QPushButton(QStringLiteral("Close"), this), "cmdClose");
     mError = Named(new QFrame(this), "fraError");
@@ -83,7 +91,8 @@ frmDocumentGenerationStart::frmDocumentGenerationStart(DocGenSource &source, UiS
     grid->addWidget(mTemplate, 5, 1);
     grid->addWidget(mBrowseTemplate, 5, 2);
     int row = 6;
-    for (QCheckBox *c : { mSummary, mSummaryPerFile, mOwnerNames, mOwnerInOwnColumn, mEncapsulateOwner, mEncapsulateObject })
+    for (QCheckBox *c :
+        { mSummary, mSummaryPerFile, mOwnerNames, mOwnerInOwnColumn, mEncapsulateOwner, mEncapsulateObject })
         grid->addWidget(c, row++, 0, 1, 3);
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(mError, 1);
@@ -179,8 +188,8 @@ void frmDocumentGenerationStart::Browse()
 {
     const bool word = mTypes[mTypeRow].Key == QLatin1String("WORD");
     const QString answer = mUi.saveFileName(QStringLiteral("Save Document As ..."), mDocumentName->text(),
-                                            word ? QStringLiteral("Microsoft Word Files (*.docx);;All Files (*)")
-                                                 : QStringLiteral("HTML Files (*.htm *.html);;All Files (*)"));
+        word ? QStringLiteral("Microsoft Word Files (*.docx);;All Files (*)")
+             : QStringLiteral("HTML Files (*.htm *.html);;All Files (*)"));
     if (!answer.isEmpty())
         mDocumentName->setText(answer);
 }
@@ -188,7 +197,7 @@ void frmDocumentGenerationStart::Browse()
 void frmDocumentGenerationStart::BrowseTemplate()
 {
     const QString answer = mUi.openFileName(QStringLiteral("Select a Template ..."), mTemplate->text(),
-                                            QStringLiteral("Microsoft Word Template Files (*.dotx *.docx);;All Files (*)"));
+        QStringLiteral("Microsoft Word Template Files (*.dotx *.docx);;All Files (*)"));
     if (!answer.isEmpty())
         mTemplate->setText(answer);
 }
@@ -215,7 +224,7 @@ void frmDocumentGenerationStart::Generate()
         return Warn(QStringLiteral("No File Name has been specified!"), mBrowse);
     if (QFileInfo::exists(fileName)
         && !mUi.askYesNo(QStringLiteral("Overwrite File?"),
-                         QStringLiteral("The specified File Name already exists. Would you like to Overwrite the file?"))) {
+            QStringLiteral("The specified File Name already exists. Would you like to Overwrite the file?"))) {
         mBrowseTemplate->setFocus(); // the template button, as users have always known it
         return;
     }
@@ -229,8 +238,8 @@ void frmDocumentGenerationStart::Generate()
             if (QFileInfo::exists(file->FileName()))
                 continue;
             if (!mUi.askYesNo(QStringLiteral("Continue Anyway?"),
-                              QStringLiteral("WARNING: Some of the files assigned to this module no longer exist! Are "
-                                             "you sure you would like to continue?"))) {
+                    QStringLiteral("WARNING: Some of the files assigned to this module no longer exist! Are "
+                                   "you sure you would like to continue?"))) {
                 mOpen->setFocus();
                 return;
             }
@@ -271,7 +280,7 @@ void frmDocumentGenerationStart::done(int result)
     ControlsToProject();
     if (!mProject.SaveDocumentSettings(mSettingsPath))
         mUi.messageBox(UiServices::Icon::Warning, QStringLiteral("Automatic Documentation"),
-                       QStringLiteral("The settings could not be saved to ") + mSettingsPath);
+            QStringLiteral("The settings could not be saved to ") + mSettingsPath);
     QDialog::done(result);
 }
 

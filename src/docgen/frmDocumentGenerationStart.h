@@ -20,8 +20,8 @@ class UiServices;
 class frmDocumentGenerationStart : public QDialog
 {
 public:
-    frmDocumentGenerationStart(DocGenSource &source, UiServices &ui, HelpIntegration *help,
-                               const QString &settingsPath, QWidget *parent = nullptr);
+    frmDocumentGenerationStart(DocGenSource &source, UiServices &ui, HelpIntegration *help, const QString &settingsPath,
+        QWidget *parent = nullptr);
 
     DocGenProject &Project() { return mProject; }
 
@@ -30,8 +30,7 @@ protected:
     void done(int result) override;
 
 private:
-    struct OutputType
-    {
+    struct OutputType {
         QString Key, Label, FileName;
     };
     void FillModules(const QString &select);

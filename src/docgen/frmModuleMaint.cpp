@@ -20,7 +20,8 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-namespace {
+namespace
+{
 constexpr int HelpTopic = 61;
 const QString InvalidData = QStringLiteral("Invalid Data");
 
@@ -122,8 +123,8 @@ bool frmModuleMaint::NewModule(DocGenProject &project, UiServices &ui, HelpInteg
     return dlg.Open(-1);
 }
 
-bool frmModuleMaint::EditModule(DocGenProject &project, int position, UiServices &ui, HelpIntegration *help,
-                                QWidget *parent)
+bool frmModuleMaint::EditModule(
+    DocGenProject &project, int position, UiServices &ui, HelpIntegration *help, QWidget *parent)
 {
     frmModuleMaint dlg(project, ui, help, parent);
     return dlg.Open(position);
@@ -173,8 +174,8 @@ void frmModuleMaint::Save()
         return Warn(QStringLiteral("At least one File must be specified!"), mAdd);
     if (RefreshFileList()
         && !mUi.askYesNo(QStringLiteral("Save Anyway?"),
-                         QStringLiteral("Some of the files listed do not exist! Would you like to save the modules "
-                                        "details anyway?"))) {
+            QStringLiteral("Some of the files listed do not exist! Would you like to save the modules "
+                           "details anyway?"))) {
         WaitCursor wait(mUi);
         mFiles->clearSelection();
         for (int i = 0; i < mFiles->topLevelItemCount(); ++i) {
@@ -202,7 +203,8 @@ void frmModuleMaint::Save()
 
 void frmModuleMaint::AddFiles()
 {
-    const QStringList answer = mUi.openFileNames(QStringLiteral("Add files ..."), mStartName, QStringLiteral("All Files (*)"));
+    const QStringList answer
+        = mUi.openFileNames(QStringLiteral("Add files ..."), mStartName, QStringLiteral("All Files (*)"));
     if (answer.isEmpty())
         return;
     QString folder;
@@ -240,9 +242,9 @@ void frmModuleMaint::BrowsePath()
     QString start = mPath->text();
     if (!start.endsWith(QDir::separator()))
         start += QDir::separator();
-    const QString answer = mUi.saveFileName(QStringLiteral("Select the Primary module path (the filename will be ignored)"),
-                                            start + QStringLiteral("file name will be ignored"),
-                                            QStringLiteral("file name will be ignored (*)"));
+    const QString answer
+        = mUi.saveFileName(QStringLiteral("Select the Primary module path (the filename will be ignored)"),
+            start + QStringLiteral("file name will be ignored"), QStringLiteral("file name will be ignored (*)"));
     if (answer.isEmpty())
         return;
     mPath->setText(answer.left(answer.lastIndexOf(QDir::separator())));
@@ -268,7 +270,7 @@ bool frmModuleMaint::MayClose()
     if (!(mDirty && mCancelled))
         return true;
     return mUi.askYesNo(QStringLiteral("Discard Changes?"),
-                        QStringLiteral("Changes have been made! Would you like to discard these changes?"));
+        QStringLiteral("Changes have been made! Would you like to discard these changes?"));
 }
 
 void frmModuleMaint::reject()

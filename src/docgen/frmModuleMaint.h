@@ -21,8 +21,8 @@ public:
 
     // True when the user saved.
     static bool NewModule(DocGenProject &project, UiServices &ui, HelpIntegration *help, QWidget *parent = nullptr);
-    static bool EditModule(DocGenProject &project, int position, UiServices &ui, HelpIntegration *help,
-                           QWidget *parent = nullptr);
+    static bool EditModule(
+        DocGenProject &project, int position, UiServices &ui, HelpIntegration *help, QWidget *parent = nullptr);
 
     // Opens modally for a new module (position -1) or the one at the 1-based position.
     bool Open(int position);

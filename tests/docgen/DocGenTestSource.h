@@ -10,8 +10,8 @@ class TestObject : public DocGenObject
 {
 public:
     TestObject(const QString &name, const QString &owner, const QString &description = {},
-               const QString &display = QStringLiteral("Stored Procedure"),
-               const QString &middle = QStringLiteral("Parameters"))
+        const QString &display = QStringLiteral("Stored Procedure"),
+        const QString &middle = QStringLiteral("Parameters"))
         : mName(name)
         , mOwner(owner)
         , mDescription(description)
@@ -46,8 +46,7 @@ private:
 class TestSource : public DocGenSource
 {
 public:
-    struct TypeData
-    {
+    struct TypeData {
         Type type;
         DocGenCollection collection;
     };
@@ -60,13 +59,13 @@ public:
             { { "USERDEFINEDFUNCTIONS", "User Defined Functions" }, { "User Defined Functions", {} } },
             { { "VIEWS", "Views" }, { "Views", {} } }, { { "TRIGGERS", "Triggers" }, { "Triggers", {} } } };
     }
-    std::shared_ptr<TestObject> Add(int type, const QString &name, const QString &owner = QStringLiteral("dbo"),
-                                    const QString &description = {})
+    std::shared_ptr<TestObject> Add(
+        int type, const QString &name, const QString &owner = QStringLiteral("dbo"), const QString &description = {})
     {
         static const char *const display[] = { "Stored Procedure", "User Defined Function", "View", "Trigger" };
         static const char *const middle[] = { "Parameters", "Parameters", "Fields", "Type" };
-        auto o = std::make_shared<TestObject>(name, owner, description, QLatin1String(display[type]),
-                                              QLatin1String(middle[type]));
+        auto o = std::make_shared<TestObject>(
+            name, owner, description, QLatin1String(display[type]), QLatin1String(middle[type]));
         Data[type].collection.Objects.append(o);
         return o;
     }

@@ -4,9 +4,9 @@
 #include "DocGenRun.h"
 #include "KORVODatabase.h"
 #include "KORVOObjectFactory.h"
-#include "ScriptedUi.h"
 #include "KORVOSQL.h"
 #include "KORVOVSS.h"
+#include "ScriptedUi.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -14,7 +14,8 @@
 
 #include <cstdio>
 
-namespace {
+namespace
+{
 class PrintedSteps : public DocGenSteps
 {
 public:
@@ -69,8 +70,7 @@ int main(int argc, char **argv)
     for (const QString &name : std::as_const(names))
         module->Files().Add(name);
 
-    const struct
-    {
+    const struct {
         const char *type, *file;
         bool module;
     } runs[] = { { "HTML", "demo_all_objects.html", false }, { "HTML", "demo_module.html", true },

@@ -81,13 +81,27 @@ private Q_SLOTS:
         QTest::addColumn<QString>("setup");
         QTest::addColumn<QString>("box");
         QTest::addColumn<QString>("focus");
-        QTest::newRow("no module") << "nomodule" << "No Module has been selected!" << "cboModules";
-        QTest::newRow("no file name") << "noname" << "No File Name has been specified!" << "cmdBrowse";
-        QTest::newRow("file exists, No") << "exists" << "The specified File Name already exists. Would you like to Overwrite the file?" << "cmdBrowseTemplate";
-        QTest::newRow("template missing") << "template" << "The Word Template file specified does not exist!" << "cmdBrowseTemplate";
+        QTest::newRow("no module") << "nomodule"
+                                   << "No Module has been selected!"
+                                   << "cboModules";
+        QTest::newRow("no file name") << "noname"
+                                      << "No File Name has been specified!"
+                                      << "cmdBrowse";
+        QTest::newRow("file exists, No")
+            << "exists"
+            << "The specified File Name already exists. Would you like to Overwrite the file?"
+            << "cmdBrowseTemplate";
+        QTest::newRow("template missing") << "template"
+                                          << "The Word Template file specified does not exist!"
+                                          << "cmdBrowseTemplate";
         // The template's controls are disabled for HTML, and keep no focus.
-        QTest::newRow("template missing, HTML") << "templatehtml" << "The Word Template file specified does not exist!" << "-";
-        QTest::newRow("module file missing, No") << "missing" << "WARNING: Some of the files assigned to this module no longer exist! Are you sure you would like to continue?" << "cmdOpen";
+        QTest::newRow("template missing, HTML") << "templatehtml"
+                                                << "The Word Template file specified does not exist!"
+                                                << "-";
+        QTest::newRow("module file missing, No") << "missing"
+                                                 << "WARNING: Some of the files assigned to this module no longer "
+                                                    "exist! Are you sure you would like to continue?"
+                                                 << "cmdOpen";
     }
     void generateChecks()
     {
@@ -146,11 +160,24 @@ private Q_SLOTS:
         QTest::addColumn<bool>("withFile");
         QTest::addColumn<QString>("box");
         QTest::addColumn<QString>("focus");
-        QTest::newRow("no name") << " " << "" << false << "Module Name is missing!" << "txtName";
-        QTest::newRow("no path") << "m" << "" << false << "Primary module path is missing!" << "cmdBrowse";
-        QTest::newRow("path missing") << "m" << "/nonexistent/x" << false << "The specified Primary module path does not exist!" << "cmdBrowse";
-        QTest::newRow("no files") << "m" << "." << false << "At least one File must be specified!" << "cmdAdd";
-        QTest::newRow("missing file, No") << "m" << "." << true << "Some of the files listed do not exist! Would you like to save the modules details anyway?" << "cmdRemove";
+        QTest::newRow("no name") << " "
+                                 << "" << false << "Module Name is missing!"
+                                 << "txtName";
+        QTest::newRow("no path") << "m"
+                                 << "" << false << "Primary module path is missing!"
+                                 << "cmdBrowse";
+        QTest::newRow("path missing") << "m"
+                                      << "/nonexistent/x" << false
+                                      << "The specified Primary module path does not exist!"
+                                      << "cmdBrowse";
+        QTest::newRow("no files") << "m"
+                                  << "." << false << "At least one File must be specified!"
+                                  << "cmdAdd";
+        QTest::newRow("missing file, No")
+            << "m"
+            << "." << true
+            << "Some of the files listed do not exist! Would you like to save the modules details anyway?"
+            << "cmdRemove";
     }
     void moduleSaveChecks()
     {

@@ -61,7 +61,8 @@ class TestDocGenHtml : public QObject
         const QStringList want = QString::fromUtf8(f.readAll()).split(QStringLiteral("\r\n"));
         const QStringList got = actual.split(QStringLiteral("\r\n"));
         for (int i = 0; i < std::min(want.size(), got.size()); ++i)
-            QVERIFY2(want[i] == got[i], qPrintable(QStringLiteral("line %1:\n got  %2\n want %3").arg(i + 1).arg(got[i], want[i])));
+            QVERIFY2(want[i] == got[i],
+                qPrintable(QStringLiteral("line %1:\n got  %2\n want %3").arg(i + 1).arg(got[i], want[i])));
         QCOMPARE(got.size(), want.size());
     }
 
@@ -111,8 +112,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("firstLine");
         QTest::addColumn<QString>("error");
         QTest::newRow("name at the first character")
-            << "usp_GetOrders();" << "Invalid procedure call or argument: \"usp_GetOrders\" stands at the first character";
-        QTest::newRow("unreadable file") << "" << "could not be read: it is a folder";
+            << "usp_GetOrders();"
+            << "Invalid procedure call or argument: \"usp_GetOrders\" stands at the first character";
+        QTest::newRow("unreadable file") << ""
+                                         << "could not be read: it is a folder";
     }
     void failureKeepsTheOldDocument()
     {

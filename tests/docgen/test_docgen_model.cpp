@@ -77,14 +77,19 @@ private Q_SLOTS:
         QTest::addColumn<int>("files");
         QTest::addColumn<QString>("description");
         QTest::newRow("option 3 taken, YES in capitals")
-            << QByteArray("<ModuleManager><Settings OPTION=\"3\" showsummary=\"YES\"/><Modules/></ModuleManager>") << 3 << true << 0 << 0 << "";
+            << QByteArray("<ModuleManager><Settings OPTION=\"3\" showsummary=\"YES\"/><Modules/></ModuleManager>") << 3
+            << true << 0 << 0 << "";
         QTest::newRow("option out of range")
-            << QByteArray("<ModuleManager><Settings option=\"4\" showsummary=\"y\"/></ModuleManager>") << 2 << false << 0 << 0 << "";
+            << QByteArray("<ModuleManager><Settings option=\"4\" showsummary=\"y\"/></ModuleManager>") << 2 << false
+            << 0 << 0 << "";
         QTest::newRow("file repeated in other case, no description")
-            << QByteArray("<ModuleManager><Modules><Module name=\"m\"><File>/a/X.cs</File><File>/a/x.CS</File></Module></Modules></ModuleManager>")
+            << QByteArray("<ModuleManager><Modules><Module "
+                          "name=\"m\"><File>/a/X.cs</File><File>/a/x.CS</File></Module></Modules></ModuleManager>")
             << 2 << false << 1 << 1 << "";
-        QTest::newRow("other root") << QByteArray("<Other><Settings option=\"1\"/></Other>") << 2 << false << 1 << 0 << "keep";
-        QTest::newRow("invalid xml") << QByteArray("<ModuleManager><Settings option=\"1\"") << 2 << false << 1 << 0 << "keep";
+        QTest::newRow("other root") << QByteArray("<Other><Settings option=\"1\"/></Other>") << 2 << false << 1 << 0
+                                    << "keep";
+        QTest::newRow("invalid xml") << QByteArray("<ModuleManager><Settings option=\"1\"") << 2 << false << 1 << 0
+                                     << "keep";
         QTest::newRow("no modules element clears")
             << QByteArray("<ModuleManager><Settings option=\"1\"/></ModuleManager>") << 1 << false << 0 << 0 << "";
     }
@@ -109,8 +114,14 @@ private Q_SLOTS:
         QTest::addColumn<QString>("path");
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("extension");
-        QTest::newRow("full") << "/src/a.b/c.cs" << "/src/a.b/" << "c.cs" << "cs";
-        QTest::newRow("no separator") << "Makefile" << "" << "Makefile" << "Makefile";
+        QTest::newRow("full") << "/src/a.b/c.cs"
+                              << "/src/a.b/"
+                              << "c.cs"
+                              << "cs";
+        QTest::newRow("no separator") << "Makefile"
+                                      << ""
+                                      << "Makefile"
+                                      << "Makefile";
     }
     void fileNames()
     {

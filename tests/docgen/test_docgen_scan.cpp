@@ -7,10 +7,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-namespace {
-
-struct Ref
+namespace
 {
+
+struct Ref {
     int object, at, position, start, end;
     QString context;
     bool operator==(const Ref &) const = default;
@@ -25,8 +25,8 @@ QList<Ref> Naive(const QString &text, const QList<DocGenObjectPtr> &objects, boo
     const QString delimiters = QStringLiteral("\t\n\r \"',;{}");
     for (int i = 0; i < objects.size(); ++i) {
         const QString n = objects[i]->Name(), o = objects[i]->Owner();
-        for (const QString &f : { n, "[" + n + "]", o + "." + n, o + ".[" + n + "]", "[" + o + "]." + n,
-                 "[" + o + "].[" + n + "]" }) {
+        for (const QString &f :
+            { n, "[" + n + "]", o + "." + n, o + ".[" + n + "]", "[" + o + "]." + n, "[" + o + "].[" + n + "]" }) {
             for (qsizetype at = text.indexOf(f, 0, Qt::CaseInsensitive); at >= 0;
                  at = text.indexOf(f, at + 1, Qt::CaseInsensitive)) {
                 if (at == 0) {
@@ -98,12 +98,13 @@ private Q_SLOTS:
             const QStringList names { "a", "ab", "AB", "b.a", "a$", "(a)", "ä", "a*b+", "[a]" };
             const QStringList owners { "b", "ab", "", "a.b" };
             for (int i = 0; i < 6; ++i)
-                objects.append(std::make_shared<TestObject>(names[random.bounded(int(names.size()))],
-                                                            owners[random.bounded(int(owners.size()))]));
+                objects.append(std::make_shared<TestObject>(
+                    names[random.bounded(int(names.size()))], owners[random.bounded(int(owners.size()))]));
             QString text = QStringLiteral(" ");
             const int length = random.bounded(1, 120);
             for (int i = 0; i < length; ++i)
-                text += random.bounded(10) == 0 ? QStringLiteral("Ä") : QString(alphabet[random.bounded(int(alphabet.size()))]);
+                text += random.bounded(10) == 0 ? QStringLiteral("Ä")
+                                                : QString(alphabet[random.bounded(int(alphabet.size()))]);
             if (random.bounded(8) == 0)
                 text.remove(0, 1); // sometimes a name may stand at the very start
             bool naiveFailed, fastFailed, sameOrder = true;
@@ -112,7 +113,8 @@ private Q_SLOTS:
             QVERIFY(sameOrder);
             QCOMPARE(got.size(), want.size());
             for (int i = 0; i < want.size(); ++i)
-                QVERIFY2(got[i] == want[i], qPrintable(QStringLiteral("round %1, reference %2 in %3").arg(round).arg(i).arg(text)));
+                QVERIFY2(got[i] == want[i],
+                    qPrintable(QStringLiteral("round %1, reference %2 in %3").arg(round).arg(i).arg(text)));
             references += int(want.size());
         }
         QVERIFY(references > 300);
@@ -157,10 +159,11 @@ private Q_SLOTS:
         QTest::addColumn<int>("start");
         QTest::addColumn<int>("end");
         QTest::newRow("near the start") << " EXEC usp_a 1" << 1 << " EXEC usp_a 1" << 6 << 12;
-        QTest::newRow("cut on both sides") << QString(30, 'x') + "\r\n usp_a " + QString(30, 'y') << 2
-                                          << "..." + QString(17, 'x') + "\r\n usp_a " + QString(19, 'y') + "..." << 23 << 29;
-        QTest::newRow("earlier occurrence in context") << QString(25, 'z') + " usp_a2 usp_a " << 1
-                                                       << "..." + QString(12, 'z') + " usp_a2 usp_a " << 16 << 22;
+        QTest::newRow("cut on both sides")
+            << QString(30, 'x') + "\r\n usp_a " + QString(30, 'y') << 2
+            << "..." + QString(17, 'x') + "\r\n usp_a " + QString(19, 'y') + "..." << 23 << 29;
+        QTest::newRow("earlier occurrence in context")
+            << QString(25, 'z') + " usp_a2 usp_a " << 1 << "..." + QString(12, 'z') + " usp_a2 usp_a " << 16 << 22;
         QTest::newRow("carriage returns alone do not count") << "\r\r\n\r usp_a" << 2 << "\r\r\n\r usp_a" << 5 << 11;
     }
     void contextAndPositions()

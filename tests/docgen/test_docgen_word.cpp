@@ -24,7 +24,7 @@ class TestDocGenWord : public QObject
     {
         // The system's interpreter holds the Debian package python3-docx.
         return QFile::exists(QStringLiteral("/usr/bin/python3")) ? QStringLiteral("/usr/bin/python3")
-                                                                  : QStringLiteral("python3");
+                                                                 : QStringLiteral("python3");
     }
 
     static QByteArray Tool(const QStringList &arguments)
@@ -40,7 +40,8 @@ class TestDocGenWord : public QObject
     static TestSource Objects()
     {
         TestSource s;
-        s.Add(0, "usp_GetOrders", "dbo", "Reads orders\r\nof a customer")->Items = QStringList { "@id=int", "@flag=bit" };
+        s.Add(0, "usp_GetOrders", "dbo", "Reads orders\r\nof a customer")->Items
+            = QStringList { "@id=int", "@flag=bit" };
         s.Add(1, "fn_Total", "sales", "Sum");
         s.Add(2, "vw_Orders");
         return s;
@@ -93,21 +94,25 @@ private Q_SLOTS:
         project.GenerateName = mOut.filePath(QStringLiteral("module.docx"));
         project.IncludeModuleSummay = project.IncludeModuleSummayPerFile = true;
         project.IncludeOwnerNames = project.OwnerInOwnCol = true;
-        QCOMPARE(Generate(project, true), QStringLiteral("Document Generated|Document has been successfully generated!"));
+        QCOMPARE(
+            Generate(project, true), QStringLiteral("Document Generated|Document has been successfully generated!"));
         const QJsonObject doc = Read(project.GenerateName);
         QCOMPARE(doc.value("main").toString(), QStringLiteral("document.main+xml"));
         const QStringList paragraphs = Strings(doc.value("paragraphs"));
         for (const char *p : { "Heading 1|Module \"Orders\"", "Heading 2|Summary of Objects used",
-                 "Heading 3|Stored Procedures:", "Heading 2|Files used by Module", "Heading 3|Orders.cs:",
-                 "Heading 3|@outside.py:", "Heading 4|Object Summary:", "Heading 4|Object References:",
-                 "Normal|Note: this object resides outside the module path!" })
+                 "Heading 3|Stored Procedures:", "Heading 2|Files used by Module",
+                 "Heading 3|Orders.cs:", "Heading 3|@outside.py:", "Heading 4|Object Summary:",
+                 "Heading 4|Object References:", "Normal|Note: this object resides outside the module path!" })
             QVERIFY2(paragraphs.contains(QLatin1String(p)), p);
         const QStringList tables = Strings(doc.value("tables"));
         QVERIFY(tables.first().startsWith(QStringLiteral("Name:|Orders|Primray Path:|")));
-        QVERIFY(tables.contains(QStringLiteral("Stored Procedure Name|Owner|Parameters|Description|usp_GetOrders|dbo||Reads orders\nof a customer")));
+        QVERIFY(tables.contains(QStringLiteral(
+            "Stored Procedure Name|Owner|Parameters|Description|usp_GetOrders|dbo||Reads orders\nof a customer")));
         // The references of Orders.cs in reading order, the context with its leading delimiter in bold.
         const QString refs = tables.filter(QStringLiteral("Line|Object|Owner|Context")).first();
-        QVERIFY2(refs.startsWith(QStringLiteral("Line|Object|Owner|Context|2|usp_GetOrders|dbo|...eads orders through  usp_GetOrders\nclass Orders {\n  ...|4|")), qPrintable(refs));
+        QVERIFY2(refs.startsWith(QStringLiteral("Line|Object|Owner|Context|2|usp_GetOrders|dbo|...eads orders through  "
+                                                "usp_GetOrders\nclass Orders {\n  ...|4|")),
+            qPrintable(refs));
         QCOMPARE(Strings(doc.value("nested")), QStringList { "@id|int|@flag|bit" });
         QVERIFY(Strings(doc.value("boldInCode")).contains(QStringLiteral(" usp_GetOrders")));
         QVERIFY(Strings(doc.value("styles")).contains(QStringLiteral("Code")));
@@ -123,8 +128,8 @@ private Q_SLOTS:
         const QStringList paragraphs = Strings(doc.value("paragraphs"));
         // The last, empty paragraph keeps the style of the block before it.
         QCOMPARE(paragraphs.filter(QRegularExpression(QStringLiteral("^Heading.*[^|]$"))),
-                 (QStringList { "Heading 1|Database Object Documentation", "Heading 2|Stored Procedures",
-                     "Heading 2|User Defined Functions", "Heading 2|Views" }));
+            (QStringList { "Heading 1|Database Object Documentation", "Heading 2|Stored Procedures",
+                "Heading 2|User Defined Functions", "Heading 2|Views" }));
         QCOMPARE(Strings(doc.value("tables")).at(2), QStringLiteral("View Name|Fields|Description|vw_Orders||"));
     }
 
@@ -133,9 +138,13 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QString>("outcome");
-        QTest::newRow("template") << "good" << "Document Generated";
-        QTest::newRow("template with a Code style") << "code" << "An error occured: The template already has a style named \"Code\".";
-        QTest::newRow("not a document") << "bad" << "An error occured: Could not open a new documentusing template '%1'.";
+        QTest::newRow("template") << "good"
+                                  << "Document Generated";
+        QTest::newRow("template with a Code style")
+            << "code"
+            << "An error occured: The template already has a style named \"Code\".";
+        QTest::newRow("not a document") << "bad"
+                                        << "An error occured: Could not open a new documentusing template '%1'.";
     }
     void templates()
     {
@@ -182,8 +191,9 @@ private Q_SLOTS:
         project.IncludeModuleSummay = true;
         QCOMPARE(Generate(project, true).section('|', 0, 0), QStringLiteral("Document Generated"));
         QProcess p;
-        p.start(soffice, { "--headless", "-env:UserInstallation=file://" + mOut.filePath("lo"), "--convert-to", "pdf",
-                              "--outdir", mOut.path(), project.GenerateName });
+        p.start(soffice,
+            { "--headless", "-env:UserInstallation=file://" + mOut.filePath("lo"), "--convert-to", "pdf", "--outdir",
+                mOut.path(), project.GenerateName });
         QVERIFY(p.waitForFinished(180000));
         const QString pdf = mOut.filePath(QStringLiteral("office.pdf"));
         QVERIFY2(QFile::exists(pdf), p.readAllStandardError().constData());
