@@ -1,7 +1,9 @@
 #include "KORVOAllWindows.h"
 
+#include "DocGenProject.h"
 #include "KORVODatabase.h"
 #include "frmCompareText.h"
+#include "frmDocumentGenerationStart.h"
 #include "frmEditObjectText.h"
 #include "sql/KORVOSQL.h"
 
@@ -43,4 +45,14 @@ void KORVOAllWindows::Compare(QWidget *parent, KORVODatabase &session, const QSt
     // Owned by the top window, so that it outlives the text window it was opened from.
     frmCompareText::Show(session, session.Ui(), parent ? parent->window() : nullptr, leftText, rightText, leftCaption,
         rightCaption, postgreSQL);
+}
+
+void KORVOAllWindows::DocumentGenerator(QWidget *parent, KORVODatabase &session)
+{
+    if (!session.Project())
+        return;
+    const auto source = MakeSessionSource(session);
+    frmDocumentGenerationStart start(
+        *source, session.Ui(), mHelp, DocGenProject::SettingsPath(session.Project()->Name), parent);
+    start.exec();
 }

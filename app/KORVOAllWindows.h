@@ -2,11 +2,19 @@
 
 #include "KORVOWindows.h"
 
+class HelpIntegration;
+
 // The real windows behind the shell's window-opener interface. Each window
 // library adds its opener here.
 class KORVOAllWindows : public KORVOWindows
 {
 public:
+    // The program's one help object, for F1 in the windows; may be null.
+    explicit KORVOAllWindows(HelpIntegration *help = nullptr)
+        : mHelp(help)
+    {
+    }
+
     // Text window and comparison window (korvo_editor).
     KORVOChildWindow *NewObjectText(KORVOMainWindowServices &main, KORVODatabase &session,
         const KORVODBObjectPtr &object, const QString &text) override;
@@ -14,4 +22,9 @@ public:
         KORVOMainWindowServices &main, KORVODatabase &session, const KORVODBObjectPtr &object) override;
     void Compare(QWidget *parent, KORVODatabase &session, const QString &leftText, const QString &rightText,
         const QString &leftCaption, const QString &rightCaption) override;
+    // Documentation generator (korvo_docgen).
+    void DocumentGenerator(QWidget *parent, KORVODatabase &session) override;
+
+private:
+    HelpIntegration *mHelp;
 };

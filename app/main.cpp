@@ -17,7 +17,7 @@ int main(int argc, char *argv[])
     QtUiServices ui;
     app.SetUi(&ui);
     HelpIntegration help(ui);
-    KORVOAllWindows windows;
+    KORVOAllWindows windows(&help);
     frmInitialize splash(ui, help, [&ui, &help, &windows] {
         return std::make_shared<KORVODatabase>(ui, std::make_shared<KORVOObjectFactory>(),
             [&help, &windows] { return std::make_unique<mdiMain>(windows, &help); });

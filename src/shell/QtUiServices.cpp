@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 
 namespace {
@@ -83,6 +84,19 @@ QString QtUiServices::openFileName(const QString &title, const QString &folder, 
 {
     NormalCursorWhileAsking normal;
     return QFileDialog::getOpenFileName(Owner(), title, folder, filter);
+}
+
+QStringList QtUiServices::openFileNames(const QString &title, const QString &folder, const QString &filter)
+{
+    NormalCursorWhileAsking normal;
+    const QStringList paths = QFileDialog::getOpenFileNames(Owner(), title, folder, filter);
+    if (paths.size() < 2)
+        return paths;
+    // The folder first, then the names, as the picker of old answered.
+    QStringList answer { QFileInfo(paths.first()).absolutePath() };
+    for (const QString &path : paths)
+        answer << QFileInfo(path).fileName();
+    return answer;
 }
 
 QString QtUiServices::saveFileName(const QString &title, const QString &folder, const QString &filter)

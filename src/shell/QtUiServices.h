@@ -15,6 +15,7 @@ public:
     QString openFileName(const QString &title, const QString &folder, const QString &filter) override;
     QString saveFileName(const QString &title, const QString &folder, const QString &filter) override;
     QString folderName(const QString &title, const QString &folder) override;
+    QStringList openFileNames(const QString &title, const QString &folder, const QString &filter) override;
     bool sqlPassword(const QString &server, const QString &database, QString &userName,
                      QString &password) override;
     bool vssPassword(const QString &iniFile, QString &userName, QString &password) override;

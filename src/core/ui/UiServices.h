@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 // The only road from the model to the user. Model and connector classes show
 // boxes, pickers and prompts through this interface, never through widgets, so
@@ -23,6 +24,15 @@ public:
     virtual QString openFileName(const QString &title, const QString &folder, const QString &filter) = 0;
     virtual QString saveFileName(const QString &title, const QString &folder, const QString &filter) = 0;
     virtual QString folderName(const QString &title, const QString &folder) = 0;
+    // A multi-select open picker. One element is a single full path; with more,
+    // the first is the folder and the rest are names in it. Empty: cancelled.
+    // Without an override the single picker answers, its text split at NUL
+    // characters (so a scripted answer can hold several names).
+    virtual QStringList openFileNames(const QString &title, const QString &folder, const QString &filter)
+    {
+        const QString answer = openFileName(title, folder, filter);
+        return answer.isEmpty() ? QStringList() : answer.split(QChar(0));
+    }
 
     // The SQL password prompt: server and database shown read only; the user name
     // may change. True when confirmed; on false both arguments stay as they were.

@@ -1,0 +1,3 @@
+def run(db):
+    db.execute("trg_Audit")
+    return db.call('vw_Orders')
