@@ -2,7 +2,10 @@
 
 #include "KORVODatabase.h"
 #include "frmCompareText.h"
+#include "frmEditObjectPermissions.h"
 #include "frmEditObjectText.h"
+#include "frmItemHistory.h"
+#include "frmRecompile.h"
 #include "sql/KORVOSQL.h"
 
 #include <QWidget>
@@ -43,4 +46,31 @@ void KORVOAllWindows::Compare(QWidget *parent, KORVODatabase &session, const QSt
     // Owned by the top window, so that it outlives the text window it was opened from.
     frmCompareText::Show(session, session.Ui(), parent ? parent->window() : nullptr, leftText, rightText, leftCaption,
         rightCaption, postgreSQL);
+}
+
+KORVOChildWindow *KORVOAllWindows::OpenPermissions(KORVOMainWindowServices &main, KORVODatabase &session,
+    const QString &tag, const QString &key, const KORVODBObjectPtr &object)
+{
+    (void)tag, (void)key;
+    auto typed = std::dynamic_pointer_cast<KORVOTypedObject>(object);
+    if (!typed)
+        return nullptr;
+    auto *w = new frmEditObjectPermissions(main, session);
+    w->EditObjectPermissions(typed);
+    return w;
+}
+
+bool KORVOAllWindows::ShowHistory(QWidget *parent, KORVODatabase &session, const KORVODBObjectPtr &object)
+{
+    auto typed = std::dynamic_pointer_cast<KORVOTypedObject>(object);
+    if (!typed)
+        return false;
+    frmItemHistory w(session, *this, parent ? parent->window() : nullptr);
+    return w.ShowHistory(typed);
+}
+
+bool KORVOAllWindows::Recompile(QWidget *parent, KORVODatabase &session)
+{
+    frmRecompile w(session, parent ? parent->window() : nullptr);
+    return w.StartRecompile();
 }

@@ -14,4 +14,12 @@ public:
         KORVOMainWindowServices &main, KORVODatabase &session, const KORVODBObjectPtr &object) override;
     void Compare(QWidget *parent, KORVODatabase &session, const QString &leftText, const QString &rightText,
         const QString &leftCaption, const QString &rightCaption) override;
+
+    // Permission editor (korvo_permissions_window).
+    KORVOChildWindow *OpenPermissions(KORVOMainWindowServices &main, KORVODatabase &session, const QString &tag,
+        const QString &key, const KORVODBObjectPtr &object) override;
+
+    // History and recompile windows (korvo_history).
+    bool ShowHistory(QWidget *parent, KORVODatabase &session, const KORVODBObjectPtr &object) override;
+    bool Recompile(QWidget *parent, KORVODatabase &session) override;
 };
