@@ -40,7 +40,8 @@ frmItemHistory::frmItemHistory(KORVODatabase &database, KORVOWindows &windows, Q
         return a;
     };
     mLabel = tool(QStringLiteral("LABEL"), QString(), QString());
-    mRollback = tool(QStringLiteral("ROLLBACK"), QStringLiteral("Rollback"), QStringLiteral("Rollback to selected object"));
+    mRollback
+        = tool(QStringLiteral("ROLLBACK"), QStringLiteral("Rollback"), QStringLiteral("Rollback to selected object"));
     mCompare = ebcHistory->addAction(QStringLiteral("Compare"));
     mCompare->setObjectName(QStringLiteral("COMPARE"));
     mCompare->setToolTip(QStringLiteral("Compare the two selected versions"));
@@ -97,7 +98,8 @@ void frmItemHistory::SetObject(const KORVOTypedObjectPtr &object)
 void frmItemHistory::LoadHistory()
 {
     WaitCursor wait(mDatabase.Ui());
-    mLabel->setText((mShowLabels ? QStringLiteral("Hide") : QStringLiteral("Show")) + QStringLiteral(" labeled versions"));
+    mLabel->setText(
+        (mShowLabels ? QStringLiteral("Hide") : QStringLiteral("Show")) + QStringLiteral(" labeled versions"));
     lvwHistory->clear();
     mHistory = mItem ? mItem->History() : QList<KORVOHistoryData>();
     QList<QTreeWidgetItem *> rows;

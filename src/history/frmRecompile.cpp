@@ -99,7 +99,8 @@ void frmRecompile::Start()
         for (const KORVOObjectCollectionPtr &c : mDatabase.Collections()) {
             if (cboObjects->currentIndex() != 0 && c->ObjectType() != selected)
                 continue;
-            auto objects = std::dynamic_pointer_cast<KORVOVersionedObjects>(mDatabase.GetObjectObjects(c->ObjectType()));
+            auto objects
+                = std::dynamic_pointer_cast<KORVOVersionedObjects>(mDatabase.GetObjectObjects(c->ObjectType()));
             if (!objects)
                 continue;
             chosen.append(objects);

@@ -152,8 +152,9 @@ private Q_SLOTS:
         QFETCH(bool, unreadable);
         auto project = std::make_shared<KORVOProject>(b->ui);
         b->Bind(*project->SQL());
-        QVERIFY(project->VSS()->OpenConnection(
-                    b->repo->Url(), "alice", QString(), Backend::Project, b->repo->Folder("session"), true, true)
+        QVERIFY(project->VSS()
+                    ->OpenConnection(
+                        b->repo->Url(), "alice", QString(), Backend::Project, b->repo->Folder("session"), true, true)
                     .isEmpty());
         session->SetProject(project);
 
@@ -169,7 +170,8 @@ private Q_SLOTS:
         const QString badItem = bad->DBID() + Backend::Ext(brokenClass);
         b->DropTable(Backend::Dbo, QStringLiteral("t_gone"));
         if (unreadable)
-            b->FailStatements(QStringLiteral("sp_helptext\\s+'.*usp_fine.*"), QStringLiteral("Could not read the text"));
+            b->FailStatements(
+                QStringLiteral("sp_helptext\\s+'.*usp_fine.*"), QStringLiteral("Could not read the text"));
 
         frmRecompile w(*session);
         w.Fill();
@@ -195,8 +197,9 @@ private Q_SLOTS:
     {
         auto project = std::make_shared<KORVOProject>(b->ui);
         b->Bind(*project->SQL());
-        QVERIFY(project->VSS()->OpenConnection(
-                    b->repo->Url(), "alice", QString(), Backend::Project, b->repo->Folder("session"), true, true)
+        QVERIFY(project->VSS()
+                    ->OpenConnection(
+                        b->repo->Url(), "alice", QString(), Backend::Project, b->repo->Folder("session"), true, true)
                     .isEmpty());
         session->SetProject(project);
         frmRecompile w(*session);

@@ -124,8 +124,7 @@ private Q_SLOTS:
         QCOMPARE(w->CellValue(owner, 1), 3);
         QVERIFY(!w->IsDirty() && w->UndoCount() == 0 && !w->CanSaveFile());
 
-        const QList<int> expected
-            = b->IsPostgreSQL() ? QList<int> { 1, 0, 1 } : QList<int> { 1, 2, 0 };
+        const QList<int> expected = b->IsPostgreSQL() ? QList<int> { 1, 0, 1 } : QList<int> { 1, 2, 0 };
         for (int n = 0; n < 3; ++n) {
             click(w, rr, 1);
             QCOMPARE(w->CellValue(rr, 1), expected[n]);

@@ -24,8 +24,7 @@ constexpr int kRightWidth = 55;
 
 QString ValueIconName(int value)
 {
-    static const char *const names[] = { "PERMISSION:NONE", "PERMISSION:GRANT", "PERMISSION:DENY",
-        "PERMISSION:OWNER" };
+    static const char *const names[] = { "PERMISSION:NONE", "PERMISSION:GRANT", "PERMISSION:DENY", "PERMISSION:OWNER" };
     return QLatin1String(names[qBound(0, value, 3)]);
 }
 
@@ -263,8 +262,8 @@ bool frmEditObjectPermissions::SaveText(bool showMessage)
         return false;
     }
     if (showMessage) {
-        Ui().messageBox(
-            UiServices::Icon::Information, QStringLiteral("Permissions Saved"), QStringLiteral("Permissions successfully saved!"));
+        Ui().messageBox(UiServices::Icon::Information, QStringLiteral("Permissions Saved"),
+            QStringLiteral("Permissions successfully saved!"));
         LoadPermissions();
     }
     ResetUndo();

@@ -22,8 +22,7 @@ class frmEditObjectPermissions : public QWidget, public KORVOChildWindow
     Q_OBJECT
 public:
     // One change of a cell; icons are the permission values they show.
-    struct UndoRecord
-    {
+    struct UndoRecord {
         int Row = 0;
         int Column = 0;
         int OldIcon = 0;
