@@ -4,7 +4,10 @@
 #include "KORVODatabase.h"
 #include "frmCompareText.h"
 #include "frmDocumentGenerationStart.h"
+#include "frmEditObjectPermissions.h"
 #include "frmEditObjectText.h"
+#include "frmItemHistory.h"
+#include "frmRecompile.h"
 #include "sql/KORVOSQL.h"
 
 #include <QWidget>
@@ -55,4 +58,31 @@ void KORVOAllWindows::DocumentGenerator(QWidget *parent, KORVODatabase &session)
     frmDocumentGenerationStart start(
         *source, session.Ui(), mHelp, DocGenProject::SettingsPath(session.Project()->Name), parent);
     start.exec();
+}
+
+KORVOChildWindow *KORVOAllWindows::OpenPermissions(KORVOMainWindowServices &main, KORVODatabase &session,
+    const QString &tag, const QString &key, const KORVODBObjectPtr &object)
+{
+    (void)tag, (void)key;
+    auto typed = std::dynamic_pointer_cast<KORVOTypedObject>(object);
+    if (!typed)
+        return nullptr;
+    auto *w = new frmEditObjectPermissions(main, session);
+    w->EditObjectPermissions(typed);
+    return w;
+}
+
+bool KORVOAllWindows::ShowHistory(QWidget *parent, KORVODatabase &session, const KORVODBObjectPtr &object)
+{
+    auto typed = std::dynamic_pointer_cast<KORVOTypedObject>(object);
+    if (!typed)
+        return false;
+    frmItemHistory w(session, *this, parent ? parent->window() : nullptr);
+    return w.ShowHistory(typed);
+}
+
+bool KORVOAllWindows::Recompile(QWidget *parent, KORVODatabase &session)
+{
+    frmRecompile w(session, parent ? parent->window() : nullptr);
+    return w.StartRecompile();
 }

@@ -25,6 +25,14 @@ public:
     // Documentation generator (korvo_docgen).
     void DocumentGenerator(QWidget *parent, KORVODatabase &session) override;
 
+    // Permission editor (korvo_permissions_window).
+    KORVOChildWindow *OpenPermissions(KORVOMainWindowServices &main, KORVODatabase &session, const QString &tag,
+        const QString &key, const KORVODBObjectPtr &object) override;
+
+    // History and recompile windows (korvo_history).
+    bool ShowHistory(QWidget *parent, KORVODatabase &session, const KORVODBObjectPtr &object) override;
+    bool Recompile(QWidget *parent, KORVODatabase &session) override;
+
 private:
     HelpIntegration *mHelp;
 };

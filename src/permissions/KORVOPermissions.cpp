@@ -217,8 +217,10 @@ bool KORVOPermissions::Save()
     const ObjectInfo object = FindObject();
     if (!object.Found)
         return false;
-    for (const QString &statement : Statements(object.FullName))
+    for (const QString &statement : Statements(object.FullName)) {
+        LastStatement = statement;
         ActiveDBConnection->ExecuteSQL(statement);
+    }
     return true;
 }
 

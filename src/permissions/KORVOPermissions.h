@@ -41,8 +41,10 @@ public:
     // otherwise an object that is not found gives an empty text.
     QString CreateScript(const QString &objectName = {}, const QString &ownerName = {});
     // Runs the same statements one by one; false when the object is not found.
-    // A failing statement throws, leaving the earlier ones in force.
+    // A failing statement throws, leaving the earlier ones in force;
+    // LastStatement then holds it.
     bool Save();
+    QString LastStatement;
 
     // The actions that apply to the object, in the order they are shown and
     // stated.

@@ -445,6 +445,18 @@ BatchResult ScriptedSqlServer::createOrAlter(Call &call, bool create)
         parent = t->Id;
     }
 
+    if (xtype == QLatin1String("V")) {
+        // A view binds its tables when it is made; procedures resolve theirs late.
+        static const QRegularExpression source(
+            QStringLiteral("\\b(?:FROM|JOIN)\\s+((?:\\[[^\\]]+\\]|\\w+)(?:\\.(?:\\[[^\\]]+\\]|\\w+))?)"),
+            QRegularExpression::CaseInsensitiveOption);
+        for (auto it = source.globalMatch(call.sql); it.hasNext();) {
+            const QString table = it.next().captured(1);
+            if (!resolve(db, table, call.session))
+                throw serverError(208, QStringLiteral("Invalid object name '%1'.").arg(unbracket(table)));
+        }
+    }
+
     Object *existing = resolve(db, written, call.session);
     if (!create) {
         if (!existing || existing->XType != xtype)

@@ -1,0 +1,119 @@
+#pragma once
+
+#include "KORVOChildWindow.h"
+#include "KORVOPermissions.h"
+#include "KORVOTypedObject.h"
+
+#include <QList>
+#include <QWidget>
+
+class KORVODatabase;
+class KORVOMainWindowServices;
+class QTableWidget;
+class UiServices;
+
+// Who may do what with one object, as a grid of icons: a row per role and
+// user, a column per right of the object's type. A click, Enter or blank
+// cycles a cell through none, grant and deny (none and grant where the server
+// has no deny); the owner's cells stay. Saving restates every right of every
+// grantee.
+class frmEditObjectPermissions : public QWidget, public KORVOChildWindow
+{
+    Q_OBJECT
+public:
+    // One change of a cell; icons are the permission values they show.
+    struct UndoRecord {
+        int Row = 0;
+        int Column = 0;
+        int OldIcon = 0;
+        short OldValue = 0;
+        int NewIcon = 0;
+        short NewValue = 0;
+    };
+
+    frmEditObjectPermissions(KORVOMainWindowServices &main, KORVODatabase &database, QWidget *parent = nullptr);
+
+    // Loads the object's rights; the main window shows the child, as it does the
+    // text windows.
+    void EditObjectPermissions(const KORVOTypedObjectPtr &object);
+    void LoadPermissions();
+
+    const KORVOPermissionsPtr &Permissions() const { return mPermissions; }
+    bool IsDirty() const { return mIsDirty; }
+    int UndoCount() const { return int(mUndo.size()); }
+    int UndoPosition() const { return mUndoPosition; }
+    QString PermissionObjectKey() const;
+    // The value a cell holds; grid rows and right columns are counted from 0, the
+    // name column being column 0.
+    int CellValue(int row, int column) const;
+    // The click on a cell.
+    void CycleCell(int row, int column);
+
+    // --- What the main window polls ---
+    QWidget *Widget() override { return this; }
+    long FormType() const override { return 2; }
+    QString ObjectKey() const override;
+    QString ObjectTag() const override;
+    long CurrentIcon() const override { return 0; }
+    KORVODBObjectPtr CurrentObject() const override { return mItem; }
+    bool CanPermissions() const override { return false; }
+    bool CanDescription() const override { return false; }
+    bool CanOpenFile() const override { return false; }
+    QString OpenFileText() const override { return QStringLiteral("Load"); }
+    bool CanSaveFile() const override { return mIsDirty; }
+    QString SaveFileText() const override { return QStringLiteral("Save Permissions"); }
+    bool CanCut() const override { return false; }
+    bool CanCopy() const override;
+    bool CanPaste() const override { return false; }
+    bool CanFind() const override { return false; }
+    bool CanReplace() const override { return false; }
+    bool CanUndo() const override { return mUndoPosition > 0; }
+    bool CanRedo() const override { return mUndoPosition < UndoCount(); }
+    bool CanTestSQL() const override { return false; }
+    bool CanGetLatest() const override { return false; }
+    bool CanCheckIn() const override { return false; }
+    bool CanCheckOut() const override { return false; }
+    bool CanUndoCheckOut() const override { return false; }
+    bool CanShowHistory() const override { return false; }
+
+    void RefreshCaption() override;
+    bool CloseItem(bool force) override;
+    bool QueryClose() override { return ConfirmPermissionsClose(); }
+    bool SaveText(bool showMessage);
+    void SaveText() override { SaveText(true); }
+    void Undo() override;
+    void Redo() override;
+    void CopyText() override;
+    void GetLatestVersion() override { }
+    void SetFocusOfChild() override;
+
+    // Whether the window may close; saves or drops changes as the settings say.
+    bool ConfirmPermissionsClose();
+
+protected:
+    void closeEvent(QCloseEvent *e) override;
+    void resizeEvent(QResizeEvent *e) override;
+    void showEvent(QShowEvent *e) override;
+    bool eventFilter(QObject *watched, QEvent *e) override;
+
+private:
+    void SetCell(int row, int column, int value);
+    void ResetUndo();
+    void StoreChildSize();
+    QWidget *Frame();
+    UiServices &Ui() const;
+
+    KORVOMainWindowServices &mMain;
+    KORVODatabase &mDatabase;
+    KORVOTypedObjectPtr mItem;
+    KORVOPermissionsPtr mPermissions;
+    QList<int> mActions; // the action of each right column, in order
+
+    QTableWidget *grdPermission;
+    QList<UndoRecord> mUndo;
+    int mUndoPosition = 0;
+    bool mIsDirty = false;
+    bool mClosing = false;
+    bool mLoading = true;
+    bool mSizeApplied = false;
+};
