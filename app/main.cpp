@@ -1,4 +1,5 @@
 #include "HelpIntegration.h"
+#include "KORVOAllWindows.h"
 #include "KORVODatabase.h"
 #include "KORVOObjectFactory.h"
 #include "KorvoApplication.h"
@@ -16,9 +17,13 @@ int main(int argc, char *argv[])
     QtUiServices ui;
     app.SetUi(&ui);
     HelpIntegration help(ui);
-    frmInitialize splash(ui, help, [&ui] {
-        return std::make_shared<KORVODatabase>(
-            ui, std::make_shared<KORVOObjectFactory>(), [] { return std::make_unique<mdiMain>(); });
+    KORVOAllWindows windows(&help);
+    frmInitialize splash(ui, help, [&ui, &windows] {
+        return std::make_shared<KORVODatabase>(ui, std::make_shared<KORVOObjectFactory>(), [&windows] {
+            auto main = std::make_unique<mdiMain>();
+            main->SetWindows(&windows);
+            return main;
+        });
     });
     splash.StartKORVO();
     return app.exec();

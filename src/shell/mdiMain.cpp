@@ -1,6 +1,7 @@
 #include "mdiMain.h"
 
 #include "KORVODatabase.h"
+#include "KORVOWindows.h"
 #include "UiServices.h"
 
 #include <QApplication>
@@ -159,7 +160,14 @@ void mdiMain::CheckProjectSyncInfo()
         UiServices::Buttons::YesNo);
     if (answer == UiServices::Answer::Yes) {
         // The synchronisation command records its own run in the history.
+        StartSync();
         return;
     }
     project->ProjectWasSyncronized(QStringLiteral("NoSyncWanted"));
+}
+
+void mdiMain::StartSync()
+{
+    if (mDatabase && mWindows && mWindows->Synchronise(this, *mDatabase))
+        InitDBT(0);
 }

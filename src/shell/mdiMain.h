@@ -6,6 +6,7 @@
 #include <QMainWindow>
 
 class KORVODatabase;
+class KORVOWindows;
 class QMdiArea;
 class QSplitter;
 class QTreeWidget;
@@ -35,6 +36,10 @@ public:
     void CheckProjectSyncInfo() override;
 
     QTreeWidget *Tree() const { return mTree; }
+    // The opener of the other libraries' windows; none opens nothing.
+    void SetWindows(KORVOWindows *windows) { mWindows = windows; }
+    // The synchronisation command: refreshes the tree when anything was changed.
+    void StartSync();
 
 private:
     void AddNodes(const KORVODBTItems &items, QTreeWidgetItem *parent, const QString &expandedKeys, bool nested);
@@ -43,6 +48,7 @@ private:
     int TwipsToPixels(long twips, bool horizontal) const;
 
     KORVODatabase *mDatabase = nullptr;
+    KORVOWindows *mWindows = nullptr;
     QSplitter *mSplitter;
     QTreeWidget *mTree;
     QMdiArea *mMdi;

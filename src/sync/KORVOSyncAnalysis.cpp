@@ -1,0 +1,69 @@
+#include "KORVOSyncAnalysis.h"
+
+#include "KORVODatabase.h"
+#include "KORVOVersionedObjects.h"
+
+QStringList KORVOSyncDifference::Row() const
+{
+    const auto flag = [](bool on) { return on ? QStringLiteral("1") : QStringLiteral("0"); };
+    return { DBID, ObjectType, flag(InSQL), flag(InVSS), flag(Differs), QualifiedName, ObjectDisplayName };
+}
+
+KORVOSyncAnalysis::KORVOSyncAnalysis(KORVODatabase &database)
+    : mDatabase(database)
+{
+}
+
+KORVOSyncAnalysis::~KORVOSyncAnalysis() = default;
+
+const QList<KORVOSyncStep> &KORVOSyncAnalysis::BuildSteps()
+{
+    mDifferences.clear();
+    mSteps.clear();
+    mCurrent.reset();
+    const auto types = mDatabase.GetItemsForSyncronisation();
+    for (const auto &type : *types) {
+        mSteps.append(
+            { QStringLiteral("SQLVSS"), type->Key, QStringLiteral("Find %1 in SQL and VSS").arg(type->Text) });
+        mSteps.append({ QStringLiteral("COMP"), type->Key, QStringLiteral("Compare %1 content").arg(type->Text) });
+    }
+    return mSteps;
+}
+
+void KORVOSyncAnalysis::Run(Observer &observer)
+{
+    for (int step = 0; step < mSteps.size(); ++step)
+        RunStep(step, observer);
+}
+
+void KORVOSyncAnalysis::RunStep(int step, Observer &observer)
+{
+    observer.SetStepStatus(step, QStringLiteral("Processing"), 1);
+    const KORVOSyncStep &s = mSteps.at(step);
+    if (s.StepKind == QLatin1String("SQLVSS"))
+        mCurrent = std::dynamic_pointer_cast<KORVOVersionedObjects>(mDatabase.GetObjectObjects(s.ObjectType));
+    else
+        Compare(step, observer);
+    observer.SetStepStatus(step, QStringLiteral("Completed"), 2);
+}
+
+void KORVOSyncAnalysis::Compare(int step, Observer &observer)
+{
+    if (!mCurrent)
+        return;
+    const long count = mCurrent->Count();
+    observer.CompareStarted(step, count);
+    long done = 0;
+    for (const KORVOTypedObjectPtr &object : *mCurrent) {
+        const bool inSQL = object->InSQL(), inVSS = object->InVSS();
+        // The texts are fetched only for objects on both sides.
+        const bool differs = inSQL && inVSS && object->SQLAndVSSDiffer();
+        if ((inSQL && inVSS && differs) || inSQL != inVSS) {
+            const QString owner = object->Owner();
+            mDifferences.append({ object->DBID(), object->ObjectType(), inSQL, inVSS, differs,
+                owner.isEmpty() ? object->Name() : owner + QLatin1Char('.') + object->Name(),
+                object->ObjectDisplayName() });
+        }
+        observer.ObjectCompared(step, ++done, count);
+    }
+}
