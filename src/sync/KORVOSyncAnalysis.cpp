@@ -1,7 +1,12 @@
 #include "KORVOSyncAnalysis.h"
 
 #include "KORVODatabase.h"
+#include "KORVOVSS.h"
 #include "KORVOVersionedObjects.h"
+#include "SQLParser.h"
+#include "sql/KORVOSQL.h"
+
+#include <algorithm>
 
 QStringList KORVOSyncDifference::Row() const
 {
@@ -53,11 +58,32 @@ void KORVOSyncAnalysis::Compare(int step, Observer &observer)
         return;
     const long count = mCurrent->Count();
     observer.CompareStarted(step, count);
+
+    // Where the server kind can, all the type's texts come in one statement; the
+    // comparison is that of SQLAndVSSDiffer, with the server's text taken from
+    // the batch.
+    QHash<QString, QString> serverTexts;
+    bool batch = false;
+    const std::shared_ptr<KORVOSQL> &sql = mCurrent->ActiveDBConnection();
+    const std::shared_ptr<KORVOVSS> &vss = mCurrent->ActiveVSSConnection();
+    if (sql && vss && std::any_of(mCurrent->begin(), mCurrent->end(), [](const KORVOTypedObjectPtr &o) {
+            return o->InSQL() && o->InVSS();
+        }))
+        batch = sql->GetObjectTexts(mCurrent->Type().Class, serverTexts);
+
     long done = 0;
     for (const KORVOTypedObjectPtr &object : *mCurrent) {
         const bool inSQL = object->InSQL(), inVSS = object->InVSS();
+        bool differs = false;
         // The texts are fetched only for objects on both sides.
-        const bool differs = inSQL && inVSS && object->SQLAndVSSDiffer();
+        if (inSQL && inVSS) {
+            const auto text = serverTexts.constFind(object->DBID());
+            if (batch && text != serverTexts.cend())
+                differs = !TextsEqual(
+                    vss->ItemContent(object->Generic().ItemName(), false, -1, false, false), *text, true, true);
+            else
+                differs = object->SQLAndVSSDiffer();
+        }
         if ((inSQL && inVSS && differs) || inSQL != inVSS) {
             const QString owner = object->Owner();
             mDifferences.append({ object->DBID(), object->ObjectType(), inSQL, inVSS, differs,
