@@ -14,25 +14,20 @@ wc=$(mktemp -d)
 trap 'rm -rf "$wc"' EXIT
 svn checkout --quiet --non-interactive --no-auth-cache --username demo "$url" "$wc/p"
 
-# The texts as KORVO's PostgreSQL kind reads them: everything qualified.
-# Fields are separated by 0x1f, records by 0x1e.
-"$psql" -X -q -v ON_ERROR_STOP=1 -tA -F "$(printf '\037')" -R "$(printf '\036')" -c "SET search_path = pg_catalog;
-  SELECT p.oid, CASE p.prokind WHEN 'p' THEN '.sp' ELSE '.udf' END, pg_get_functiondef(p.oid)
-    FROM pg_proc p WHERE p.pronamespace = 'public'::regnamespace AND p.prokind IN ('f', 'p')
-  UNION ALL SELECT c.oid, '.vw', format('CREATE OR REPLACE VIEW %I.%I AS', n.nspname, c.relname) || E'\n'
-      || pg_get_viewdef(c.oid, true)
-    FROM pg_class c JOIN pg_namespace n ON n.oid = c.relnamespace
-    WHERE n.nspname = 'public' AND c.relkind = 'v' AND c.relname <> 'vw_reorder_list'
-  UNION ALL SELECT t.oid, '.trg', pg_get_triggerdef(t.oid, true) FROM pg_trigger t WHERE NOT t.tgisinternal" |
-  python3 -c '
-import sys
-folder = sys.argv[1]
-for record in sys.stdin.read().split("\x1e"):
-    if record.strip():
-        oid, ext, text = record.split("\x1f", 2)
-        with open(f"{folder}/{oid}{ext}", "w", encoding="utf-8") as f:
-            f.write(text)
-' "$wc/p"
+# The texts as KORVO's PostgreSQL kind reads them: everything qualified. Each
+# line: id, file extension, the text in base64.
+"$psql" -X -q -v ON_ERROR_STOP=1 -tA -F ' ' -c "SET search_path = pg_catalog;
+  SELECT oid, ext, translate(encode(convert_to(text, 'UTF8'), 'base64'), E'\n', '') FROM (
+    SELECT p.oid, CASE p.prokind WHEN 'p' THEN '.sp' ELSE '.udf' END AS ext, pg_get_functiondef(p.oid) AS text
+      FROM pg_proc p WHERE p.pronamespace = 'public'::regnamespace AND p.prokind IN ('f', 'p')
+    UNION ALL SELECT c.oid, '.vw', format('CREATE OR REPLACE VIEW %I.%I AS', n.nspname, c.relname) || E'\n'
+        || pg_get_viewdef(c.oid, true)
+      FROM pg_class c JOIN pg_namespace n ON n.oid = c.relnamespace
+      WHERE n.nspname = 'public' AND c.relkind = 'v' AND c.relname <> 'vw_reorder_list'
+    UNION ALL SELECT t.oid, '.trg', pg_get_triggerdef(t.oid, true) FROM pg_trigger t WHERE NOT t.tgisinternal) o" |
+  while read -r id ext text; do
+    printf '%s' "$text" | base64 -d >"$wc/p/$id$ext"
+  done
 
 cat >"$wc/p/900001.sp" <<'SQL'
 CREATE OR REPLACE PROCEDURE public.usp_archive_orders(IN p_before date)
