@@ -107,6 +107,8 @@ private Q_SLOTS:
         if (!setUp())
             QSKIP("no server");
         makeDifferences();
+        // A file with a numeric name and no CREATE in it is shown under its file name, without a box.
+        QVERIFY(b->AddFile("900000002.sp", "-- nothing to create here"));
         KORVOSyncAnalysis analysis(*session);
         const auto &steps = analysis.BuildSteps();
         QCOMPARE(steps.size(), 8);
@@ -123,7 +125,8 @@ private Q_SLOTS:
             QStringList({ Procedure + ",1,1,1," + qualified("p_b_changed") + ",Stored Procedure",
                             Procedure + ",1,0,0," + qualified("p_c_sqlonly") + ",Stored Procedure",
                             Procedure + ",1,0,0," + qualified("p_e_sqlonly") + ",Stored Procedure",
-                            Procedure + ",0,1,0," + qualified("p_d_vssonly") + ",Stored Procedure" })
+                            Procedure + ",0,1,0," + qualified("p_d_vssonly") + ",Stored Procedure",
+                            Procedure + ",0,1,0,900000002,Stored Procedure" })
                 .join('\n'));
     }
 
