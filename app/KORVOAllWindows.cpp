@@ -8,6 +8,7 @@
 #include "frmEditObjectText.h"
 #include "frmItemHistory.h"
 #include "frmRecompile.h"
+#include "frmSyncProcess.h"
 #include "sql/KORVOSQL.h"
 
 #include <QWidget>
@@ -85,4 +86,10 @@ bool KORVOAllWindows::Recompile(QWidget *parent, KORVODatabase &session)
 {
     frmRecompile w(session, parent ? parent->window() : nullptr);
     return w.StartRecompile();
+}
+
+bool KORVOAllWindows::Synchronise(QWidget *parent, KORVODatabase &session)
+{
+    frmSyncProcess window(*this, mHelp, parent);
+    return window.StartSync(session);
 }

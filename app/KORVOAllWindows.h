@@ -33,6 +33,9 @@ public:
     bool ShowHistory(QWidget *parent, KORVODatabase &session, const KORVODBObjectPtr &object) override;
     bool Recompile(QWidget *parent, KORVODatabase &session) override;
 
+    // Synchronisation (korvo_sync).
+    bool Synchronise(QWidget *parent, KORVODatabase &session) override;
+
 private:
     HelpIntegration *mHelp;
 };

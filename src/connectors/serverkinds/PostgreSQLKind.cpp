@@ -153,6 +153,33 @@ QString PostgreSQLKind::ObjectTextStatement(const QString &id, const QString &) 
         .arg(oid);
 }
 
+QString PostgreSQLKind::ObjectTextsStatement(ObjectClass cls) const
+{
+    // The expressions of ObjectTextStatement, over the whole class.
+    QString select;
+    switch (cls) {
+    case ObjectClass::StoredProcedure:
+    case ObjectClass::UserDefinedFunction:
+        select = QStringLiteral("SELECT p.oid::bigint AS \"Id\", pg_get_functiondef(p.oid) AS \"Text\" FROM pg_proc p "
+                                "WHERE p.prokind = '%1'")
+                     .arg(cls == ObjectClass::StoredProcedure ? QLatin1Char('p') : QLatin1Char('f'));
+        break;
+    case ObjectClass::View:
+        select = QStringLiteral("SELECT c.oid::bigint AS \"Id\", format('CREATE OR REPLACE VIEW %I.%I AS', n.nspname, "
+                                "c.relname) || E'\\n' || pg_get_viewdef(c.oid, true) AS \"Text\" FROM pg_class c "
+                                "JOIN pg_namespace n ON n.oid = c.relnamespace WHERE c.relkind = 'v' AND n.nspname "
+                                "NOT IN ('pg_catalog', 'information_schema')");
+        break;
+    case ObjectClass::Trigger:
+        select = QStringLiteral("SELECT t.oid::bigint AS \"Id\", pg_get_triggerdef(t.oid, true) AS \"Text\" FROM "
+                                "pg_trigger t WHERE NOT t.tgisinternal");
+        break;
+    default:
+        return QString();
+    }
+    return QStringLiteral("BEGIN; SET LOCAL search_path = pg_catalog; ") + select + QStringLiteral("; COMMIT");
+}
+
 QString PostgreSQLKind::DatabaseUserNameStatement(const QString &) const
 {
     return QStringLiteral("SELECT current_schema() AS \"DatabaseUserName\"");

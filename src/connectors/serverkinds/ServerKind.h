@@ -187,6 +187,16 @@ public:
     virtual QString ParseOnlyStatement() const = 0;
     virtual QString ParseOnlyMissingText() const { return QString(); }
 
+    // --- Reading many objects at once (synchronisation) ---
+    // One statement with the fields "Id" and "Text" for every object of the class,
+    // each text exactly what ObjectTextStatement gives for that id; empty where
+    // the kind reads texts one object at a time.
+    virtual QString ObjectTextsStatement(ObjectClass cls) const
+    {
+        (void)cls;
+        return QString();
+    }
+
 protected:
     // Splits "owner.name" at the first "." outside quoting (open and close may be
     // the same character) and drops brackets from both parts.
@@ -289,6 +299,7 @@ public:
     QString ObjectNameStatement(const QString &idLiteral) const override;
     QString ObjectOwnerStatement(const QString &id) const override;
     QString ObjectTextStatement(const QString &id, const QString &qualifiedName) const override;
+    QString ObjectTextsStatement(ObjectClass cls) const override;
     QString DatabaseUserNameStatement(const QString &loginLiteral) const override;
     QStringList FunctionProbeStatements() const override;
 

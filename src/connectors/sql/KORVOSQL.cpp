@@ -243,6 +243,19 @@ QString KORVOSQL::GetObjectText(const QString &id)
     return text;
 }
 
+bool KORVOSQL::GetObjectTexts(ObjectClass cls, QHash<QString, QString> &texts)
+{
+    const QString statement = mKind->ObjectTextsStatement(cls);
+    if (statement.isEmpty())
+        return false;
+    const auto rs = OpenRecordset(statement);
+    if (!rs)
+        return false;
+    for (; !rs->Eof(); rs->MoveNext())
+        texts[rs->FieldText(QStringLiteral("Id"))] += rs->FieldText(QStringLiteral("Text"));
+    return true;
+}
+
 QString KORVOSQL::sqlFMTOUT(const QVariant &value, int type, bool addComma)
 {
     QString result;

@@ -4,6 +4,7 @@
 #include "driver/SqlDriver.h"
 #include "serverkinds/ServerKind.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -97,6 +98,9 @@ public:
     QString GetObjectOwnerName(const QString &id, const Recordset &listRow);
     // Throws. The object's text as the server keeps it, unchanged.
     QString GetObjectText(const QString &id);
+    // The texts of every object of the class by id, in one statement, where the
+    // server kind can read them so; false where it cannot.
+    bool GetObjectTexts(ObjectClass cls, QHash<QString, QString> &texts);
 
     // A SQL literal with a leading blank. type: 0 text, 1 or 3 number, 2 date,
     // 12 always NULL; other types give an empty string.

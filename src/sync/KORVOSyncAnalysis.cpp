@@ -1,0 +1,95 @@
+#include "KORVOSyncAnalysis.h"
+
+#include "KORVODatabase.h"
+#include "KORVOVSS.h"
+#include "KORVOVersionedObjects.h"
+#include "SQLParser.h"
+#include "sql/KORVOSQL.h"
+
+#include <algorithm>
+
+QStringList KORVOSyncDifference::Row() const
+{
+    const auto flag = [](bool on) { return on ? QStringLiteral("1") : QStringLiteral("0"); };
+    return { DBID, ObjectType, flag(InSQL), flag(InVSS), flag(Differs), QualifiedName, ObjectDisplayName };
+}
+
+KORVOSyncAnalysis::KORVOSyncAnalysis(KORVODatabase &database)
+    : mDatabase(database)
+{
+}
+
+KORVOSyncAnalysis::~KORVOSyncAnalysis() = default;
+
+const QList<KORVOSyncStep> &KORVOSyncAnalysis::BuildSteps()
+{
+    mDifferences.clear();
+    mSteps.clear();
+    mCurrent.reset();
+    const auto types = mDatabase.GetItemsForSyncronisation();
+    for (const auto &type : *types) {
+        mSteps.append(
+            { QStringLiteral("SQLVSS"), type->Key, QStringLiteral("Find %1 in SQL and VSS").arg(type->Text) });
+        mSteps.append({ QStringLiteral("COMP"), type->Key, QStringLiteral("Compare %1 content").arg(type->Text) });
+    }
+    return mSteps;
+}
+
+void KORVOSyncAnalysis::Run(Observer &observer)
+{
+    for (int step = 0; step < mSteps.size(); ++step)
+        RunStep(step, observer);
+}
+
+void KORVOSyncAnalysis::RunStep(int step, Observer &observer)
+{
+    observer.SetStepStatus(step, QStringLiteral("Processing"), 1);
+    const KORVOSyncStep &s = mSteps.at(step);
+    if (s.StepKind == QLatin1String("SQLVSS"))
+        mCurrent = std::dynamic_pointer_cast<KORVOVersionedObjects>(mDatabase.GetObjectObjects(s.ObjectType));
+    else
+        Compare(step, observer);
+    observer.SetStepStatus(step, QStringLiteral("Completed"), 2);
+}
+
+void KORVOSyncAnalysis::Compare(int step, Observer &observer)
+{
+    if (!mCurrent)
+        return;
+    const long count = mCurrent->Count();
+    observer.CompareStarted(step, count);
+
+    // Where the server kind can, all the type's texts come in one statement; the
+    // comparison is that of SQLAndVSSDiffer, with the server's text taken from
+    // the batch.
+    QHash<QString, QString> serverTexts;
+    bool batch = false;
+    const std::shared_ptr<KORVOSQL> &sql = mCurrent->ActiveDBConnection();
+    const std::shared_ptr<KORVOVSS> &vss = mCurrent->ActiveVSSConnection();
+    if (sql && vss && std::any_of(mCurrent->begin(), mCurrent->end(), [](const KORVOTypedObjectPtr &o) {
+            return o->InSQL() && o->InVSS();
+        }))
+        batch = sql->GetObjectTexts(mCurrent->Type().Class, serverTexts);
+
+    long done = 0;
+    for (const KORVOTypedObjectPtr &object : *mCurrent) {
+        const bool inSQL = object->InSQL(), inVSS = object->InVSS();
+        bool differs = false;
+        // The texts are fetched only for objects on both sides.
+        if (inSQL && inVSS) {
+            const auto text = serverTexts.constFind(object->DBID());
+            if (batch && text != serverTexts.cend())
+                differs = !TextsEqual(
+                    vss->ItemContent(object->Generic().ItemName(), false, -1, false, false), *text, true, true);
+            else
+                differs = object->SQLAndVSSDiffer();
+        }
+        if ((inSQL && inVSS && differs) || inSQL != inVSS) {
+            const QString owner = object->Owner();
+            mDifferences.append({ object->DBID(), object->ObjectType(), inSQL, inVSS, differs,
+                owner.isEmpty() ? object->Name() : owner + QLatin1Char('.') + object->Name(),
+                object->ObjectDisplayName() });
+        }
+        observer.ObjectCompared(step, ++done, count);
+    }
+}
