@@ -7,4 +7,5 @@
 class KORVOAllWindows : public KORVOWindows
 {
 public:
+    void ScriptGenerator(QWidget *parent, KORVODatabase &session) override;
 };

@@ -62,6 +62,7 @@ public:
     const QList<KORVOObjectCollectionPtr> &Collections() const { return mObjects; }
 
     void SetListener(KORVOSessionListener *listener) { mListener = listener; }
+    KORVOSessionListener *Listener() const { return mListener; }
 
     // Opening a project is the only road to the main window.
     void OpenProject(const KORVOProjectPtr &project, bool &ok);
