@@ -90,6 +90,27 @@ QString ScriptEmitter::Banner(const QDateTime &created)
 ScriptEmitter::Result ScriptEmitter::Run(const QString &fileName)
 {
     mScript.clear();
+    mDependenciesRead = false;
+    mNeeds.clear();
+    // Objects of another database whose comparison closed its connection are
+    // read again for their drop texts and dependencies; closed again afterwards.
+    QList<KORVOSQL *> reopened;
+    for (const Entry &entry : mJob.ObjectsToScript()) {
+        KORVOSQL *sql = entry->ScriptObject->ActiveDBConnection().get();
+        if (sql && !sql->ConnectionOpen() && !sql->Server().isEmpty() && !reopened.contains(sql)
+            && sql->OpenConnection(sql->Server(), sql->Database(), sql->StoredUserName(), sql->Password(),
+                   sql->UseWinNTAuth() ? KORVOSQL::UseNTYes : KORVOSQL::UseNTNo, true)
+                   .isEmpty())
+            reopened.append(sql);
+    }
+    const Result result = Build(fileName);
+    for (KORVOSQL *sql : reopened)
+        sql->CloseConnection();
+    return result;
+}
+
+ScriptEmitter::Result ScriptEmitter::Build(const QString &fileName)
+{
     const bool wholeDatabase
         = mJob.OptionSelected == ScriptCreator::Complete || mJob.OptionSelected == ScriptCreator::Custom;
     QString script;

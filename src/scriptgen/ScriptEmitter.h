@@ -36,6 +36,7 @@ private:
     using Entry = std::shared_ptr<ScriptCreatorObject>;
     enum class Section { PreDrop, Add, Update, Drop, Permissions };
 
+    Result Build(const QString &fileName);
     // False when interrupted.
     bool BuildSection(Section section, QString &script);
     QString EntryText(Section section, const ScriptCreatorObject &entry) const;

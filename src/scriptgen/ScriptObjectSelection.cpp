@@ -17,6 +17,11 @@ bool InFrame(const QDateTime &date, const QDateTime &from, const QDateTime &unti
     return date.isValid() && from.secsTo(date) >= 0 && date.secsTo(until) >= 0;
 }
 
+QDateTime WholeSeconds(const QDateTime &date)
+{
+    return date.addMSecs(-date.time().msec());
+}
+
 // Objects compare by owner and name without regard to case.
 QString MatchKey(const KORVOTypedObject &object)
 {
@@ -60,7 +65,8 @@ ScriptObjectSelection::ScriptObjectSelection(
 
 void ScriptObjectSelection::AddObjectTypeSteps(bool deleted, bool other)
 {
-    for (const KORVODBTItemPtr &item : *mSession.GetItemsForScriptGen()) {
+    const KORVODBTItemsPtr items = mSession.GetItemsForScriptGen();
+    for (const KORVODBTItemPtr &item : *items) {
         const QString key = QStringLiteral("GETOBJECTS_")
             + (deleted ? QStringLiteral("DEL_") : other ? QStringLiteral("OTHER_") : QString()) + item->Key;
         mSteps.AddStep(key, QStringLiteral("Find all ") + (deleted ? QStringLiteral("deleted ") : QString()) + item->Text);
@@ -70,7 +76,8 @@ void ScriptObjectSelection::AddObjectTypeSteps(bool deleted, bool other)
 QList<QList<KORVOTypedObjectPtr>> ScriptObjectSelection::GetObjectCollections(bool deleted)
 {
     QList<QList<KORVOTypedObjectPtr>> result;
-    for (const KORVODBTItemPtr &item : *mSession.GetItemsForScriptGen()) {
+    const KORVODBTItemsPtr items = mSession.GetItemsForScriptGen();
+    for (const KORVODBTItemPtr &item : *items) {
         mSteps.NextStep();
         if (mInterrupted)
             return result;
@@ -94,8 +101,10 @@ QList<QList<KORVOTypedObjectPtr>> ScriptObjectSelection::GetObjectCollections(bo
     return result;
 }
 
-int ScriptObjectSelection::VersionInFrame(const KORVOTypedObject &object, const QDateTime &from, const QDateTime &until)
+int ScriptObjectSelection::VersionInFrame(
+    const KORVOTypedObject &object, const QDateTime &fromPicked, const QDateTime &untilPicked)
 {
+    const QDateTime from = WholeSeconds(fromPicked), until = WholeSeconds(untilPicked);
     QDateTime latest(QDate(1900, 1, 1), QTime(0, 0));
     int version = -1;
     for (const QStringList &entry : object.DateSummary(true)) {
@@ -108,8 +117,10 @@ int ScriptObjectSelection::VersionInFrame(const KORVOTypedObject &object, const 
     return version;
 }
 
-int ScriptObjectSelection::TimeFrame(const QDateTime &from, const QDateTime &until)
+int ScriptObjectSelection::TimeFrame(const QDateTime &fromPicked, const QDateTime &untilPicked)
 {
+    // History dates have whole seconds, and so has the frame.
+    const QDateTime from = WholeSeconds(fromPicked), until = WholeSeconds(untilPicked);
     ScriptCreatorObjects &list = mJob.ObjectsToScript();
     mSteps.SetProgressMax(1);
     list.Clear();
@@ -200,7 +211,8 @@ ScriptObjectSelection::CompareResult ScriptObjectSelection::Compare(int &count, 
     mSteps.AddStep(QStringLiteral("END"), QStringLiteral("Close Connection to specified database"));
 
     QList<std::shared_ptr<KORVOVersionedObjects>> own;
-    for (const KORVODBTItemPtr &item : *mSession.GetItemsForScriptGen()) {
+    const KORVODBTItemsPtr items = mSession.GetItemsForScriptGen();
+    for (const KORVODBTItemPtr &item : *items) {
         mSteps.NextStep();
         if (mInterrupted)
             return CompareResult::Interrupted;

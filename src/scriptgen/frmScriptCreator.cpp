@@ -326,8 +326,8 @@ void frmScriptCreator::BuildControls()
 
 void frmScriptCreator::LoadSettings()
 {
-    // One level of folder is made when missing.
-    QDir().mkdir(UserDataFolder());
+    // The data root may be missing too on a fresh account.
+    QDir().mkpath(UserDataFolder());
     mScript->LoadDocumentSettings(SettingsPath());
 
     if (QAbstractButton *option = optType->button(mScript->OptionSelected))
@@ -537,7 +537,7 @@ void frmScriptCreator::RebuildCustomJob()
         QTreeWidgetItem *row = lvwItems->topLevelItem(i);
         if (row->checkState(0) != Qt::Checked)
             continue;
-        bool fromDeleted = true;
+        bool fromDeleted = false;
         auto object = std::dynamic_pointer_cast<KORVOTypedObject>(
             mSession.GetObject(row->data(0, TagRole).toString(), row->data(0, KeyRole).toString(), fromDeleted));
         if (!object)
