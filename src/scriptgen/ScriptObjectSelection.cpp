@@ -52,6 +52,23 @@ QString Stripped(const QString &text)
     return text.mid(from, to - from);
 }
 
+// The server texts of a collection's objects in one read where the kind can,
+// else nothing, and the objects are read one by one.
+QHash<QString, QString> ServerTexts(KORVOSQL &sql, const KORVOVersionedObjects &collection)
+{
+    QHash<QString, QString> texts;
+    QStringList ids;
+    for (const KORVOTypedObjectPtr &object : collection)
+        ids.append(object->DBID());
+    const QString statement = sql.Kind().ScriptTextsStatement(ids);
+    if (statement.isEmpty() || !sql.ConnectionOpen())
+        return texts;
+    const std::shared_ptr<Recordset> rows = sql.OpenRecordset(statement);
+    for (; rows && rows->IsOpen() && !rows->Eof(); rows->MoveNext())
+        texts[rows->FieldText(QStringLiteral("id"))] += rows->FieldText(QStringLiteral("Text"));
+    return texts;
+}
+
 } // namespace
 
 ScriptObjectSelection::ScriptObjectSelection(
@@ -262,12 +279,15 @@ ScriptObjectSelection::CompareResult ScriptObjectSelection::Compare(int &count, 
             continue;
         }
         const QHash<QString, KORVOTypedObjectPtr> index = MatchIndex(*theirs);
+        const QHash<QString, QString> texts = ServerTexts(*other, *theirs);
         for (const KORVOTypedObjectPtr &object : *mine) {
             const KORVOTypedObjectPtr match = index.value(MatchKey(*object));
             int action = ScriptCreatorObject::Add;
-            if (match)
-                action = Stripped(object->GetContent(1)) == Stripped(match->GetContent(2)) ? 0
-                                                                                          : ScriptCreatorObject::Update;
+            if (match) {
+                const auto text = texts.constFind(match->DBID());
+                const QString theirText = text != texts.cend() ? *text : match->GetContent(2);
+                action = Stripped(object->GetContent(1)) == Stripped(theirText) ? 0 : ScriptCreatorObject::Update;
+            }
             if (action) {
                 ScriptCreatorObjectPtr entry = list.Add();
                 entry->Action = action;

@@ -33,7 +33,11 @@ QString PostgreSQLKind::ScriptStatementLines(const QString &text) const
     return lines.join(QLatin1Char('\n'));
 }
 
-QString PostgreSQLKind::ScriptDependencyStatement(const QStringList &ids) const
+namespace
+{
+
+// The ids that are oids, as the body of an oid[] literal.
+QString OidList(const QStringList &ids)
 {
     QStringList numbers;
     static const QRegularExpression digits(QStringLiteral("^[0-9]+$"));
@@ -41,6 +45,31 @@ QString PostgreSQLKind::ScriptDependencyStatement(const QStringList &ids) const
         if (digits.match(id).hasMatch())
             numbers.append(id);
     }
+    return numbers.join(QLatin1Char(','));
+}
+
+} // namespace
+
+QString PostgreSQLKind::ScriptTextsStatement(const QStringList &ids) const
+{
+    const QString oids = OidList(ids);
+    if (oids.isEmpty())
+        return QString();
+    // The texts of ObjectTextStatement, for many objects in one read.
+    return QStringLiteral("BEGIN; SET LOCAL search_path = pg_catalog; "
+                          "SELECT p.oid::bigint AS \"id\", pg_get_functiondef(p.oid) AS \"Text\" FROM pg_proc p WHERE "
+                          "p.oid = ANY('{%1}'::oid[]) AND p.prokind IN ('f','p') "
+                          "UNION ALL SELECT c.oid::bigint, format('CREATE OR REPLACE VIEW %I.%I AS', n.nspname, "
+                          "c.relname) || E'\\n' || pg_get_viewdef(c.oid, true) FROM pg_class c JOIN pg_namespace n ON "
+                          "n.oid = c.relnamespace WHERE c.oid = ANY('{%1}'::oid[]) AND c.relkind = 'v' "
+                          "UNION ALL SELECT t.oid::bigint, pg_get_triggerdef(t.oid, true) FROM pg_trigger t WHERE t.oid "
+                          "= ANY('{%1}'::oid[]) AND NOT t.tgisinternal; COMMIT")
+        .arg(oids);
+}
+
+QString PostgreSQLKind::ScriptDependencyStatement(const QStringList &ids) const
+{
+    const QString numbers = OidList(ids);
     if (numbers.isEmpty())
         return QString();
     // A view depends through its rewrite rule; the rule stands for its view.
@@ -49,5 +78,5 @@ QString PostgreSQLKind::ScriptDependencyStatement(const QStringList &ids) const
                           "JOIN pg_catalog.pg_rewrite r ON d.classid = 'pg_catalog.pg_rewrite'::regclass AND r.oid "
                           "= d.objid WHERE d.refobjid = ANY('{%1}'::oid[])) x WHERE x.id = ANY('{%1}'::oid[]) AND "
                           "x.id <> x.ref")
-        .arg(numbers.join(QLatin1Char(',')));
+        .arg(numbers);
 }

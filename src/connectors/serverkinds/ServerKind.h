@@ -204,6 +204,14 @@ public:
         (void)ids;
         return QString();
     }
+    // Fields "id" and "Text" of many objects at once, each object's rows
+    // together and in order, their texts as ObjectTextStatement gives them.
+    // Empty where the kind reads texts one by one.
+    virtual QString ScriptTextsStatement(const QStringList &ids) const
+    {
+        (void)ids;
+        return QString();
+    }
 
 protected:
     // Splits "owner.name" at the first "." outside quoting (open and close may be
@@ -358,6 +366,7 @@ public:
     QString ScriptStatement(const QString &text) const override;
     QString ScriptStatementLines(const QString &text) const override;
     QString ScriptDependencyStatement(const QStringList &ids) const override;
+    QString ScriptTextsStatement(const QStringList &ids) const override;
 
     // An identifier as PostgreSQL prints it: quoted only when it must be.
     static QString QuoteIdent(const QString &identifier);
