@@ -113,6 +113,11 @@ QString frmScriptCreator::SettingsPath() const
     return ScriptCreator::SettingsPath(project ? project->Name : QString());
 }
 
+void frmScriptCreator::ShowStepList()
+{
+    ShowFrame(fraProgress, cmdCancel);
+}
+
 QGroupBox *frmScriptCreator::Page(const QString &name, const QString &caption)
 {
     auto *page = new QGroupBox(caption, this);

@@ -44,6 +44,8 @@ public:
     KORVOStepList *StepList() const { return mStepList; }
     bool Idle() const { return mIdle; }
     bool Interrupted() const { return mInterrupted; }
+    // Shows the step list of the last run again (for pictures of the window).
+    void ShowStepList();
     // {data folder}/{project}_scripts.xml
     QString SettingsPath() const;
 

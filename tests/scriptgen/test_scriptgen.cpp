@@ -357,6 +357,9 @@ private Q_SLOTS:
         CompareWithExpected(Finish(w), kind + QLatin1Char('_') + row + QStringLiteral(".sql"));
         QCOMPARE(b->ui.last().title, QStringLiteral("Operation Successful"));
         QCOMPARE(Control<QPushButton>(w, "cmdCancel")->text(), QStringLiteral("Close"));
+        auto *steps = Control<QTreeWidget>(w, "lvwSteps");
+        QCOMPARE(steps->topLevelItem(steps->topLevelItemCount() - 1)->text(1),
+            QStringLiteral("Step %1 - Save script to script file").arg(steps->topLevelItemCount()));
         QVERIFY(ReadBytes(w.SettingsPath()).contains("username=\"" + b->Pick("korvo", "sa") + "\"") == (row == "compare"));
         QVERIFY(!ReadBytes(w.SettingsPath()).contains("pw"));
     }
