@@ -83,30 +83,32 @@ void ScriptCreator::LoadDocumentSettings(const QString &path)
     if (root.tagName() != QLatin1String("ScriptCreator"))
         return;
 
-    ReadAttributes(root.firstChildElement(QStringLiteral("Settings")), [this](const QString &name, const QString &value) {
-        if (name == QLatin1String("option")) {
-            bool numeric = false;
-            const int option = value.toInt(&numeric);
-            if (numeric && option >= 1 && option <= 4)
-                OptionSelected = option;
-        } else if (name == QLatin1String("filename")) {
-            FileName = value;
-        } else if (name == QLatin1String("dropobjects")) {
-            DropObjects = value == QLatin1String("yes");
-        } else if (name == QLatin1String("createpermission")) {
-            CreatePermission = value == QLatin1String("yes");
-        }
-    });
-    ReadAttributes(root.firstChildElement(QStringLiteral("Database")), [this](const QString &name, const QString &value) {
-        if (name == QLatin1String("server"))
-            mSQL->SetServer(value);
-        else if (name == QLatin1String("username"))
-            mSQL->SetUserName(value);
-        else if (name == QLatin1String("usewinauth"))
-            mSQL->SetUseWinNTAuth(value == QLatin1String("yes"));
-        else if (name == QLatin1String("database"))
-            mSQL->SetDatabase(value);
-    });
+    ReadAttributes(
+        root.firstChildElement(QStringLiteral("Settings")), [this](const QString &name, const QString &value) {
+            if (name == QLatin1String("option")) {
+                bool numeric = false;
+                const int option = value.toInt(&numeric);
+                if (numeric && option >= 1 && option <= 4)
+                    OptionSelected = option;
+            } else if (name == QLatin1String("filename")) {
+                FileName = value;
+            } else if (name == QLatin1String("dropobjects")) {
+                DropObjects = value == QLatin1String("yes");
+            } else if (name == QLatin1String("createpermission")) {
+                CreatePermission = value == QLatin1String("yes");
+            }
+        });
+    ReadAttributes(
+        root.firstChildElement(QStringLiteral("Database")), [this](const QString &name, const QString &value) {
+            if (name == QLatin1String("server"))
+                mSQL->SetServer(value);
+            else if (name == QLatin1String("username"))
+                mSQL->SetUserName(value);
+            else if (name == QLatin1String("usewinauth"))
+                mSQL->SetUseWinNTAuth(value == QLatin1String("yes"));
+            else if (name == QLatin1String("database"))
+                mSQL->SetDatabase(value);
+        });
     ReadAttributes(root.firstChildElement(QStringLiteral("VSS")), [this](const QString &name, const QString &value) {
         if (name == QLatin1String("from") && TextDate(value).isValid())
             VSSStart = value;

@@ -78,7 +78,8 @@ QString ScriptEmitter::Banner(const QDateTime &created)
     AppendLine(banner, QStringLiteral(" ***       The Script file was created using                  ***"));
     AppendLine(banner, QStringLiteral(" ***               KORVO v2.0 professional                    ***"));
     AppendLine(banner, QStringLiteral(" ***                                                          ***"));
-    AppendLine(banner, QStringLiteral(" ***       Date Created:  ") + created.toString(QStringLiteral("dd.MM.yyyy hh:mm:ss"))
+    AppendLine(banner,
+        QStringLiteral(" ***       Date Created:  ") + created.toString(QStringLiteral("dd.MM.yyyy hh:mm:ss"))
             + QStringLiteral("                 ***"));
     AppendLine(banner, QStringLiteral(" ***                                                          ***"));
     AppendLine(banner, QLatin1Char(' ') + Stars + QLatin1Char('/'));
@@ -99,7 +100,7 @@ ScriptEmitter::Result ScriptEmitter::Run(const QString &fileName)
         KORVOSQL *sql = entry->ScriptObject->ActiveDBConnection().get();
         if (sql && !sql->ConnectionOpen() && !sql->Server().isEmpty() && !reopened.contains(sql)
             && sql->OpenConnection(sql->Server(), sql->Database(), sql->StoredUserName(), sql->Password(),
-                   sql->UseWinNTAuth() ? KORVOSQL::UseNTYes : KORVOSQL::UseNTNo, true)
+                      sql->UseWinNTAuth() ? KORVOSQL::UseNTYes : KORVOSQL::UseNTNo, true)
                    .isEmpty())
             reopened.append(sql);
     }
@@ -114,8 +115,7 @@ ScriptEmitter::Result ScriptEmitter::Build(const QString &fileName)
     const bool wholeDatabase
         = mJob.OptionSelected == ScriptCreator::Complete || mJob.OptionSelected == ScriptCreator::Custom;
     QString script;
-    struct Plan
-    {
+    struct Plan {
         Section section;
         bool runs;
     };

@@ -85,8 +85,12 @@ void ScriptObjectSelection::AddObjectTypeSteps(bool deleted, bool other)
     const KORVODBTItemsPtr items = mSession.GetItemsForScriptGen();
     for (const KORVODBTItemPtr &item : *items) {
         const QString key = QStringLiteral("GETOBJECTS_")
-            + (deleted ? QStringLiteral("DEL_") : other ? QStringLiteral("OTHER_") : QString()) + item->Key;
-        mSteps.AddStep(key, QStringLiteral("Find all ") + (deleted ? QStringLiteral("deleted ") : QString()) + item->Text);
+            + (deleted      ? QStringLiteral("DEL_")
+                    : other ? QStringLiteral("OTHER_")
+                            : QString())
+            + item->Key;
+        mSteps.AddStep(
+            key, QStringLiteral("Find all ") + (deleted ? QStringLiteral("deleted ") : QString()) + item->Text);
     }
 }
 
@@ -100,7 +104,8 @@ QList<QList<KORVOTypedObjectPtr>> ScriptObjectSelection::GetObjectCollections(bo
             return result;
         QList<KORVOTypedObjectPtr> members;
         if (!deleted) {
-            if (auto collection = std::dynamic_pointer_cast<KORVOVersionedObjects>(mSession.GetObjectObjects(item->Key)))
+            if (auto collection
+                = std::dynamic_pointer_cast<KORVOVersionedObjects>(mSession.GetObjectObjects(item->Key)))
                 members = QList<KORVOTypedObjectPtr>(collection->begin(), collection->end());
         } else {
             const QList<KORVODBTItemsPtr> lists = mSession.GetObjectsForUndeleteing(item->Key);
@@ -203,8 +208,8 @@ int ScriptObjectSelection::TimeFrame(const QDateTime &fromPicked, const QDateTim
     return count;
 }
 
-QList<std::shared_ptr<KORVOVersionedObjects>>
-ScriptObjectSelection::TypedCollections(const QList<KORVOObjectCollectionPtr> &list) const
+QList<std::shared_ptr<KORVOVersionedObjects>> ScriptObjectSelection::TypedCollections(
+    const QList<KORVOObjectCollectionPtr> &list) const
 {
     QList<std::shared_ptr<KORVOVersionedObjects>> out;
     for (const auto &collection : list) {

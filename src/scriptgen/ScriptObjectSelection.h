@@ -18,7 +18,8 @@ class ScriptCreator;
 class ScriptObjectSelection
 {
 public:
-    ScriptObjectSelection(KORVODatabase &session, ScriptCreator &job, KORVOStepProgress &steps, const bool &interrupted);
+    ScriptObjectSelection(
+        KORVODatabase &session, ScriptCreator &job, KORVOStepProgress &steps, const bool &interrupted);
 
     // Objects with a history entry inside [from, until], the newest such entry
     // giving the version. Returns the number of entries the script writes.

@@ -63,7 +63,11 @@ int Pixels(const QWidget *widget, int twips)
 class Hourglass
 {
 public:
-    explicit Hourglass(UiServices &ui) : mUi(ui) { mUi.beginWait(); }
+    explicit Hourglass(UiServices &ui)
+        : mUi(ui)
+    {
+        mUi.beginWait();
+    }
     ~Hourglass() { Release(); }
     void Release()
     {
@@ -86,8 +90,8 @@ frmScriptCreator::frmScriptCreator(KORVODatabase &session, HelpIntegration *help
     , mOuterListener(session.Listener())
 {
     const KORVOProjectPtr &project = mSession.Project();
-    mScript = std::make_unique<ScriptCreator>(mUi,
-        project && project->SQL() ? project->SQL()->KindPtr() : ServerKind::SQLServer());
+    mScript = std::make_unique<ScriptCreator>(
+        mUi, project && project->SQL() ? project->SQL()->KindPtr() : ServerKind::SQLServer());
     setObjectName(QStringLiteral("frmScriptCreator"));
     setWindowTitle(QStringLiteral("Script Generation ..."));
     BuildControls();
@@ -130,14 +134,15 @@ void frmScriptCreator::BuildControls()
 {
     auto *layout = new QVBoxLayout(this);
 
-    fraStart = Page(QStringLiteral("fraStart"), QStringLiteral("Select the Type of script you would like to create ..."));
+    fraStart
+        = Page(QStringLiteral("fraStart"), QStringLiteral("Select the Type of script you would like to create ..."));
     {
         auto *v = new QVBoxLayout(fraStart);
         optType = new QButtonGroup(this);
-        const QString captions[] = { QStringLiteral("Use Visual SourceSafe time frame"),
-            QStringLiteral("Compare to another database"),
-            QStringLiteral("Create script for all supported database objects"),
-            QStringLiteral("Custom script (You can specify the objects you would like to script)") };
+        const QString captions[]
+            = { QStringLiteral("Use Visual SourceSafe time frame"), QStringLiteral("Compare to another database"),
+                  QStringLiteral("Create script for all supported database objects"),
+                  QStringLiteral("Custom script (You can specify the objects you would like to script)") };
         for (int i = 1; i <= 4; ++i) {
             auto *option = new QRadioButton(captions[i - 1], fraStart);
             option->setObjectName(QStringLiteral("optType_%1").arg(i));
@@ -145,9 +150,8 @@ void frmScriptCreator::BuildControls()
             v->addWidget(option);
         }
         v->addStretch();
-        connect(optType, &QButtonGroup::idClicked, this, [this] {
-            chkDropObjectsFirst->setVisible(SelectedOption() == 3 || SelectedOption() == 4);
-        });
+        connect(optType, &QButtonGroup::idClicked, this,
+            [this] { chkDropObjectsFirst->setVisible(SelectedOption() == 3 || SelectedOption() == 4); });
     }
 
     fraVSS = Page(QStringLiteral("fraVSS"), QStringLiteral("Visual SourceSafe time frame to use ..."));
@@ -180,8 +184,8 @@ void frmScriptCreator::BuildControls()
         });
     }
 
-    fraAnotherDB = Page(QStringLiteral("fraAnotherDB"),
-        QStringLiteral("Connection information for comparing to another database ..."));
+    fraAnotherDB = Page(
+        QStringLiteral("fraAnotherDB"), QStringLiteral("Connection information for comparing to another database ..."));
     {
         auto *g = new QGridLayout(fraAnotherDB);
         txtSQLServer = new QLineEdit(fraAnotherDB);
@@ -254,20 +258,18 @@ void frmScriptCreator::BuildControls()
         (new QVBoxLayout(fraCustom))->addWidget(lvwItems);
         mnuPopup = new QMenu(this);
         mnuPopup->setObjectName(QStringLiteral("mnuPopup"));
-        const struct
-        {
+        const struct {
             const char *name, *caption;
             bool all, check;
-        } items[] = { { "mnuCheckAll", "&Check All", true, true },
-            { "mnuCheckSelection", "Ch&eck Selection", false, true },
-            { "mnuUncheckSelection", "Uncheck &Selection", false, false },
-            { "mnuUncheckAll", "&Uncheck All", true, false } };
+        } items[]
+            = { { "mnuCheckAll", "&Check All", true, true }, { "mnuCheckSelection", "Ch&eck Selection", false, true },
+                  { "mnuUncheckSelection", "Uncheck &Selection", false, false },
+                  { "mnuUncheckAll", "&Uncheck All", true, false } };
         for (const auto &item : items) {
             QAction *action = mnuPopup->addAction(QString::fromLatin1(item.caption));
             action->setObjectName(QString::fromLatin1(item.name));
-            connect(action, &QAction::triggered, this, [this, all = item.all, check = item.check] {
-                CheckRows(all, check);
-            });
+            connect(action, &QAction::triggered, this,
+                [this, all = item.all, check = item.check] { CheckRows(all, check); });
         }
         connect(lvwItems, &QWidget::customContextMenuRequested, this,
             [this](const QPoint &at) { mnuPopup->popup(lvwItems->viewport()->mapToGlobal(at)); });
@@ -471,8 +473,8 @@ bool frmScriptCreator::NextFromAnotherDB()
     const QString password = winAuth ? QString() : txtSQLPassword->text();
     const QString database = cboSQLDatabase->currentText();
     if (server.isEmpty()) {
-        Invalid(QStringLiteral("Server is Missing!"), txtSQLServer->isVisibleTo(this) ? static_cast<QWidget *>(txtSQLServer)
-                                                                                      : cboSQLServer);
+        Invalid(QStringLiteral("Server is Missing!"),
+            txtSQLServer->isVisibleTo(this) ? static_cast<QWidget *>(txtSQLServer) : cboSQLServer);
         return false;
     }
     if (!winAuth && user.isEmpty()) {
@@ -494,8 +496,7 @@ bool frmScriptCreator::NextFromAnotherDB()
         return false;
     }
     Hourglass open(mUi);
-    sql->OpenConnection(
-        server, database, user, password, winAuth ? KORVOSQL::UseNTYes : KORVOSQL::UseNTNo, true);
+    sql->OpenConnection(server, database, user, password, winAuth ? KORVOSQL::UseNTYes : KORVOSQL::UseNTNo, true);
     bool ownAllows = false, otherAllows = false;
     try {
         const KORVOProjectPtr &project = mSession.Project();
@@ -684,8 +685,9 @@ void frmScriptCreator::FillCustomList(const QList<KORVOTypedObjectPtr> &objects)
     lvwItems->clear();
     for (const KORVOTypedObjectPtr &object : objects) {
         auto *row = new QTreeWidgetItem(lvwItems);
-        row->setText(0, showOwner && !object->Owner().isEmpty() ? object->Owner() + QLatin1Char('.') + object->Name()
-                                                                : object->Name());
+        row->setText(0,
+            showOwner && !object->Owner().isEmpty() ? object->Owner() + QLatin1Char('.') + object->Name()
+                                                    : object->Name());
         row->setText(1, object->ObjectDisplayName());
         row->setData(0, KeyRole, QStringLiteral("I") + object->DBID());
         row->setData(0, TagRole, object->ObjectType());
@@ -746,8 +748,9 @@ void frmScriptCreator::Finish()
     if (result == ScriptEmitter::Result::WriteFailed) {
         wait.Release();
         const QFileInfo target(fileName);
-        const QString why = !target.absoluteDir().exists() ? QStringLiteral("The folder '%1' does not exist.")
-                                                               : QStringLiteral("The folder '%1' or the file cannot be written to.");
+        const QString why = !target.absoluteDir().exists()
+            ? QStringLiteral("The folder '%1' does not exist.")
+            : QStringLiteral("The folder '%1' or the file cannot be written to.");
         mUi.messageBox(UiServices::Icon::Critical, QStringLiteral("Script Not Saved"),
             QStringLiteral("The script file '%1' could not be written. ").arg(fileName)
                 + why.arg(QDir::toNativeSeparators(target.absolutePath())));
@@ -832,7 +835,8 @@ void frmScriptCreator::BrowseServers()
 void frmScriptCreator::WindowsAuthChanged()
 {
     const bool on = chkUseWindowsAuth->isChecked();
-    for (QWidget *w : std::initializer_list<QWidget *> { lblSQLUserName, txtSQLUsername, lblSQLPassword, txtSQLPassword })
+    for (QWidget *w :
+        std::initializer_list<QWidget *> { lblSQLUserName, txtSQLUsername, lblSQLPassword, txtSQLPassword })
         w->setEnabled(!on);
     if (on && txtSQLUsername->text().isEmpty())
         txtSQLUsername->setText(WindowsAuthText);
@@ -898,4 +902,3 @@ void frmScriptCreator::keyPressEvent(QKeyEvent *event)
     }
     QDialog::keyPressEvent(event);
 }
-

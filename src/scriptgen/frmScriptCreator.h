@@ -37,7 +37,8 @@ public:
     ~frmScriptCreator() override;
 
     // Opens the wizard modally and releases it when it has closed.
-    static void StartScriptGenerator(KORVODatabase &session, HelpIntegration *help = nullptr, QWidget *parent = nullptr);
+    static void StartScriptGenerator(
+        KORVODatabase &session, HelpIntegration *help = nullptr, QWidget *parent = nullptr);
 
     ScriptCreator &Job() { return *mScript; }
     QWidget *CurrentFrame() const { return mCurrentFrame; }

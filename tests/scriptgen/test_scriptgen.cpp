@@ -118,7 +118,8 @@ class TestScriptGen : public QObject
     }
     QString ViewOver(const QString &name, const QString &base) const
     {
-        return b->Pick("CREATE VIEW dbo.%1 AS SELECT a FROM dbo.%2", "CREATE VIEW [dbo].[%1] AS SELECT a FROM [dbo].[%2]")
+        return b
+            ->Pick("CREATE VIEW dbo.%1 AS SELECT a FROM dbo.%2", "CREATE VIEW [dbo].[%1] AS SELECT a FROM [dbo].[%2]")
             .arg(name, base);
     }
     // The small project: two procedures, a function, a view over another view
@@ -149,8 +150,9 @@ class TestScriptGen : public QObject
             otherPg->exec("CREATE SCHEMA dbo; CREATE TABLE dbo.t_ops (id int NOT NULL, label varchar(20) NULL, "
                           "amount numeric(10,2) NOT NULL)");
             other.SetKind(ServerKind::PostgreSQL());
-            QVERIFY(other.OpenConnection(otherPg->Server, otherPg->Database, otherPg->UserName, otherPg->Password,
-                             KORVOSQL::UseNTNo, true)
+            QVERIFY(other
+                        .OpenConnection(otherPg->Server, otherPg->Database, otherPg->UserName, otherPg->Password,
+                            KORVOSQL::UseNTNo, true)
                         .isEmpty());
         } else {
             b->scripted->addDatabase("older");
@@ -223,7 +225,10 @@ class TestScriptGen : public QObject
         const QStringList want = ReadBytes(path).split(QStringLiteral("\r\n"));
         for (int i = 0; i < qMax(got.size(), want.size()); ++i)
             QVERIFY2(got.value(i) == want.value(i),
-                qPrintable(QStringLiteral("%1 line %2:\n got: %3\nwant: %4").arg(name).arg(i + 1).arg(got.value(i), want.value(i))));
+                qPrintable(QStringLiteral("%1 line %2:\n got: %3\nwant: %4")
+                               .arg(name)
+                               .arg(i + 1)
+                               .arg(got.value(i), want.value(i))));
     }
 
 private Q_SLOTS:
@@ -250,20 +255,24 @@ private Q_SLOTS:
         QTest::newRow("not XML") << "option=3" << fresh;
         QTest::newRow("truncated") << "<ScriptCreator><Settings option=\"3\" filename=\"a.sql\"" << fresh;
         QTest::newRow("other root") << "<Script><Settings option=\"3\"/></Script>" << fresh;
-        QTest::newRow("all") << "<ScriptCreator><Settings option=\"2\" filename=\"c:\\a.sql\" dropobjects=\"yes\" "
-                                "createpermission=\"yes\"/><Database server=\"srv\" username=\"bob\" usewinauth=\"yes\" "
-                                "database=\"db\"/><VSS from=\"2024-01-02T03:04:05\" until=\"2024-02-01T00:00:00\" "
-                                "today=\"yes\"/></ScriptCreator>"
-                             << "2|c:\\a.sql|1|1|srv|bob|1|db|2024-01-02T03:04:05|2024-02-01T00:00:00|1";
-        QTest::newRow("names in capitals, values not") << "<ScriptCreator><Settings OPTION=\"4\" DropObjects=\"yes\" "
-                                                          "createpermission=\"YES\"/><VSS Today=\"Yes\"/></ScriptCreator>"
-                                                       << "4||1|0|||0||||0";
+        QTest::newRow("all")
+            << "<ScriptCreator><Settings option=\"2\" filename=\"c:\\a.sql\" dropobjects=\"yes\" "
+               "createpermission=\"yes\"/><Database server=\"srv\" username=\"bob\" usewinauth=\"yes\" "
+               "database=\"db\"/><VSS from=\"2024-01-02T03:04:05\" until=\"2024-02-01T00:00:00\" "
+               "today=\"yes\"/></ScriptCreator>"
+            << "2|c:\\a.sql|1|1|srv|bob|1|db|2024-01-02T03:04:05|2024-02-01T00:00:00|1";
+        QTest::newRow("names in capitals, values not")
+            << "<ScriptCreator><Settings OPTION=\"4\" DropObjects=\"yes\" "
+               "createpermission=\"YES\"/><VSS Today=\"Yes\"/></ScriptCreator>"
+            << "4||1|0|||0||||0";
         QTest::newRow("unknown attributes, password") << "<ScriptCreator><Settings colour=\"red\" option=\"1\"/>"
                                                          "<Database password=\"secret\" server=\"s\"/></ScriptCreator>"
                                                       << "1||0|0|s||0||||0";
         for (const char *option : { "0", "5", "abc" })
-            QTest::addRow("option %s", option) << QStringLiteral("<ScriptCreator><Settings option=\"%1\"/></ScriptCreator>").arg(option) << fresh;
-        QTest::newRow("invalid dates") << "<ScriptCreator><VSS from=\"yesterday\" until=\"31.02.2024\"/></ScriptCreator>" << fresh;
+            QTest::addRow("option %s", option)
+                << QStringLiteral("<ScriptCreator><Settings option=\"%1\"/></ScriptCreator>").arg(option) << fresh;
+        QTest::newRow("invalid dates")
+            << "<ScriptCreator><VSS from=\"yesterday\" until=\"31.02.2024\"/></ScriptCreator>" << fresh;
     }
     void settingsRead()
     {
@@ -298,8 +307,10 @@ private Q_SLOTS:
         QFile::setPermissions(path, QFile::ReadOwner);
         QVERIFY(job.SaveDocumentSettings(path));
         QCOMPARE(ReadBytes(path),
-            "<ScriptCreator><Settings option=\"2\" filename=\"a&amp;b.sql\" dropobjects=\"no\" createpermission=\"yes\"/>"
-            "<Database server=\"srv\" username=\"bob\" usewinauth=\"no\" database=\"db\"/><VSS from=\"2024-01-02T03:04:05\" "
+            "<ScriptCreator><Settings option=\"2\" filename=\"a&amp;b.sql\" dropobjects=\"no\" "
+            "createpermission=\"yes\"/>"
+            "<Database server=\"srv\" username=\"bob\" usewinauth=\"no\" database=\"db\"/><VSS "
+            "from=\"2024-01-02T03:04:05\" "
             "until=\"\" today=\"no\"/></ScriptCreator>");
         QVERIFY(!(QFile::permissions(path) & QFile::WriteOwner));
         ScriptCreator back(ui, ServerKind::SQLServer());
@@ -347,9 +358,10 @@ private Q_SLOTS:
         QCOMPARE(w.CurrentFrame()->objectName(), QStringLiteral("fraFinish"));
         const QStringList expected = row == QLatin1String("complete")
             ? QStringList { "add usp_b", "add usp_a", "add fn_a", "add vw_a_top", "add vw_b_base", "add tr_a" }
-            : row == QLatin1String("custom") ? QStringList { "add usp_b", "add vw_a_top", "add vw_b_base" }
-                                             : QStringList { "update usp_b", "add fn_a", "add vw_a_top", "add vw_b_base",
-                                                   "add tr_a", "drop usp_z", "drop vw_y", "drop vw_z_top" };
+            : row == QLatin1String("custom")
+            ? QStringList { "add usp_b", "add vw_a_top", "add vw_b_base" }
+            : QStringList { "update usp_b", "add fn_a", "add vw_a_top", "add vw_b_base", "add tr_a", "drop usp_z",
+                  "drop vw_y", "drop vw_z_top" };
         QStringList entries = Entries(w.Job());
         if (b->IsPostgreSQL()) // the trigger's function
             entries.removeAll(QStringLiteral("add trg_fn"));
@@ -360,7 +372,8 @@ private Q_SLOTS:
         auto *steps = Control<QTreeWidget>(w, "lvwSteps");
         QCOMPARE(steps->topLevelItem(steps->topLevelItemCount() - 1)->text(1),
             QStringLiteral("Step %1 - Save script to script file").arg(steps->topLevelItemCount()));
-        QVERIFY(ReadBytes(w.SettingsPath()).contains("username=\"" + b->Pick("korvo", "sa") + "\"") == (row == "compare"));
+        QVERIFY(
+            ReadBytes(w.SettingsPath()).contains("username=\"" + b->Pick("korvo", "sa") + "\"") == (row == "compare"));
         QVERIFY(!ReadBytes(w.SettingsPath()).contains("pw"));
     }
 
@@ -394,7 +407,8 @@ private Q_SLOTS:
         Control<QCheckBox>(w, "chkUntil")->setChecked(false);
         Click(w, "cmdNext");
         const QStringList entries = Entries(w.Job());
-        QVERIFY2(entries == QStringList({ "add usp_new v", "update usp_old v", "drop usp_gone v", "nothing usp_brief v" }),
+        QVERIFY2(
+            entries == QStringList({ "add usp_new v", "update usp_old v", "drop usp_gone v", "nothing usp_brief v" }),
             qPrintable(entries.join(", ")));
         const QString script = Finish(w, "frame.sql");
         CompareWithExpected(script, b->Pick("PostgreSQL", "SQLServer") + QStringLiteral("_timeframe.sql"));
@@ -409,13 +423,27 @@ private Q_SLOTS:
         QTest::addColumn<QString>("page");
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("focus");
-        QTest::newRow("no option") << "fraStart" << "Please specify the Type of script you would like to create!" << "";
-        QTest::newRow("until before from") << "fraVSS" << "Until date must be after From date!" << "dtpUntil";
-        QTest::newRow("from in the future") << "fraVSS today" << "From date must be in the past!" << "dtpFrom";
-        QTest::newRow("no server") << "fraAnotherDB" << "Server is Missing!" << "txtSQLServer";
-        QTest::newRow("no user") << "fraAnotherDB server" << "Username is Missing!" << "txtSQLUsername";
-        QTest::newRow("no file name") << "fraFinish" << "No Script file name specifed!" << "cmdCreateFile";
-        QTest::newRow("missing folder") << "fraFinish missing" << "~could not be written" << "";
+        QTest::newRow("no option") << "fraStart"
+                                   << "Please specify the Type of script you would like to create!"
+                                   << "";
+        QTest::newRow("until before from") << "fraVSS"
+                                           << "Until date must be after From date!"
+                                           << "dtpUntil";
+        QTest::newRow("from in the future") << "fraVSS today"
+                                            << "From date must be in the past!"
+                                            << "dtpFrom";
+        QTest::newRow("no server") << "fraAnotherDB"
+                                   << "Server is Missing!"
+                                   << "txtSQLServer";
+        QTest::newRow("no user") << "fraAnotherDB server"
+                                 << "Username is Missing!"
+                                 << "txtSQLUsername";
+        QTest::newRow("no file name") << "fraFinish"
+                                      << "No Script file name specifed!"
+                                      << "cmdCreateFile";
+        QTest::newRow("missing folder") << "fraFinish missing"
+                                        << "~could not be written"
+                                        << "";
     }
     void refusals()
     {
@@ -535,8 +563,9 @@ private:
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert("PGPASSWORD", "korvo-pw");
         psql.setProcessEnvironment(env);
-        psql.start("psql", { "-X", "-q", "-v", "ON_ERROR_STOP=1", "-h", PgTestServer::defaultSocketDir(), "-U", "korvo",
-                               "-d", database, "-f", file });
+        psql.start("psql",
+            { "-X", "-q", "-v", "ON_ERROR_STOP=1", "-h", PgTestServer::defaultSocketDir(), "-U", "korvo", "-d",
+                database, "-f", file });
         QVERIFY(psql.waitForFinished(60000));
         QVERIFY2(psql.exitCode() == 0, psql.readAllStandardError().constData());
     }

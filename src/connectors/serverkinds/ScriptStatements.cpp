@@ -56,14 +56,15 @@ QString PostgreSQLKind::ScriptTextsStatement(const QStringList &ids) const
     if (oids.isEmpty())
         return QString();
     // The texts of ObjectTextStatement, for many objects in one read.
-    return QStringLiteral("BEGIN; SET LOCAL search_path = pg_catalog; "
-                          "SELECT p.oid::bigint AS \"id\", pg_get_functiondef(p.oid) AS \"Text\" FROM pg_proc p WHERE "
-                          "p.oid = ANY('{%1}'::oid[]) AND p.prokind IN ('f','p') "
-                          "UNION ALL SELECT c.oid::bigint, format('CREATE OR REPLACE VIEW %I.%I AS', n.nspname, "
-                          "c.relname) || E'\\n' || pg_get_viewdef(c.oid, true) FROM pg_class c JOIN pg_namespace n ON "
-                          "n.oid = c.relnamespace WHERE c.oid = ANY('{%1}'::oid[]) AND c.relkind = 'v' "
-                          "UNION ALL SELECT t.oid::bigint, pg_get_triggerdef(t.oid, true) FROM pg_trigger t WHERE t.oid "
-                          "= ANY('{%1}'::oid[]) AND NOT t.tgisinternal; COMMIT")
+    return QStringLiteral(
+        "BEGIN; SET LOCAL search_path = pg_catalog; "
+        "SELECT p.oid::bigint AS \"id\", pg_get_functiondef(p.oid) AS \"Text\" FROM pg_proc p WHERE "
+        "p.oid = ANY('{%1}'::oid[]) AND p.prokind IN ('f','p') "
+        "UNION ALL SELECT c.oid::bigint, format('CREATE OR REPLACE VIEW %I.%I AS', n.nspname, "
+        "c.relname) || E'\\n' || pg_get_viewdef(c.oid, true) FROM pg_class c JOIN pg_namespace n ON "
+        "n.oid = c.relnamespace WHERE c.oid = ANY('{%1}'::oid[]) AND c.relkind = 'v' "
+        "UNION ALL SELECT t.oid::bigint, pg_get_triggerdef(t.oid, true) FROM pg_trigger t WHERE t.oid "
+        "= ANY('{%1}'::oid[]) AND NOT t.tgisinternal; COMMIT")
         .arg(oids);
 }
 
