@@ -8,6 +8,7 @@
 #include "frmEditObjectText.h"
 #include "frmItemHistory.h"
 #include "frmRecompile.h"
+#include "frmScriptCreator.h"
 #include "frmSyncProcess.h"
 #include "sql/KORVOSQL.h"
 
@@ -92,4 +93,9 @@ bool KORVOAllWindows::Synchronise(QWidget *parent, KORVODatabase &session)
 {
     frmSyncProcess window(*this, mHelp, parent);
     return window.StartSync(session);
+}
+
+void KORVOAllWindows::ScriptGenerator(QWidget *parent, KORVODatabase &session)
+{
+    frmScriptCreator::StartScriptGenerator(session, mHelp, parent);
 }

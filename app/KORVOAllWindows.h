@@ -36,6 +36,9 @@ public:
     // Synchronisation (korvo_sync).
     bool Synchronise(QWidget *parent, KORVODatabase &session) override;
 
+    // Script generator (korvo_scriptgen).
+    void ScriptGenerator(QWidget *parent, KORVODatabase &session) override;
+
 private:
     HelpIntegration *mHelp;
 };

@@ -197,6 +197,32 @@ public:
         return QString();
     }
 
+    // --- Generated scripts (the script generator) ---
+    // The line that ends a batch; empty where each statement ends itself.
+    virtual QString ScriptBatchSeparator() const { return QStringLiteral("GO"); }
+    // Lines written before everything else.
+    virtual QStringList ScriptPreamble() const { return {}; }
+    // One statement as a script writes it, with the end mark the kind needs.
+    virtual QString ScriptStatement(const QString &text) const { return text; }
+    // A text of one statement per line, each line as ScriptStatement writes it.
+    virtual QString ScriptStatementLines(const QString &text) const { return text; }
+    // Fields "id" and "dependsOn": which of these objects (ids as DBID gives them)
+    // need which other of them to exist first. Empty where the kind keeps the
+    // order of the list.
+    virtual QString ScriptDependencyStatement(const QStringList &ids) const
+    {
+        (void)ids;
+        return QString();
+    }
+    // Fields "id" and "Text" of many objects at once, each object's rows
+    // together and in order, their texts as ObjectTextStatement gives them.
+    // Empty where the kind reads texts one by one.
+    virtual QString ScriptTextsStatement(const QStringList &ids) const
+    {
+        (void)ids;
+        return QString();
+    }
+
 protected:
     // Splits "owner.name" at the first "." outside quoting (open and close may be
     // the same character) and drops brackets from both parts.
@@ -344,6 +370,14 @@ public:
 
     QString ParseOnlyStatement() const override { return QString(); }
     QString ParseOnlyMissingText() const override;
+
+    // Generated scripts
+    QString ScriptBatchSeparator() const override { return QString(); }
+    QStringList ScriptPreamble() const override;
+    QString ScriptStatement(const QString &text) const override;
+    QString ScriptStatementLines(const QString &text) const override;
+    QString ScriptDependencyStatement(const QStringList &ids) const override;
+    QString ScriptTextsStatement(const QStringList &ids) const override;
 
     // An identifier as PostgreSQL prints it: quoted only when it must be.
     static QString QuoteIdent(const QString &identifier);

@@ -1,0 +1,372 @@
+#include "ScriptObjectSelection.h"
+
+#include "KORVODatabase.h"
+#include "KORVOHistoryData.h"
+#include "KORVOStepProgress.h"
+#include "KORVOVersionedObjects.h"
+#include "ScriptCreator.h"
+#include "sql/KORVOSQL.h"
+
+#include <QHash>
+
+namespace
+{
+
+bool InFrame(const QDateTime &date, const QDateTime &from, const QDateTime &until)
+{
+    return date.isValid() && from.secsTo(date) >= 0 && date.secsTo(until) >= 0;
+}
+
+QDateTime WholeSeconds(const QDateTime &date)
+{
+    return date.addMSecs(-date.time().msec());
+}
+
+// Objects compare by owner and name without regard to case.
+QString MatchKey(const KORVOTypedObject &object)
+{
+    return object.Owner().toLower() + QChar(0x1f) + object.Name().toLower();
+}
+
+// The first object of each owner and name.
+QHash<QString, KORVOTypedObjectPtr> MatchIndex(const KORVOVersionedObjects &collection)
+{
+    QHash<QString, KORVOTypedObjectPtr> index;
+    index.reserve(collection.Count());
+    // From the back, so that the first of equal keys is the one kept.
+    for (int i = collection.Count() - 1; i >= 0; --i)
+        index.insert(MatchKey(*collection.At(i)), collection.At(i));
+    return index;
+}
+
+QString Stripped(const QString &text)
+{
+    qsizetype from = 0, to = text.size();
+    auto blank = [](QChar c) {
+        return c == QLatin1Char(' ') || c == QLatin1Char('\t') || c == QLatin1Char('\r') || c == QLatin1Char('\n');
+    };
+    while (from < to && blank(text.at(from)))
+        ++from;
+    while (to > from && blank(text.at(to - 1)))
+        --to;
+    return text.mid(from, to - from);
+}
+
+// The server texts of a collection's objects in one read where the kind can,
+// else nothing, and the objects are read one by one.
+QHash<QString, QString> ServerTexts(KORVOSQL &sql, const KORVOVersionedObjects &collection)
+{
+    QHash<QString, QString> texts;
+    QStringList ids;
+    for (const KORVOTypedObjectPtr &object : collection)
+        ids.append(object->DBID());
+    const QString statement = sql.Kind().ScriptTextsStatement(ids);
+    if (statement.isEmpty() || !sql.ConnectionOpen())
+        return texts;
+    const std::shared_ptr<Recordset> rows = sql.OpenRecordset(statement);
+    for (; rows && rows->IsOpen() && !rows->Eof(); rows->MoveNext())
+        texts[rows->FieldText(QStringLiteral("id"))] += rows->FieldText(QStringLiteral("Text"));
+    return texts;
+}
+
+} // namespace
+
+ScriptObjectSelection::ScriptObjectSelection(
+    KORVODatabase &session, ScriptCreator &job, KORVOStepProgress &steps, const bool &interrupted)
+    : mSession(session)
+    , mJob(job)
+    , mSteps(steps)
+    , mInterrupted(interrupted)
+{
+}
+
+void ScriptObjectSelection::AddObjectTypeSteps(bool deleted, bool other)
+{
+    const KORVODBTItemsPtr items = mSession.GetItemsForScriptGen();
+    for (const KORVODBTItemPtr &item : *items) {
+        const QString key = QStringLiteral("GETOBJECTS_")
+            + (deleted      ? QStringLiteral("DEL_")
+                    : other ? QStringLiteral("OTHER_")
+                            : QString())
+            + item->Key;
+        mSteps.AddStep(
+            key, QStringLiteral("Find all ") + (deleted ? QStringLiteral("deleted ") : QString()) + item->Text);
+    }
+}
+
+QList<QList<KORVOTypedObjectPtr>> ScriptObjectSelection::GetObjectCollections(bool deleted)
+{
+    QList<QList<KORVOTypedObjectPtr>> result;
+    const KORVODBTItemsPtr items = mSession.GetItemsForScriptGen();
+    for (const KORVODBTItemPtr &item : *items) {
+        mSteps.NextStep();
+        if (mInterrupted)
+            return result;
+        QList<KORVOTypedObjectPtr> members;
+        if (!deleted) {
+            if (auto collection
+                = std::dynamic_pointer_cast<KORVOVersionedObjects>(mSession.GetObjectObjects(item->Key)))
+                members = QList<KORVOTypedObjectPtr>(collection->begin(), collection->end());
+        } else {
+            const QList<KORVODBTItemsPtr> lists = mSession.GetObjectsForUndeleteing(item->Key);
+            if (!lists.isEmpty() && lists.first()) {
+                for (const KORVODBTItemPtr &row : *lists.first()) {
+                    bool fromDeleted = true;
+                    if (auto object = std::dynamic_pointer_cast<KORVOTypedObject>(
+                            mSession.GetObject(row->Tag, row->Key, fromDeleted)))
+                        members.append(object);
+                }
+            }
+        }
+        result.append(members);
+    }
+    return result;
+}
+
+int ScriptObjectSelection::VersionInFrame(
+    const KORVOTypedObject &object, const QDateTime &fromPicked, const QDateTime &untilPicked)
+{
+    const QDateTime from = WholeSeconds(fromPicked), until = WholeSeconds(untilPicked);
+    QDateTime latest(QDate(1900, 1, 1), QTime(0, 0));
+    int version = -1;
+    for (const QStringList &entry : object.DateSummary(true)) {
+        const QDateTime date = VersionDateTime(entry.value(0));
+        if (InFrame(date, from, until) && latest.secsTo(date) > 0) {
+            latest = date;
+            version = entry.value(2).toInt();
+        }
+    }
+    return version;
+}
+
+int ScriptObjectSelection::TimeFrame(const QDateTime &fromPicked, const QDateTime &untilPicked)
+{
+    // History dates have whole seconds, and so has the frame.
+    const QDateTime from = WholeSeconds(fromPicked), until = WholeSeconds(untilPicked);
+    ScriptCreatorObjects &list = mJob.ObjectsToScript();
+    mSteps.SetProgressMax(1);
+    list.Clear();
+    AddObjectTypeSteps(false, false);
+    AddObjectTypeSteps(true, false);
+    mSteps.AddStep(QStringLiteral("FIND"), QStringLiteral("Find objects that fit in specified time frame"));
+    mSteps.AddStep(QStringLiteral("END"), QStringLiteral("Create VSS time line"));
+
+    // Present objects before all deleted ones.
+    QList<QList<KORVOTypedObjectPtr>> collections = GetObjectCollections(false);
+    if (mInterrupted)
+        return -1;
+    collections += GetObjectCollections(true);
+    if (mInterrupted)
+        return -1;
+    mSteps.NextStep();
+    long total = 0;
+    for (const auto &members : std::as_const(collections))
+        total += members.size();
+    mSteps.SetProgressMax(total);
+    mSteps.SetProgress(0, QString());
+
+    int count = 0;
+    long position = 0;
+    for (const auto &members : std::as_const(collections)) {
+        for (const KORVOTypedObjectPtr &object : members) {
+            const int version = VersionInFrame(*object, from, until);
+            if (version > -1) {
+                ScriptCreatorObjectPtr entry = list.Add();
+                entry->Action = ScriptCreatorObject::Update;
+                entry->VersionNumber = version;
+                entry->ScriptObject = object;
+                ++count;
+            }
+            mSteps.SetProgress(++position, QString());
+            if (mInterrupted)
+                return -1;
+        }
+    }
+
+    mSteps.NextStep();
+    mSteps.SetProgressMax(list.Count());
+    mSteps.SetProgress(0, QString());
+    position = 0;
+    for (const ScriptCreatorObjectPtr &entry : list) {
+        const KORVOTypedObject &object = *entry->ScriptObject;
+        if (InFrame(object.FirstDate(), from, until))
+            entry->Action = ScriptCreatorObject::Add;
+        if (InFrame(object.LastDate(), from, until) && object.IsDeleted()) {
+            if (entry->Action == ScriptCreatorObject::Add) {
+                entry->Action = ScriptCreatorObject::Nothing;
+                --count;
+            } else {
+                entry->Action = ScriptCreatorObject::Drop;
+            }
+        }
+        mSteps.SetProgress(++position, QString());
+        if (mInterrupted)
+            return -1;
+    }
+    if (count > 0)
+        mSteps.NextStep();
+    return count;
+}
+
+QList<std::shared_ptr<KORVOVersionedObjects>> ScriptObjectSelection::TypedCollections(
+    const QList<KORVOObjectCollectionPtr> &list) const
+{
+    QList<std::shared_ptr<KORVOVersionedObjects>> out;
+    for (const auto &collection : list) {
+        if (auto typed = std::dynamic_pointer_cast<KORVOVersionedObjects>(collection))
+            out.append(typed);
+    }
+    return out;
+}
+
+ScriptObjectSelection::CompareResult ScriptObjectSelection::Compare(int &count, QString &error)
+{
+    count = 0;
+    ScriptCreatorObjects &list = mJob.ObjectsToScript();
+    const std::shared_ptr<KORVOSQL> &other = mJob.SQLConnection();
+    mSteps.SetProgressMax(1);
+    list.Clear();
+    AddObjectTypeSteps(false, false);
+    mSteps.AddStep(QStringLiteral("CONNECT"), QStringLiteral("Open a Connection to specified Database"));
+    AddObjectTypeSteps(false, true);
+    mSteps.AddStep(QStringLiteral("COMPARE"), QStringLiteral("Compare objects and mark changes"));
+    mSteps.AddStep(QStringLiteral("END"), QStringLiteral("Close Connection to specified database"));
+
+    QList<std::shared_ptr<KORVOVersionedObjects>> own;
+    const KORVODBTItemsPtr items = mSession.GetItemsForScriptGen();
+    for (const KORVODBTItemPtr &item : *items) {
+        mSteps.NextStep();
+        if (mInterrupted)
+            return CompareResult::Interrupted;
+        if (auto c = std::dynamic_pointer_cast<KORVOVersionedObjects>(mSession.GetObjectObjects(item->Key)))
+            own.append(c);
+    }
+    mSteps.NextStep();
+    mSteps.SetProgressMax(1);
+    mSteps.SetProgress(0, QString());
+    mSteps.SetProgress(1, QString());
+    error = other->OpenConnection(other->Server(), other->Database(), other->StoredUserName(), other->Password(),
+        other->UseWinNTAuth() ? KORVOSQL::UseNTYes : KORVOSQL::UseNTNo, true);
+    if (!error.isEmpty())
+        return CompareResult::ConnectionFailed;
+
+    const QList<std::shared_ptr<KORVOVersionedObjects>> others
+        = TypedCollections(mSession.SetupAvailableEditableObjectsForAnotherDB(other));
+    for (const auto &collection : others) {
+        mSteps.NextStep();
+        bool cancel = mInterrupted;
+        collection->RefreshList(cancel);
+        if (mInterrupted)
+            return CompareResult::Interrupted;
+    }
+
+    mSteps.NextStep();
+    long total = 0;
+    for (const auto &c : std::as_const(own))
+        total += c->Count();
+    for (const auto &c : others)
+        total += c->Count();
+    mSteps.SetProgressMax(total);
+    mSteps.SetProgress(0, QString());
+
+    auto sameType = [](const auto &lists, const QString &type) -> std::shared_ptr<KORVOVersionedObjects> {
+        for (const auto &c : lists) {
+            if (c->ObjectType() == type)
+                return c;
+        }
+        return nullptr;
+    };
+    long position = 0;
+    for (const auto &mine : std::as_const(own)) {
+        const auto theirs = sameType(others, mine->ObjectType());
+        if (!theirs) {
+            position += mine->Count();
+            continue;
+        }
+        const QHash<QString, KORVOTypedObjectPtr> index = MatchIndex(*theirs);
+        const QHash<QString, QString> texts = ServerTexts(*other, *theirs);
+        for (const KORVOTypedObjectPtr &object : *mine) {
+            const KORVOTypedObjectPtr match = index.value(MatchKey(*object));
+            int action = ScriptCreatorObject::Add;
+            if (match) {
+                const auto text = texts.constFind(match->DBID());
+                const QString theirText = text != texts.cend() ? *text : match->GetContent(2);
+                action = Stripped(object->GetContent(1)) == Stripped(theirText) ? 0 : ScriptCreatorObject::Update;
+            }
+            if (action) {
+                ScriptCreatorObjectPtr entry = list.Add();
+                entry->Action = action;
+                entry->ScriptObject = object;
+                ++count;
+            }
+            mSteps.SetProgress(++position, QString());
+            if (mInterrupted)
+                return CompareResult::Interrupted;
+        }
+    }
+    for (const auto &collection : others) {
+        const auto mine = sameType(own, collection->ObjectType());
+        if (!mine) {
+            position += collection->Count();
+            continue;
+        }
+        const QHash<QString, KORVOTypedObjectPtr> index = MatchIndex(*mine);
+        for (const KORVOTypedObjectPtr &object : *collection) {
+            if (!index.contains(MatchKey(*object))) {
+                ScriptCreatorObjectPtr entry = list.Add();
+                entry->Action = ScriptCreatorObject::Drop;
+                entry->ScriptObject = object;
+                ++count;
+            }
+            mSteps.SetProgress(++position, QString());
+            if (mInterrupted)
+                return CompareResult::Interrupted;
+        }
+    }
+
+    mSteps.NextStep();
+    mSteps.SetProgressMax(1);
+    mSteps.SetProgress(0, QString());
+    other->CloseConnection();
+    mSteps.SetProgress(1, QString());
+    mSteps.NextStep();
+    return CompareResult::Done;
+}
+
+QList<KORVOTypedObjectPtr> ScriptObjectSelection::Complete(bool complete)
+{
+    QList<KORVOTypedObjectPtr> rows;
+    mSteps.SetProgressMax(1);
+    mJob.ObjectsToScript().Clear();
+    AddObjectTypeSteps(false, false);
+    mSteps.AddStep(QStringLiteral("END"),
+        complete ? QStringLiteral("Prepare objects for scripting") : QStringLiteral("Add objects to custom list"));
+
+    const QList<QList<KORVOTypedObjectPtr>> collections = GetObjectCollections(false);
+    if (mInterrupted)
+        return rows;
+    long total = 0;
+    for (const auto &members : collections)
+        total += members.size();
+    mSteps.SetProgressMax(total);
+    mSteps.NextStep();
+    long position = 0;
+    for (const auto &members : collections) {
+        for (const KORVOTypedObjectPtr &object : members) {
+            if (object->InSQL()) {
+                if (complete) {
+                    ScriptCreatorObjectPtr entry = mJob.ObjectsToScript().Add();
+                    entry->Action = ScriptCreatorObject::Add;
+                    entry->ScriptObject = object;
+                } else {
+                    rows.append(object);
+                }
+            }
+            mSteps.SetProgress(++position, QString());
+            if (mInterrupted)
+                return rows;
+        }
+    }
+    mSteps.NextStep();
+    return rows;
+}
