@@ -3,6 +3,7 @@
 #include "KORVODatabase.h"
 #include "frmCompareText.h"
 #include "frmEditObjectText.h"
+#include "frmSQLQuery.h"
 #include "sql/KORVOSQL.h"
 
 #include <QWidget>
@@ -33,6 +34,13 @@ KORVOChildWindow *KORVOAllWindows::OpenObjectText(
     KORVOMainWindowServices &main, KORVODatabase &session, const KORVODBObjectPtr &object)
 {
     return TextWindow(main, session, object, QString(), false);
+}
+
+KORVOChildWindow *KORVOAllWindows::OpenQuery(KORVOMainWindowServices &main, KORVODatabase &session)
+{
+    auto *w = new frmSQLQuery(main, session);
+    w->OpenSQLQuery();
+    return w;
 }
 
 void KORVOAllWindows::Compare(QWidget *parent, KORVODatabase &session, const QString &leftText,
