@@ -58,7 +58,7 @@ void Figures(const PgTestDatabase &db)
     }
     std::printf("Peak memory (VmHWM) after the large result: %.0f MB\n", PeakMB());
 
-    QString script = QStringLiteral("create temp table b(i int);\ngo\n");
+    QString script = QStringLiteral("drop table if exists b;\ncreate temp table b(i int);\ngo\n");
     for (int i = 0; i < 1000; ++i)
         script += QStringLiteral("insert into b values (%1);\ngo\n").arg(i);
     for (int run = 0; run < 3; ++run) {
