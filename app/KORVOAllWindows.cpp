@@ -10,6 +10,7 @@
 #include "frmRecompile.h"
 #include "frmScriptCreator.h"
 #include "frmSyncProcess.h"
+#include "frmSQLQuery.h"
 #include "sql/KORVOSQL.h"
 
 #include <QWidget>
@@ -40,6 +41,13 @@ KORVOChildWindow *KORVOAllWindows::OpenObjectText(
     KORVOMainWindowServices &main, KORVODatabase &session, const KORVODBObjectPtr &object)
 {
     return TextWindow(main, session, object, QString(), false);
+}
+
+KORVOChildWindow *KORVOAllWindows::OpenQuery(KORVOMainWindowServices &main, KORVODatabase &session)
+{
+    auto *w = new frmSQLQuery(main, session);
+    w->OpenSQLQuery();
+    return w;
 }
 
 void KORVOAllWindows::Compare(QWidget *parent, KORVODatabase &session, const QString &leftText,

@@ -20,6 +20,8 @@ public:
         const KORVODBObjectPtr &object, const QString &text) override;
     KORVOChildWindow *OpenObjectText(
         KORVOMainWindowServices &main, KORVODatabase &session, const KORVODBObjectPtr &object) override;
+    // Query window (korvo_query).
+    KORVOChildWindow *OpenQuery(KORVOMainWindowServices &main, KORVODatabase &session) override;
     void Compare(QWidget *parent, KORVODatabase &session, const QString &leftText, const QString &rightText,
         const QString &leftCaption, const QString &rightCaption) override;
     // Documentation generator (korvo_docgen).

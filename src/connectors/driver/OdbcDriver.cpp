@@ -154,6 +154,7 @@ public:
         }
         BatchResult result;
         mCurrentSql = sql;
+        mStmt = stmt;
         try {
             SQLRETURN rc = SQLExecDirectW(stmt, const_cast<SQLWCHAR *>(wide(sql)), SQL_NTS);
             for (;;) {
@@ -165,13 +166,21 @@ public:
                     break;
             }
         } catch (...) {
+            mStmt = SQL_NULL_HSTMT;
             SQLFreeHandle(SQL_HANDLE_STMT, stmt);
             if (mBroken)
                 Close();
             throw;
         }
+        mStmt = SQL_NULL_HSTMT;
         SQLFreeHandle(SQL_HANDLE_STMT, stmt);
         return result;
+    }
+
+    void Cancel() override
+    {
+        if (mStmt)
+            SQLCancel(mStmt);
     }
 
 private:
@@ -280,6 +289,9 @@ private:
     }
 
     QString mCurrentSql; // the text being run, for error positions
+    // The statement being run, for Cancel. The call blocks, so only a signal
+    // handler or another thread could reach it today.
+    SQLHSTMT mStmt = SQL_NULL_HSTMT;
     bool mBroken = false;
     SQLHENV mEnv = SQL_NULL_HENV;
     SQLHDBC mDbc = SQL_NULL_HDBC;

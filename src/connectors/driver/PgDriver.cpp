@@ -4,6 +4,8 @@
 
 #include <optional>
 
+#include <poll.h>
+
 namespace
 {
 
@@ -69,7 +71,7 @@ public:
         if (!PQsendQuery(mConn, sql.toUtf8().constData())) {
             error = SqlError(0, Source, connectionMessage(mConn), QStringLiteral("08006"));
         } else {
-            while (PGresult *res = PQgetResult(mConn)) {
+            while (PGresult *res = nextResult()) {
                 switch (PQresultStatus(res)) {
                 case PGRES_TUPLES_OK:
                 case PGRES_SINGLE_TUPLE:
@@ -110,7 +112,34 @@ public:
         return result;
     }
 
+    void Cancel() override
+    {
+        if (!mConn || PQtransactionStatus(mConn) != PQTRANS_ACTIVE)
+            return;
+        if (PGcancel *cancel = PQgetCancel(mConn)) {
+            char message[256];
+            PQcancel(cancel, message, sizeof message);
+            PQfreeCancel(cancel);
+        }
+    }
+
 private:
+    // The next result; with a wait handler the socket is polled instead of
+    // blocking in libpq, so that the caller's events run meanwhile.
+    PGresult *nextResult()
+    {
+        if (mWaitHandler) {
+            const int socket = PQsocket(mConn);
+            while (socket >= 0 && PQisBusy(mConn)) {
+                pollfd fd { socket, POLLIN, 0 };
+                if (poll(&fd, 1, 20) > 0 && !PQconsumeInput(mConn))
+                    break; // the connection broke: PQgetResult reports it
+                mWaitHandler();
+            }
+        }
+        return PQgetResult(mConn);
+    }
+
     static SqlError errorOf(const PGresult *res, const QString &sql)
     {
         QString text = QString::fromUtf8(PQresultErrorField(res, PG_DIAG_MESSAGE_PRIMARY));

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 // All that one call to the server produced: a result per statement, in order
@@ -30,6 +31,15 @@ public:
     // the error) and when the connection is not open.
     virtual BatchResult Execute(const QString &sql) = 0;
 
+    // A window that must stay usable while the server works sets a handler; a
+    // connection that can wait without blocking calls it every few milliseconds
+    // until the statement ends (the handler may call Cancel). Connections that
+    // cannot wait that way never call it.
+    void SetWaitHandler(std::function<void()> handler) { mWaitHandler = std::move(handler); }
+    // Asks the server to stop the running statement, which then fails with the
+    // server's error. Does nothing when no statement runs.
+    virtual void Cancel() {}
+
     // The first row set of Execute(sql); a closed, empty recordset when no
     // statement returned rows. Throws as Execute.
     std::shared_ptr<Recordset> OpenRecordset(const QString &sql)
@@ -41,6 +51,9 @@ public:
         }
         return std::make_shared<Recordset>();
     }
+
+protected:
+    std::function<void()> mWaitHandler;
 };
 
 // Opens connections from connection strings. Throws SqlError when the server

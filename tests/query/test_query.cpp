@@ -1,0 +1,260 @@
+// The query window and its result panel: batches with results, counts, notices
+// and errors mapped to editor lines, a selection run, cancelling, bad input, and
+// the window's files and closing; on PostgreSQL and on the scripted SQL Server.
+#include "../objects/test_backend.h"
+#include "KORVOAllWindows.h"
+#include "KORVODatabase.h"
+#include "KORVOMainWindowServices.h"
+#include "SQLTextEditor.h"
+#include "frmSQLQuery.h"
+#include "multiGrid.h"
+
+#include <QAction>
+#include <QElapsedTimer>
+#include <QPointer>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTimer>
+
+namespace
+{
+
+class FakeMain : public KORVOMainWindowServices, public KORVOWindows
+{
+public:
+    void KeyPreview(bool, int &, int, long) override { }
+    void RefreshItem(const QString &, const QString &, bool) override { }
+    void RefreshForms() override { }
+    void EditPermissions(const QString &, const QString &, const KORVODBObjectPtr &) override { }
+    void AddChild(QWidget *child) override
+    {
+        child->resize(800, 600);
+        child->show();
+    }
+    KORVOWindows &Windows() override { return *this; }
+};
+
+// "header|header" then one "cell|cell" per row of a grid.
+QStringList GridText(QTableView *grid)
+{
+    QStringList out;
+    const QAbstractItemModel *m = grid->model();
+    QStringList header;
+    for (int c = 1; c < m->columnCount(); ++c)
+        header << m->headerData(c, Qt::Horizontal).toString();
+    out << header.join(QLatin1Char('|'));
+    for (int r = 0; r < m->rowCount(); ++r) {
+        QStringList row;
+        for (int c = 1; c < m->columnCount(); ++c)
+            row << m->index(r, c).data().toString();
+        out << row.join(QLatin1Char('|'));
+    }
+    return out;
+}
+
+} // namespace
+
+class TestQuery : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir dir;
+    std::unique_ptr<Backend> b;
+    std::unique_ptr<KORVODatabase> session;
+    FakeMain main;
+    QPointer<frmSQLQuery> w;
+
+    bool Open(const QString &kind)
+    {
+        b = Backend::Make(kind);
+        if (!b)
+            return false;
+        session = std::make_unique<KORVODatabase>(
+            b->ui, std::make_shared<KORVOObjectFactory>(), nullptr, dir.filePath(QStringLiteral("settings.conf")));
+        auto project = std::make_shared<KORVOProject>(b->ui);
+        b->Bind(*project->SQL());
+        project->VSS()->OpenConnection(
+            b->repo->Url(), "alice", QString(), Backend::Project, b->repo->Folder("query"), true, true);
+        session->SetProject(project);
+        w = static_cast<frmSQLQuery *>(KORVOAllWindows().OpenQuery(main, *session));
+        main.AddChild(w);
+        return true;
+    }
+    // Runs the text (or the selection from line to line, 0-based) through the toolbar.
+    QString Run(const QString &text, int fromLine = -1, int toLine = -1)
+    {
+        w->Editor().SetText(text);
+        if (fromLine >= 0)
+            w->Editor().setSelection(fromLine, 0, toLine, 0);
+        w->findChild<QAction *>(QStringLiteral("SQWBAR:EXECUTE"))->trigger();
+        [&] { QCOMPARE(w->Editor().Text(), text); }();
+        return w->Results().MessagesText();
+    }
+
+private Q_SLOTS:
+    void cleanup()
+    {
+        if (w) {
+            w->CloseItem(true);
+            delete w;
+        }
+        session.reset();
+        const bool answered = !b || b->ui.pending() == 0;
+        b.reset();
+        QVERIFY(answered);
+    }
+
+    // Three batches: rows with a NULL and an unnamed column, counts, a notice,
+    // and an error in the third batch pointed at its line in the editor.
+    void batchesOnPostgreSQL()
+    {
+        if (!Open(QStringLiteral("PostgreSQL")))
+            QSKIP("no server");
+        const QString messages = Run(QStringLiteral("create temp table t(a int, b text);\n"
+                                                    "insert into t values (1, 'x'), (2, null);\n"
+                                                    "GO\n"
+                                                    "select a, b from t order by a;\n"
+                                                    "select 1 + 1; -- go\n"
+                                                    "do $$ begin raise notice 'hello'; end $$;\n"
+                                                    "go\n"
+                                                    "   \n"
+                                                    "select nosuchcolumn from t;\n"));
+        multiGrid &g = w->Results();
+        QCOMPARE(g.GridCount(), 2);
+        QCOMPARE(GridText(g.Grid(1)), QStringList({ "a|b", "1|x", "2|(null)" }));
+        QCOMPARE(GridText(g.Grid(2)), QStringList({ "(No column name)", "2" }));
+        QCOMPARE(g.Grid(1)->model()->index(0, 0).data().toInt(), 1);
+        QCOMPARE(g.Grid(1)->height(), 2 * 20 + 25);
+        QVERIFY2(messages.contains("(2 rows affected)\n\n(2 rows affected)\n\n(1 row affected)"), qPrintable(messages));
+        QVERIFY(messages.contains("hello"));
+        QVERIFY2(messages.contains("Line 3: column \"nosuchcolumn\" does not exist\n(Line 9 in editor)"),
+            qPrintable(messages));
+        QVERIFY(g.ShowingMessages());
+        QVERIFY(w->PanelVisible());
+    }
+
+    // The selection's lines count from its start.
+    void selectionRun()
+    {
+        if (!Open(QStringLiteral("PostgreSQL")))
+            QSKIP("no server");
+        const QString messages = Run(QStringLiteral("select 1;\nselect 2;\ngo\nselect * from nowhere;\nselect 3;\n"), 1, 4);
+        QVERIFY2(messages.contains("(Line 3 in editor)"), qPrintable(messages));
+        QCOMPARE(w->Results().GridCount(), 1);
+        QCOMPARE(GridText(w->Results().Grid(1)), QStringList({ "(No column name)", "2" }));
+    }
+
+    // The server's "Line n:" of the text sent, less the added first line.
+    void lineCorrectionOnSQLServer()
+    {
+        if (!Open(QStringLiteral("SQLServer")))
+            QSKIP("no server");
+        b->scripted->addStatement(ScriptedSqlServer::exact("select 1\r\nSELECT name FROM things\r\n"),
+            [](ScriptedSqlServer::Call &) {
+                BatchResult r;
+                r.Results << std::make_shared<Recordset>(QStringList { QString() }, QList<QVariantList> { { 1 } })
+                          << std::make_shared<Recordset>(
+                                 QStringList { "name", "" }, QList<QVariantList> { { "a", QVariant() } });
+                return r;
+            });
+        b->scripted->addStatement(QStringLiteral("^select 1\\r\\n\\r\\n\\s*\\r\\nSELEC oops$"), [](auto &) -> BatchResult {
+            throw SqlError(102, "ODBC",
+                "Line 4: [Microsoft][ODBC SQL Server Driver][SQL Server]Incorrect syntax near 'oops'.");
+        });
+        multiGrid &g = w->Results();
+        g.ExecuteQuery(QStringLiteral("SELECT name FROM things\r\ngo\r\n  \r\nSELEC oops"));
+        QCOMPARE(g.GridCount(), 1);
+        QCOMPARE(GridText(g.Grid(1)), QStringList({ "name|(No column name)", "a|(null)" }));
+        QCOMPARE(g.MessagesText(), QStringLiteral("\n(1 row affected)\n\nLine 3: Incorrect syntax near 'oops'.\n(Line 4 in editor)\n"));
+        QVERIFY(b->scripted->Refused.isEmpty());
+        QCOMPARE(multiGrid::FormatSQLError("Invalid object name 'x'.", 1, { "a\r\n" }), "Invalid object name 'x'.");
+    }
+
+    // A long query stops on Cancel and the window runs the next one.
+    void cancel()
+    {
+        if (!Open(QStringLiteral("PostgreSQL")))
+            QSKIP("no server");
+        QTimer::singleShot(300, w, [this] { w->findChild<QAction *>(QStringLiteral("SQWBAR:CANCEL"))->trigger(); });
+        QElapsedTimer clock;
+        clock.start();
+        const QString messages = Run(QStringLiteral("select pg_sleep(30)\ngo\nselect 2"));
+        QVERIFY(clock.elapsed() < 10000);
+        QVERIFY2(messages.contains("canceling statement due to user request"), qPrintable(messages));
+        QVERIFY(messages.contains("The query was cancelled"));
+        QCOMPARE(w->Results().GridCount(), 0);
+        Run(QStringLiteral("select 42"));
+        QCOMPARE(GridText(w->Results().Grid(1)), QStringList({ "(No column name)", "42" }));
+        QVERIFY(w->findChild<QAction *>(QStringLiteral("SQWBAR:EXECUTE"))->isEnabled());
+    }
+
+    void badInput_data()
+    {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("cell"); // of the first grid, or empty for none
+        QTest::newRow("unterminated string") << "select 'abc" << "unterminated quoted string" << "";
+        QTest::newRow("unterminated comment") << "select 1 /* x" << "unterminated /* comment" << "";
+        QTest::newRow("separator in string") << "select 'a\ngo\nb'" << "(1 row affected)" << "a\ngo\nb";
+        QTest::newRow("binary") << "select '\\x00ff'::bytea" << "(1 row affected)" << "\\x00ff";
+        QTest::newRow("wide cell") << "select repeat('x', 100000)" << "(1 row affected)" << QString(1000, 'x') + QChar(0x2026);
+        QTest::newRow("no columns") << "select" << "(1 row affected)" << "";
+        QTest::newRow("nothing returned") << "create temp table e(a int)" << "(-1 row affected)" << "";
+        QTest::newRow("connection lost") << "select pg_terminate_backend(pg_backend_pid())\ngo\nselect 1"
+                                         << "The connection to the server was lost" << "";
+    }
+    void badInput()
+    {
+        QFETCH(QString, sql);
+        QFETCH(QString, message);
+        QFETCH(QString, cell);
+        if (!Open(QStringLiteral("PostgreSQL")))
+            QSKIP("no server");
+        const QString messages = Run(sql);
+        QVERIFY2(messages.contains(message), qPrintable(messages));
+        QCOMPARE(w->Results().GridCount(), cell.isEmpty() ? 0 : 1);
+        if (!cell.isEmpty())
+            QCOMPARE(w->Results().Grid(1)->model()->index(0, 1).data().toString(), cell);
+    }
+
+    // Blanks run nothing; saving asks for a name once, then closing asks nothing;
+    // opening over changes asks first.
+    void filesAndClosing()
+    {
+        if (!Open(QStringLiteral("PostgreSQL")))
+            QSKIP("no server");
+        QCOMPARE(w->FormType(), 3L);
+        QCOMPARE(w->OpenFileText(), QStringLiteral("Open"));
+        QVERIFY(w->property(kChildMarker).toBool());
+        QVERIFY(w->Editor().Text().isEmpty());
+        Run(QStringLiteral(" \n\t"));
+        QVERIFY(!w->PanelVisible());
+
+        const QString path = dir.filePath(QStringLiteral("q.sql"));
+        w->Editor().SetText(QStringLiteral("select 7"));
+        b->ui.pick(path).answer(UiServices::Answer::Ok);
+        QVERIFY(w->SaveText(true));
+        QCOMPARE(b->ui.last().title, QStringLiteral("SQL Query Saved"));
+        QCOMPARE(b->ui.pickerTitles.last(), QStringLiteral("Save SQL Query"));
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        QCOMPARE(f.readAll(), QByteArray("select 7"));
+        f.close();
+        QVERIFY(!w->Editor().IsModified());
+
+        w->Editor().SetText(QStringLiteral("changed"));
+        b->ui.answer(UiServices::Answer::No);
+        w->OpenText();
+        QCOMPARE(b->ui.last().title, QStringLiteral("Discard Changes Made?"));
+        b->ui.answer(UiServices::Answer::Cancel);
+        QVERIFY(!w->CloseItem(false));
+        QCOMPARE(b->ui.last().title, QStringLiteral("Save SQL"));
+        b->ui.answer(UiServices::Answer::Yes).answer(UiServices::Answer::Ok);
+        QVERIFY(w->CloseItem(false));
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        QCOMPARE(f.readAll(), QByteArray("changed"));
+    }
+};
+
+QTEST_MAIN(TestQuery)
+#include "test_query.moc"
