@@ -3,6 +3,7 @@
 #include "KORVODatabase.h"
 #include "frmCompareText.h"
 #include "frmEditObjectText.h"
+#include "frmOptions.h"
 #include "sql/KORVOSQL.h"
 
 #include <QWidget>
@@ -43,4 +44,9 @@ void KORVOAllWindows::Compare(QWidget *parent, KORVODatabase &session, const QSt
     // Owned by the top window, so that it outlives the text window it was opened from.
     frmCompareText::Show(session, session.Ui(), parent ? parent->window() : nullptr, leftText, rightText, leftCaption,
         rightCaption, postgreSQL);
+}
+
+void KORVOAllWindows::Options(QWidget *parent, KORVODatabase &session)
+{
+    frmOptions::ShowOptions(session, parent ? parent->window() : nullptr);
 }

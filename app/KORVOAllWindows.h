@@ -14,4 +14,6 @@ public:
         KORVOMainWindowServices &main, KORVODatabase &session, const KORVODBObjectPtr &object) override;
     void Compare(QWidget *parent, KORVODatabase &session, const QString &leftText, const QString &rightText,
         const QString &leftCaption, const QString &rightCaption) override;
+    // Options dialog (korvo_options).
+    void Options(QWidget *parent, KORVODatabase &session) override;
 };
