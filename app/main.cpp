@@ -1,4 +1,5 @@
 #include "HelpIntegration.h"
+#include "HelpKeys.h"
 #include "KORVODatabase.h"
 #include "KORVOObjectFactory.h"
 #include "KorvoApplication.h"
@@ -16,6 +17,8 @@ int main(int argc, char *argv[])
     QtUiServices ui;
     app.SetUi(&ui);
     HelpIntegration help(ui);
+    HelpKeys helpKeys(help);
+    app.installEventFilter(&helpKeys);
     frmInitialize splash(ui, help, [&ui] {
         return std::make_shared<KORVODatabase>(
             ui, std::make_shared<KORVOObjectFactory>(), [] { return std::make_unique<mdiMain>(); });
