@@ -40,16 +40,16 @@ struct Page {
 
 // The category tree in order; "Changes Made" opens the frame of its first child.
 const Page Pages[] = {
-    {"General", "GENERAL", "", "GENERAL", 25},
-    {"View", "VIEW", "", "VIEW", 26},
-    {"Default Text", "DEFAULTTEXT", "", "DEFAULTTEXT", 27},
-    {"Editor", "EDITOR", "", "EDITOR", 28},
-    {"Changes Made", "EDITOR:CHANGESMADE", "EDITOR", "EDITOR:CHANGESMADE:NEW", 29},
-    {"New Objects", "EDITOR:CHANGESMADE:NEW", "EDITOR:CHANGESMADE", "EDITOR:CHANGESMADE:NEW", 30},
-    {"Editing Objects", "EDITOR:CHANGESMADE:EDIT", "EDITOR:CHANGESMADE", "EDITOR:CHANGESMADE:EDIT", 31},
-    {"Object Permissions", "EDITOR:CHANGESMADE:PERMISSION", "EDITOR:CHANGESMADE", "EDITOR:CHANGESMADE:PERMISSION",
-        32},
-    {"Permissions", "PERMISSIONS", "", "PERMISSIONS", 33},
+    { "General", "GENERAL", "", "GENERAL", 25 },
+    { "View", "VIEW", "", "VIEW", 26 },
+    { "Default Text", "DEFAULTTEXT", "", "DEFAULTTEXT", 27 },
+    { "Editor", "EDITOR", "", "EDITOR", 28 },
+    { "Changes Made", "EDITOR:CHANGESMADE", "EDITOR", "EDITOR:CHANGESMADE:NEW", 29 },
+    { "New Objects", "EDITOR:CHANGESMADE:NEW", "EDITOR:CHANGESMADE", "EDITOR:CHANGESMADE:NEW", 30 },
+    { "Editing Objects", "EDITOR:CHANGESMADE:EDIT", "EDITOR:CHANGESMADE", "EDITOR:CHANGESMADE:EDIT", 31 },
+    { "Object Permissions", "EDITOR:CHANGESMADE:PERMISSION", "EDITOR:CHANGESMADE", "EDITOR:CHANGESMADE:PERMISSION",
+        32 },
+    { "Permissions", "PERMISSIONS", "", "PERMISSIONS", 33 },
 };
 
 struct Tag {
@@ -58,16 +58,16 @@ struct Tag {
 };
 
 const Tag Tags[] = {
-    {"<DATE> - Date Created (dd.mm.yyyy)", "<DATE>"},
-    {"<TIME> - Date Created (hh:mm)", "<TIME>"},
-    {"<DONEBYVSS> - Created By (VSS Username)", "<DONEBYVSS>"},
-    {"<DONEBYSQL> - Created By (SQL Username)", "<DONEBYSQL>"},
-    {"<TABLEWITHOWNER> - Complete Table Name (Triggers Only)", "<TABLEWITHOWNER>"},
-    {"<TABLE> - Table Name (Triggers Only)", "<TABLE>"},
-    {"<TABLEOWNER> - Table Owner Name (Triggers Only)", "<TABLEOWNER>"},
+    { "<DATE> - Date Created (dd.mm.yyyy)", "<DATE>" },
+    { "<TIME> - Date Created (hh:mm)", "<TIME>" },
+    { "<DONEBYVSS> - Created By (VSS Username)", "<DONEBYVSS>" },
+    { "<DONEBYSQL> - Created By (SQL Username)", "<DONEBYSQL>" },
+    { "<TABLEWITHOWNER> - Complete Table Name (Triggers Only)", "<TABLEWITHOWNER>" },
+    { "<TABLE> - Table Name (Triggers Only)", "<TABLE>" },
+    { "<TABLEOWNER> - Table Owner Name (Triggers Only)", "<TABLEOWNER>" },
 };
 
-const int EditValues[] = {1, 2, 4, 5};
+const int EditValues[] = { 1, 2, 4, 5 };
 
 // The tag list: a drag carries the row's tag, not its shown text.
 class TagList : public QListWidget
@@ -93,8 +93,8 @@ QCheckBox *Check(QWidget *frame, QLayout *layout, const char *name, const QStrin
     return box;
 }
 
-QButtonGroup *Options(QWidget *frame, QLayout *layout, const char *name, const QString &label,
-    const QStringList &captions)
+QButtonGroup *Options(
+    QWidget *frame, QLayout *layout, const char *name, const QString &label, const QStringList &captions)
 {
     layout->addWidget(new QLabel(label, frame));
     auto *group = new QButtonGroup(frame);
@@ -134,9 +134,8 @@ int frmOptions::EditValueToIndex(int value)
     return -1;
 }
 
-frmOptions::frmOptions(
-    KORVODatabase &session, QWidget *parent, std::function<void()> refreshStatusBar, HelpIntegration *help,
-    std::shared_ptr<KORVODBTItems> types)
+frmOptions::frmOptions(KORVODatabase &session, QWidget *parent, std::function<void()> refreshStatusBar,
+    HelpIntegration *help, std::shared_ptr<KORVODBTItems> types)
     : QDialog(parent)
     , mSession(session)
     , mRefreshStatusBar(std::move(refreshStatusBar))
@@ -206,7 +205,8 @@ void frmOptions::BuildPages()
 
     auto *general = frame(QStringLiteral("GENERAL"), tr("General Settings ..."));
     auto *l = new QVBoxLayout(general);
-    mShowProjectBrowser = Check(general, l, "chkShowProjectBrowser", tr("Show Project Browser when application starts"));
+    mShowProjectBrowser
+        = Check(general, l, "chkShowProjectBrowser", tr("Show Project Browser when application starts"));
     l->addStretch();
 
     auto *view = frame(QStringLiteral("VIEW"), tr("View Settings ..."));
@@ -248,8 +248,8 @@ void frmOptions::BuildPages()
     l = new QVBoxLayout(editor);
     mPromptDescription
         = Check(editor, l, "chkPromptDescription", tr("Show Description prompt when a New Object is created"));
-    mShowPermissionOnNew = Check(
-        editor, l, "chkShowPermissionOnNew", tr("Show Object Permission window when a New Object is created"));
+    mShowPermissionOnNew
+        = Check(editor, l, "chkShowPermissionOnNew", tr("Show Object Permission window when a New Object is created"));
     mShowComment
         = Check(editor, l, "chkShowComment", tr("Always display Comment prompt when adding/check in an object"));
     l->addStretch();
@@ -258,7 +258,7 @@ void frmOptions::BuildPages()
     auto *changesNew = frame(QStringLiteral("EDITOR:CHANGESMADE:NEW"), tr("Changes Made: New Object ..."));
     l = new QVBoxLayout(changesNew);
     mOptNew = Options(changesNew, l, "optNew", tr("When a New Object has unsaved changed, the default should be:"),
-        {tr("Check In"), tr("Save Text"), tr("Discard Changes")});
+        { tr("Check In"), tr("Save Text"), tr("Discard Changes") });
     mUseDefaultNew = Check(changesNew, l, "chkUseDefaultNew", tr("Always use this as the default"));
     l->addWidget(new QLabel(note, changesNew));
     l->addStretch();
@@ -266,23 +266,23 @@ void frmOptions::BuildPages()
     auto *changesEdit = frame(QStringLiteral("EDITOR:CHANGESMADE:EDIT"), tr("Changes Made: Editing an Object ..."));
     l = new QVBoxLayout(changesEdit);
     mOptEdit = Options(changesEdit, l, "optEdit", tr("When an Object has unsaved changes, the default should be:"),
-        {tr("Check In"), tr("Save Text"), tr("Undo Check Out"), tr("Keep Checked Out and Discard Changes")});
+        { tr("Check In"), tr("Save Text"), tr("Undo Check Out"), tr("Keep Checked Out and Discard Changes") });
     mUseDefaultEdit = Check(changesEdit, l, "chkUseDefaultEdit", tr("Always use this as the default"));
     l->addWidget(new QLabel(note, changesEdit));
     l->addStretch();
 
-    auto *changesPermission = frame(
-        QStringLiteral("EDITOR:CHANGESMADE:PERMISSION"), tr("Changes Made: Editing an Object Permissions ..."));
+    auto *changesPermission
+        = frame(QStringLiteral("EDITOR:CHANGESMADE:PERMISSION"), tr("Changes Made: Editing an Object Permissions ..."));
     l = new QVBoxLayout(changesPermission);
     mOptPermission = Options(changesPermission, l, "optPermission",
         tr("When an Object has unsaved changes, the default should be:"),
-        {tr("Always Prompt me that there are unsaved changes"), tr("Always Discard the changes made"),
-            tr("Always Save the changes made")});
+        { tr("Always Prompt me that there are unsaved changes"), tr("Always Discard the changes made"),
+            tr("Always Save the changes made") });
     l->addStretch();
 
     auto *permissions = frame(QStringLiteral("PERMISSIONS"), tr("Permission Settings ..."));
     l = new QVBoxLayout(permissions);
-    const QStringList who = {tr("Show both Roles and Users"), tr("Only show Roles"), tr("Only show Users")};
+    const QStringList who = { tr("Show both Roles and Users"), tr("Only show Roles"), tr("Only show Users") };
     mOptDBTPermission = Options(permissions, l, "optDBTPermission", tr("In the Database Tree show:"), who);
     mOptEditorPermission = Options(permissions, l, "optEditorPermission", tr("In the Permission Editor:"), who);
     l->addStretch();
@@ -311,7 +311,7 @@ void frmOptions::BuildPages()
 
     for (auto *box : findChildren<QCheckBox *>())
         connect(box, &QCheckBox::clicked, this, &frmOptions::SetDirty);
-    for (auto *group : {mOptNew, mOptEdit, mOptPermission, mOptDBTPermission, mOptEditorPermission})
+    for (auto *group : { mOptNew, mOptEdit, mOptPermission, mOptDBTPermission, mOptEditorPermission })
         connect(group, &QButtonGroup::buttonClicked, this, &frmOptions::SetDirty);
 
     mDefaultDirtyTimer = new QTimer(this);
@@ -475,7 +475,8 @@ bool frmOptions::eventFilter(QObject *watched, QEvent *e)
             p = mDefaultText->viewport()->mapFrom(mDefaultText, p);
         const long pos = mDefaultText->SendScintilla(QsciScintillaBase::SCI_POSITIONFROMPOINT, p.x(), p.y());
         const QByteArray text = drop->mimeData()->text().toUtf8();
-        mDefaultText->SendScintilla(QsciScintillaBase::SCI_INSERTTEXT, static_cast<unsigned long>(pos), text.constData());
+        mDefaultText->SendScintilla(
+            QsciScintillaBase::SCI_INSERTTEXT, static_cast<unsigned long>(pos), text.constData());
         mDefaultText->SendScintilla(QsciScintillaBase::SCI_GOTOPOS, static_cast<unsigned long>(pos + text.size()));
         drop->acceptProposedAction();
         return true;

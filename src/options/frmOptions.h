@@ -37,7 +37,8 @@ public:
     ~frmOptions() override;
 
     // Fills the dialog and shows it modally.
-    static void ShowOptions(KORVODatabase &session, QWidget *parent = nullptr, std::function<void()> refreshStatusBar = {});
+    static void ShowOptions(
+        KORVODatabase &session, QWidget *parent = nullptr, std::function<void()> refreshStatusBar = {});
 
     // Writes every setting and default text; true when done.
     bool SaveOptions();

@@ -19,15 +19,15 @@
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
-    const QString out = argc > 1 ? QString::fromLocal8Bit(argv[1])
-                                 : QStringLiteral(KORVO_SOURCE_DIR "/docs/screenshots/options.png");
+    const QString out
+        = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral(KORVO_SOURCE_DIR "/docs/screenshots/options.png");
     QTemporaryDir dir;
     qputenv("KORVO_DATA_DIR", dir.filePath(QStringLiteral("data")).toUtf8());
     ScriptedUi ui;
     ui.setLenient(true);
     KORVODatabase session(ui, std::make_shared<StubCollectionFactory>(), {}, dir.filePath(QStringLiteral("s.conf")));
     auto types = std::make_shared<KORVODBTItems>();
-    for (const char *name : {"Stored Procedures", "Views", "Triggers", "User Defined Functions"}) {
+    for (const char *name : { "Stored Procedures", "Views", "Triggers", "User Defined Functions" }) {
         auto item = types->Add(QLatin1String(name));
         item->Text = item->Tag = QLatin1String(name);
     }

@@ -36,17 +36,19 @@ private Q_SLOTS:
         QTest::addColumn<QString>("page");
         QTest::newRow("comment") << Maker([](auto &, auto &, auto &) { return std::make_unique<frmComment>(); })
                                  << "GettingStarted_Step5.htm#Edit";
-        QTest::newRow("description")
-            << Maker([](auto &ui, auto &, auto &) { return std::make_unique<frmItemDescription>(ui); })
-            << "Descriptions.htm#Edit";
+        QTest::newRow("description") << Maker([](auto &ui, auto &, auto &) {
+            return std::make_unique<frmItemDescription>(ui);
+        }) << "Descriptions.htm#Edit";
         QTest::newRow("rename") << Maker([](auto &ui, auto &, auto &) { return std::make_unique<frmRenameObject>(ui); })
                                 << "ObjectMaint.htm#Renaming";
         QTest::newRow("undelete") << Maker([](auto &ui, auto &, auto &) { return std::make_unique<frmUndelete>(ui); })
                                   << "ObjectMaint.htm#Undeleting";
-        QTest::newRow("sql login") << Maker([](auto &ui, auto &, auto &) { return std::make_unique<frmSQLPassword>(ui); })
-                                   << "GettingStarted_Step2.htm#SQLServer";
-        QTest::newRow("vss login") << Maker([](auto &ui, auto &, auto &) { return std::make_unique<frmVSSPassword>(ui); })
-                                   << "GettingStarted_Step2.htm#VSSDB";
+        QTest::newRow("sql login") << Maker([](auto &ui, auto &, auto &) {
+            return std::make_unique<frmSQLPassword>(ui);
+        }) << "GettingStarted_Step2.htm#SQLServer";
+        QTest::newRow("vss login") << Maker([](auto &ui, auto &, auto &) {
+            return std::make_unique<frmVSSPassword>(ui);
+        }) << "GettingStarted_Step2.htm#VSSDB";
         QTest::newRow("compare") << Maker([](auto &ui, auto &settings, auto &) {
             return std::make_unique<frmCompareText>(settings, ui);
         }) << "TheEditor.htm";

@@ -23,13 +23,13 @@ QString Read(const QString &path)
 
 bool HasAnchor(const QString &html, const QString &anchor)
 {
-    return html.contains(QRegularExpression(
-        QStringLiteral("\\b(id|name)=\"%1\"").arg(QRegularExpression::escape(anchor))));
+    return html.contains(
+        QRegularExpression(QStringLiteral("\\b(id|name)=\"%1\"").arg(QRegularExpression::escape(anchor))));
 }
 
 QStringList Pages()
 {
-    return QDir(HelpDir).entryList({QStringLiteral("*.htm"), QStringLiteral("*.html")}, QDir::Files, QDir::Name);
+    return QDir(HelpDir).entryList({ QStringLiteral("*.htm"), QStringLiteral("*.html") }, QDir::Files, QDir::Name);
 }
 
 int Words(const QString &html)

@@ -61,16 +61,16 @@ struct CheckCase {
 };
 
 const CheckCase Checks[] = {
-    {"chkShowProjectBrowser", &KORVOSettings::OpenMostRecent, true},
-    {"chkMainToolbar", &KORVOSettings::ShowMainStatusBar, false},
-    {"chkShowDescription", &KORVOSettings::ShowDescriptionInDBT, false},
-    {"chkShowInName", &KORVOSettings::ShowOwnerNameInName, false},
-    {"chkShowInProperty", &KORVOSettings::ShowOwnerNameInProp, false},
-    {"chkPromptDescription", &KORVOSettings::ShowDescriptionPrompt, false},
-    {"chkShowPermissionOnNew", &KORVOSettings::ShowPermissionsOnNewObjectCreate, false},
-    {"chkShowComment", &KORVOSettings::ShowCommentPrompt, false},
-    {"chkUseDefaultNew", &KORVOSettings::ShowSaveChangesNew, true},
-    {"chkUseDefaultEdit", &KORVOSettings::ShowSaveChangesEdit, true},
+    { "chkShowProjectBrowser", &KORVOSettings::OpenMostRecent, true },
+    { "chkMainToolbar", &KORVOSettings::ShowMainStatusBar, false },
+    { "chkShowDescription", &KORVOSettings::ShowDescriptionInDBT, false },
+    { "chkShowInName", &KORVOSettings::ShowOwnerNameInName, false },
+    { "chkShowInProperty", &KORVOSettings::ShowOwnerNameInProp, false },
+    { "chkPromptDescription", &KORVOSettings::ShowDescriptionPrompt, false },
+    { "chkShowPermissionOnNew", &KORVOSettings::ShowPermissionsOnNewObjectCreate, false },
+    { "chkShowComment", &KORVOSettings::ShowCommentPrompt, false },
+    { "chkUseDefaultNew", &KORVOSettings::ShowSaveChangesNew, true },
+    { "chkUseDefaultEdit", &KORVOSettings::ShowSaveChangesEdit, true },
 };
 
 int (KORVOSettings::*GroupSetting(const QString &group))() const
@@ -119,7 +119,8 @@ QTreeWidgetItem *Node(QTreeWidget *tree, const QString &key)
 std::shared_ptr<KORVODBTItems> Types()
 {
     auto items = std::make_shared<KORVODBTItems>();
-    for (const auto &[type, text] : {std::pair{"STOREDPROCEDURES", "Stored Procedures"}, std::pair{"VIEWS", "Views"}}) {
+    for (const auto &[type, text] :
+        { std::pair { "STOREDPROCEDURES", "Stored Procedures" }, std::pair { "VIEWS", "Views" } }) {
         auto item = items->Add(QLatin1String(type));
         item->Tag = QLatin1String(type);
         item->Text = QLatin1String(text);
@@ -143,9 +144,8 @@ private Q_SLOTS:
         QVERIFY(mDir.isValid());
         qputenv("KORVO_DATA_DIR", mDir.filePath(QStringLiteral("data")).toUtf8());
         QFile::remove(mDir.filePath(QStringLiteral("settings.conf")));
-        mSession = std::make_unique<KORVODatabase>(
-            mUi, std::make_shared<EditableFactory>(), KORVODatabase::MainWindowFactory{},
-            mDir.filePath(QStringLiteral("settings.conf")));
+        mSession = std::make_unique<KORVODatabase>(mUi, std::make_shared<EditableFactory>(),
+            KORVODatabase::MainWindowFactory {}, mDir.filePath(QStringLiteral("settings.conf")));
     }
     void cleanup()
     {
@@ -168,7 +168,8 @@ private Q_SLOTS:
         const bool before = (*mSession.*c.get)();
         int refreshed = 0;
         {
-            frmOptions dialog(*mSession, nullptr, [&] { ++refreshed; }, nullptr, Types());
+            frmOptions dialog(
+                *mSession, nullptr, [&] { ++refreshed; }, nullptr, Types());
             auto *box = Find<QCheckBox>(dialog, c.box);
             QCOMPARE(box->isChecked(), before != c.inverted);
             auto *apply = Find<QPushButton>(dialog, "cmdApply");
@@ -185,8 +186,7 @@ private Q_SLOTS:
         for (const CheckCase &other : Checks)
             if (&other != &c) {
                 frmOptions fresh(*mSession, nullptr, {}, nullptr, Types());
-                QCOMPARE(Find<QCheckBox>(fresh, other.box)->isChecked(),
-                    (*mSession.*other.get)() != other.inverted);
+                QCOMPARE(Find<QCheckBox>(fresh, other.box)->isChecked(), (*mSession.*other.get)() != other.inverted);
             }
         frmOptions reopened(*mSession, nullptr, {}, nullptr, Types());
         QCOMPARE(Find<QCheckBox>(reopened, c.box)->isChecked(), !before != c.inverted);
@@ -307,8 +307,8 @@ private Q_SLOTS:
         QFETCH(QString, tag);
         frmOptions dialog(*mSession, nullptr, {}, nullptr, Types());
         dialog.show();
-        Find<QTreeWidget>(dialog, "tvwCaterogies")->setCurrentItem(
-            Node(Find<QTreeWidget>(dialog, "tvwCaterogies"), "DEFAULTTEXT"));
+        Find<QTreeWidget>(dialog, "tvwCaterogies")
+            ->setCurrentItem(Node(Find<QTreeWidget>(dialog, "tvwCaterogies"), "DEFAULTTEXT"));
         auto *tags = Find<QListWidget>(dialog, "lvwTags");
         QCOMPARE(tags->count(), 7);
         QVERIFY(tags->dragEnabled());
@@ -317,7 +317,7 @@ private Q_SLOTS:
         editor->setModified(false);
 
         // What a drag from the row carries, dropped at the start of the text.
-        std::unique_ptr<QMimeData> data(tags->model()->mimeData({tags->model()->index(row, 0)}));
+        std::unique_ptr<QMimeData> data(tags->model()->mimeData({ tags->model()->index(row, 0) }));
         QCOMPARE(data->text(), tag);
         const QPoint at = editor->viewport()->rect().topLeft() + QPoint(1, 2);
         QDragEnterEvent enter(at, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
@@ -362,8 +362,8 @@ private Q_SLOTS:
     {
         frmOptions dialog(*mSession, nullptr, {}, nullptr, Types());
         dialog.show();
-        Find<QTreeWidget>(dialog, "tvwCaterogies")->setCurrentItem(
-            Node(Find<QTreeWidget>(dialog, "tvwCaterogies"), "VIEW"));
+        Find<QTreeWidget>(dialog, "tvwCaterogies")
+            ->setCurrentItem(Node(Find<QTreeWidget>(dialog, "tvwCaterogies"), "VIEW"));
         Find<QPushButton>(dialog, "cmdCancel")->click();
         QVERIFY(!dialog.isVisible());
         QVERIFY(mUi.boxes.isEmpty());
@@ -374,19 +374,33 @@ private Q_SLOTS:
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("frame");
         QTest::addColumn<QString>("page");
-        QTest::newRow("general") << "GENERAL" << "General Settings ..." << "Options.htm#General";
-        QTest::newRow("view") << "VIEW" << "View Settings ..." << "Options.htm#View";
-        QTest::newRow("default text") << "DEFAULTTEXT" << "Default Texts ..." << "Options.htm#DefaultTexts";
-        QTest::newRow("editor") << "EDITOR" << "Editor Settings ..." << "Options.htm#Editor";
-        QTest::newRow("changes made shows new objects")
-            << "EDITOR:CHANGESMADE" << "Changes Made: New Object ..." << "Options.htm#ChangesMade";
-        QTest::newRow("new") << "EDITOR:CHANGESMADE:NEW" << "Changes Made: New Object ..." << "Options.htm#NewObjects";
-        QTest::newRow("edit") << "EDITOR:CHANGESMADE:EDIT" << "Changes Made: Editing an Object ..."
+        QTest::newRow("general") << "GENERAL"
+                                 << "General Settings ..."
+                                 << "Options.htm#General";
+        QTest::newRow("view") << "VIEW"
+                              << "View Settings ..."
+                              << "Options.htm#View";
+        QTest::newRow("default text") << "DEFAULTTEXT"
+                                      << "Default Texts ..."
+                                      << "Options.htm#DefaultTexts";
+        QTest::newRow("editor") << "EDITOR"
+                                << "Editor Settings ..."
+                                << "Options.htm#Editor";
+        QTest::newRow("changes made shows new objects") << "EDITOR:CHANGESMADE"
+                                                        << "Changes Made: New Object ..."
+                                                        << "Options.htm#ChangesMade";
+        QTest::newRow("new") << "EDITOR:CHANGESMADE:NEW"
+                             << "Changes Made: New Object ..."
+                             << "Options.htm#NewObjects";
+        QTest::newRow("edit") << "EDITOR:CHANGESMADE:EDIT"
+                              << "Changes Made: Editing an Object ..."
                               << "Options.htm#EditingObjects";
         QTest::newRow("object permissions") << "EDITOR:CHANGESMADE:PERMISSION"
                                             << "Changes Made: Editing an Object Permissions ..."
                                             << "Options.htm#ObjectPermissions";
-        QTest::newRow("permissions") << "PERMISSIONS" << "Permission Settings ..." << "Options.htm#Permissions";
+        QTest::newRow("permissions") << "PERMISSIONS"
+                                     << "Permission Settings ..."
+                                     << "Options.htm#Permissions";
     }
     void pagesAndHelpTopics()
     {
