@@ -166,6 +166,9 @@ private Q_SLOTS:
         QFETCH(int, row);
         const CheckCase &c = Checks[row];
         const bool before = (*mSession.*c.get)();
+        QList<bool> others;
+        for (const CheckCase &other : Checks)
+            others.append((*mSession.*other.get)());
         int refreshed = 0;
         {
             frmOptions dialog(
@@ -183,11 +186,9 @@ private Q_SLOTS:
         QCOMPARE(refreshed, 1);
         QCOMPARE((*mSession.*c.get)(), !before);
         // Only this setting moved.
-        for (const CheckCase &other : Checks)
-            if (&other != &c) {
-                frmOptions fresh(*mSession, nullptr, {}, nullptr, Types());
-                QCOMPARE(Find<QCheckBox>(fresh, other.box)->isChecked(), (*mSession.*other.get)() != other.inverted);
-            }
+        for (int i = 0; i < int(std::size(Checks)); ++i)
+            if (i != row)
+                QVERIFY2((*mSession.*Checks[i].get)() == others[i], Checks[i].box);
         frmOptions reopened(*mSession, nullptr, {}, nullptr, Types());
         QCOMPARE(Find<QCheckBox>(reopened, c.box)->isChecked(), !before != c.inverted);
     }
