@@ -465,6 +465,14 @@ bool frmOptions::eventFilter(QObject *watched, QEvent *e)
         keyPressEvent(static_cast<QKeyEvent *>(e));
         return true;
     }
+    if (watched == mDefaultText && e->type() == QEvent::KeyPress) {
+        // The editor binds redo to Ctrl+Y only; Ctrl+Shift+Z is the other common key.
+        auto *key = static_cast<QKeyEvent *>(e);
+        if (key->key() == Qt::Key_Z && key->modifiers() == (Qt::ControlModifier | Qt::ShiftModifier)) {
+            mDefaultText->Redo();
+            return true;
+        }
+    }
     if ((watched == mDefaultText || watched == mDefaultText->viewport()) && e->type() == QEvent::Drop) {
         // A tag dropped from the list goes in where it was dropped.
         auto *drop = static_cast<QDropEvent *>(e);

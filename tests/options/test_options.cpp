@@ -294,6 +294,20 @@ private Q_SLOTS:
         QVERIFY(dialog.IsDirty());
     }
 
+    void undoAndRedoKeys()
+    {
+        frmOptions dialog(*mSession, nullptr, {}, nullptr, Types());
+        dialog.show();
+        auto *editor = Find<SQLTextEditor>(dialog, "txtDefaultText");
+        editor->setFocus();
+        QTest::keyClicks(editor, "ab");
+        QCOMPARE(editor->Text(), QStringLiteral("ab"));
+        QTest::keyClick(editor, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(editor->Text(), QString());
+        QTest::keyClick(editor, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(editor->Text(), QStringLiteral("ab"));
+    }
+
     void tagDroppedIntoTheEditor_data()
     {
         QTest::addColumn<int>("row");
