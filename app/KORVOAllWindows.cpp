@@ -11,6 +11,7 @@
 #include "frmScriptCreator.h"
 #include "frmSyncProcess.h"
 #include "frmSQLQuery.h"
+#include "frmOptions.h"
 #include "sql/KORVOSQL.h"
 
 #include <QWidget>
@@ -106,4 +107,9 @@ bool KORVOAllWindows::Synchronise(QWidget *parent, KORVODatabase &session)
 void KORVOAllWindows::ScriptGenerator(QWidget *parent, KORVODatabase &session)
 {
     frmScriptCreator::StartScriptGenerator(session, mHelp, parent);
+}
+
+void KORVOAllWindows::Options(QWidget *parent, KORVODatabase &session)
+{
+    frmOptions::ShowOptions(session, parent ? parent->window() : nullptr);
 }

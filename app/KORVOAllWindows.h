@@ -41,6 +41,9 @@ public:
     // Script generator (korvo_scriptgen).
     void ScriptGenerator(QWidget *parent, KORVODatabase &session) override;
 
+    // Options dialog (korvo_options).
+    void Options(QWidget *parent, KORVODatabase &session) override;
+
 private:
     HelpIntegration *mHelp;
 };

@@ -1,5 +1,6 @@
 #include "HelpIntegration.h"
 #include "KORVOAllWindows.h"
+#include "HelpKeys.h"
 #include "KORVODatabase.h"
 #include "KORVOObjectFactory.h"
 #include "KorvoApplication.h"
@@ -17,6 +18,8 @@ int main(int argc, char *argv[])
     QtUiServices ui;
     app.SetUi(&ui);
     HelpIntegration help(ui);
+    HelpKeys helpKeys(help);
+    app.installEventFilter(&helpKeys);
     KORVOAllWindows windows(&help);
     frmInitialize splash(ui, help, [&ui, &help, &windows] {
         return std::make_shared<KORVODatabase>(ui, std::make_shared<KORVOObjectFactory>(),

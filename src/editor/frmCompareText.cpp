@@ -1,4 +1,5 @@
 #include "frmCompareText.h"
+#include "HelpKeys.h"
 
 #include "KORVOSettings.h"
 #include "SQLTextEditor.h"
@@ -34,6 +35,7 @@ frmCompareText::frmCompareText(KORVOSettings &settings, UiServices &ui, QWidget 
     : QWidget(parent, Qt::Window)
     , mSettings(settings)
 {
+    HelpKeys::SetTopic(this, 35);
     setObjectName(QStringLiteral("frmCompareText"));
     auto makeSide = [&](const QString &name, QLabel *&label) {
         label = new QLabel(this);

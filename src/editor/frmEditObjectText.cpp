@@ -1,4 +1,5 @@
 #include "frmEditObjectText.h"
+#include "HelpKeys.h"
 
 #include "KORVODatabase.h"
 #include "KORVOMainWindowServices.h"
@@ -36,6 +37,7 @@ frmEditObjectText::frmEditObjectText(KORVOMainWindowServices &main, KORVODatabas
     , mMain(main)
     , mDatabase(database)
 {
+    HelpKeys::SetTopic(this, 35);
     setObjectName(QStringLiteral("frmEditObjectText"));
     MarkAsChild(*this);
     setAttribute(Qt::WA_DeleteOnClose);

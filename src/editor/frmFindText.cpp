@@ -1,4 +1,5 @@
 #include "frmFindText.h"
+#include "HelpKeys.h"
 
 #include "SQLTextEditor.h"
 
@@ -14,6 +15,7 @@ frmFindText::frmFindText(SQLTextEditor &editor, bool replace, QWidget *parent)
     : QDialog(parent)
     , mEditor(editor)
 {
+    HelpKeys::SetTopic(this, 35);
     setObjectName(replace ? QStringLiteral("frmReplace") : QStringLiteral("frmFind"));
     setWindowTitle(replace ? tr("Replace") : tr("Find"));
 

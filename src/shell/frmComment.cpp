@@ -1,4 +1,5 @@
 #include "frmComment.h"
+#include "HelpKeys.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -9,6 +10,7 @@
 frmComment::frmComment(QWidget *parent)
     : QDialog(parent)
 {
+    HelpKeys::SetTopic(this, 18);
     setObjectName(QStringLiteral("frmComment"));
     setWindowTitle(tr("Comment"));
     mComment = new QPlainTextEdit(this);

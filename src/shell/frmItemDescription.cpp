@@ -1,4 +1,5 @@
 #include "frmItemDescription.h"
+#include "HelpKeys.h"
 
 #include "UiServices.h"
 
@@ -11,6 +12,7 @@ frmItemDescription::frmItemDescription(UiServices &ui, QWidget *parent)
     : QDialog(parent)
     , mUi(ui)
 {
+    HelpKeys::SetTopic(this, 37);
     setObjectName(QStringLiteral("frmItemDescription"));
     setWindowTitle(tr("Item Description"));
     mDescription = new QPlainTextEdit(this);

@@ -1,4 +1,5 @@
 #include "frmRenameObject.h"
+#include "HelpKeys.h"
 
 #include "UiServices.h"
 
@@ -12,6 +13,7 @@ frmRenameObject::frmRenameObject(UiServices &ui, QWidget *parent)
     : QDialog(parent)
     , mUi(ui)
 {
+    HelpKeys::SetTopic(this, 45);
     setObjectName(QStringLiteral("frmRenameObject"));
     setWindowTitle(tr("Rename Object"));
 

@@ -1,9 +1,11 @@
 #include "frmSQLPassword.h"
+#include "HelpKeys.h"
 
 #include <QLineEdit>
 
 frmSQLPassword::frmSQLPassword(UiServices &ui, QWidget *parent) : PasswordDialog(ui, parent)
 {
+    HelpKeys::SetTopic(this, 7);
     setObjectName(QStringLiteral("frmSQLPassword"));
     setWindowTitle(tr("SQL Server Login"));
     mServer = addInfoLine(QStringLiteral("txtServer"), tr("Server:"));

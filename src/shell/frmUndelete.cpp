@@ -1,4 +1,5 @@
 #include "frmUndelete.h"
+#include "HelpKeys.h"
 
 #include "KORVODatabase.h"
 #include "UiServices.h"
@@ -19,6 +20,7 @@ frmUndelete::frmUndelete(UiServices &ui, QWidget *parent)
     : QDialog(parent)
     , mUi(ui)
 {
+    HelpKeys::SetTopic(this, 47);
     setObjectName(QStringLiteral("frmUndelete"));
     setWindowTitle(tr("Undelete Objects"));
     mItems = new QTreeWidget(this);

@@ -1,9 +1,11 @@
 #include "frmVSSPassword.h"
+#include "HelpKeys.h"
 
 #include <QLineEdit>
 
 frmVSSPassword::frmVSSPassword(UiServices &ui, QWidget *parent) : PasswordDialog(ui, parent)
 {
+    HelpKeys::SetTopic(this, 9);
     setObjectName(QStringLiteral("frmVSSPassword"));
     setWindowTitle(tr("Visual SourceSafe Login"));
     mIniFile = addInfoLine(QStringLiteral("txtIniFile"), tr("SourceSafe Database:"));
