@@ -454,6 +454,16 @@ void KORVOSettings::SetChildWindowState(int value)
     WriteNumber(QStringLiteral("ChildWindowState"), value);
 }
 
+int KORVOSettings::SvnConnectTimeout() const
+{
+    return WholeAtLeastOne(QStringLiteral("SvnConnectTimeout"), 15);
+}
+
+void KORVOSettings::SetSvnConnectTimeout(int seconds)
+{
+    WriteNumber(QStringLiteral("SvnConnectTimeout"), seconds);
+}
+
 int KORVOSettings::ChildWindowWidth() const
 {
     return WholeAtLeastOne(QStringLiteral("ChildWindowWidth"), 5000);
