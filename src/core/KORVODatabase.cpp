@@ -3,16 +3,15 @@
 #include "KORVOMainWindow.h"
 #include "KORVOSQL.h"
 
-namespace {
+namespace
+{
 
 // Icons of the tree that no collection brings, in the order the list holds them.
-const char *const kFixedIcons[] = {
-    "NEW", "FIELD", "FIELDDATA", "SYNC:ADDVSS", "SYNC:REMOVEVSS", "SYNC:ADDSQL", "SYNC:REMOVESQL", "SYNC",
-    "SYNC:NONE", "SYNC:SQL", "SYNC:VSS", "DIFFERENCE", "PERMISSIONS", "REFRESH", "VSS:GETLATESTVERSION",
-    "VSS:CHECKOUT", "VSS:CHECKIN", "VSS:UNDOCHECKOUT", "EDIT:OPENFILE", "EDIT:SAVEFILE", "DESCRIPTION",
-    "SEACH:FIND", "EDIT:UNDO", "EDIT:REDO", "EDIT:CUT", "EDIT:COPY", "EDIT:PASTE", "EDIT:TEST", "OWNER",
-    "CHECKEDOUTBY", "PERMISSION:USER", "PERMISSION:ROLE", "PERMISSION:NONE", "PERMISSION:GRANT",
-    "PERMISSION:DENY"};
+const char *const kFixedIcons[] = { "NEW", "FIELD", "FIELDDATA", "SYNC:ADDVSS", "SYNC:REMOVEVSS", "SYNC:ADDSQL",
+    "SYNC:REMOVESQL", "SYNC", "SYNC:NONE", "SYNC:SQL", "SYNC:VSS", "DIFFERENCE", "PERMISSIONS", "REFRESH",
+    "VSS:GETLATESTVERSION", "VSS:CHECKOUT", "VSS:CHECKIN", "VSS:UNDOCHECKOUT", "EDIT:OPENFILE", "EDIT:SAVEFILE",
+    "DESCRIPTION", "SEACH:FIND", "EDIT:UNDO", "EDIT:REDO", "EDIT:CUT", "EDIT:COPY", "EDIT:PASTE", "EDIT:TEST", "OWNER",
+    "CHECKEDOUTBY", "PERMISSION:USER", "PERMISSION:ROLE", "PERMISSION:NONE", "PERMISSION:GRANT", "PERMISSION:DENY" };
 
 bool isNumeric(const QString &text)
 {
@@ -24,9 +23,19 @@ bool isNumeric(const QString &text)
 } // namespace
 
 KORVODatabase::KORVODatabase(UiServices &ui, std::shared_ptr<KORVOCollectionFactory> collections,
-                             MainWindowFactory mainWindow, const QString &settingsFile)
-    : KORVOSettings(settingsFile), mUi(ui), mFactory(std::move(collections)), mMainFactory(std::move(mainWindow))
+    MainWindowFactory mainWindow, const QString &settingsFile)
+    : KORVOSettings(settingsFile)
+    , mUi(ui)
+    , mFactory(std::move(collections))
+    , mMainFactory(std::move(mainWindow))
 {
+    if (QString copy; GetRegistry().SetAsideIfDamaged(copy)) {
+        mUi.messageBox(UiServices::Icon::Warning, QStringLiteral("KORVO"),
+            QStringLiteral("The settings file could not be read; it is damaged. KORVO goes on with the default "
+                           "settings and no projects.\n\n")
+                + (copy.isEmpty() ? QStringLiteral("The damaged file could not be kept aside.")
+                                  : QStringLiteral("The damaged file was kept as '%1'.").arg(copy)));
+    }
     mProject = std::make_shared<KORVOProject>(mUi);
     mIcons = std::make_shared<KORVOIcons>();
     InitObjects();
@@ -42,8 +51,8 @@ KORVODatabase::~KORVODatabase()
     mProject.reset();
     mMain.reset();
     mObjects.clear();
-    for (auto *field : {&mStoredProcedures, &mTables, &mTriggers, &mUserDefinedFunctions, &mViews, &mExtraObjInstSPs,
-                        &mExtraObjInstTBLs, &mExtraObjInstTRGs, &mExtraObjInstVWs, &mExtraObjInstUDFs})
+    for (auto *field : { &mStoredProcedures, &mTables, &mTriggers, &mUserDefinedFunctions, &mViews, &mExtraObjInstSPs,
+             &mExtraObjInstTBLs, &mExtraObjInstTRGs, &mExtraObjInstVWs, &mExtraObjInstUDFs })
         field->reset();
 }
 
@@ -54,7 +63,7 @@ void KORVODatabase::SetProject(const KORVOProjectPtr &project)
 }
 
 void KORVODatabase::BindCollection(const KORVOObjectCollectionPtr &collection, const std::shared_ptr<KORVOSQL> &sql,
-                                   const std::shared_ptr<KORVOVSS> &vss)
+    const std::shared_ptr<KORVOVSS> &vss)
 {
     collection->SetActiveDBConnection(sql);
     collection->SetActiveVSSConnection(vss);
@@ -72,11 +81,11 @@ void KORVODatabase::InitObjects()
     mViews = mFactory->Create(Kind::Views);
     mUserDefinedFunctions = mFactory->Create(Kind::UserDefinedFunctions);
 
-    for (const auto &collection : {mStoredProcedures, mTables, mViews, mUserDefinedFunctions, mTriggers})
+    for (const auto &collection : { mStoredProcedures, mTables, mViews, mUserDefinedFunctions, mTriggers })
         BindCollection(collection, mProject->SQL(), mProject->VSS());
     mFactory->Link(mTables, mTriggers);
 
-    mObjects = {mStoredProcedures, mTables, mUserDefinedFunctions, mViews, mTriggers};
+    mObjects = { mStoredProcedures, mTables, mUserDefinedFunctions, mViews, mTriggers };
     mStoredProceduresType = mStoredProcedures->ObjectType();
     mTablesType = mTables->ObjectType();
     mUserDefinedFunctionsType = mUserDefinedFunctions->ObjectType();
@@ -178,8 +187,8 @@ KORVODBTItemsPtr KORVODatabase::GetItemsForSyncronisation()
     return items;
 }
 
-KORVODBTItemsPtr KORVODatabase::GetItemInfo(const QString &tag, const QString &key, bool bOnlyFields,
-                                            bool bIncludeNullable)
+KORVODBTItemsPtr KORVODatabase::GetItemInfo(
+    const QString &tag, const QString &key, bool bOnlyFields, bool bIncludeNullable)
 {
     if (tag == QLatin1String("Start"))
         return AvailableDBTObjects();
@@ -206,8 +215,8 @@ KORVODBTItemsPtr KORVODatabase::GetItemInfo(const QString &tag, const QString &k
             if (!object)
                 return std::make_shared<KORVODBTItems>();
             auto items = collection->IsEditable()
-                             ? object->GetItemInfo(ShowOwnerNameInProp(), bOnlyFields, bIncludeNullable)
-                             : object->GetItemInfo(ShowOwnerNameInProp());
+                ? object->GetItemInfo(ShowOwnerNameInProp(), bOnlyFields, bIncludeNullable)
+                : object->GetItemInfo(ShowOwnerNameInProp());
             return items ? items : std::make_shared<KORVODBTItems>();
         }
     }
@@ -248,16 +257,15 @@ KORVODBTItemsPtr KORVODatabase::AvailableEditableObjects()
     return WalkCollections(true, false);
 }
 
-QList<KORVOObjectCollectionPtr>
-KORVODatabase::SetupAvailableEditableObjectsForAnotherDB(const std::shared_ptr<KORVOSQL> &connector)
+QList<KORVOObjectCollectionPtr> KORVODatabase::SetupAvailableEditableObjectsForAnotherDB(
+    const std::shared_ptr<KORVOSQL> &connector)
 {
     using Kind = KORVOCollectionFactory::Kind;
     QList<KORVOObjectCollectionPtr> result;
     const bool udfAllowed = UserDefinedFunctionsAllowed();
-    const std::pair<KORVOObjectCollectionPtr *, Kind> order[] = {
-        {&mExtraObjInstSPs, Kind::StoredProcedures}, {&mExtraObjInstTBLs, Kind::Tables},
-        {&mExtraObjInstTRGs, Kind::Triggers},        {&mExtraObjInstUDFs, Kind::UserDefinedFunctions},
-        {&mExtraObjInstVWs, Kind::Views}};
+    const std::pair<KORVOObjectCollectionPtr *, Kind> order[] = { { &mExtraObjInstSPs, Kind::StoredProcedures },
+        { &mExtraObjInstTBLs, Kind::Tables }, { &mExtraObjInstTRGs, Kind::Triggers },
+        { &mExtraObjInstUDFs, Kind::UserDefinedFunctions }, { &mExtraObjInstVWs, Kind::Views } };
     for (const auto &[field, kind] : order) {
         if (kind == Kind::UserDefinedFunctions && !udfAllowed)
             continue;

@@ -51,6 +51,7 @@ KORVOProjectPtr KORVODatabase::LoadProjectFromKey(const RegistryKey &key) const
 
     KORVOVSS &vss = *project->VSS();
     vss.IniFile = key.GetValueData(QStringLiteral("VSSFile"));
+    vss.ConnectTimeout = SvnConnectTimeout();
     vss.UserName = key.GetValueData(QStringLiteral("VSSUser"));
     vss.Project = key.GetValueData(QStringLiteral("VSSProject"));
     vss.SetGeneralWorkingFolder(key.GetValueData(QStringLiteral("PathInit")));

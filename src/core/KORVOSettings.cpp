@@ -279,14 +279,28 @@ QString KORVOSettings::diffRect() const
 
 void KORVOSettings::SetDiffRect(const QString &value)
 {
+    // A switch rather than a table of member pointers, which GCC's bounds
+    // sanitizer misreads.
     const QStringList parts = value.split(QLatin1Char(','));
-    void (KORVOSettings::*setters[])(int) = { &KORVOSettings::SetDiffLeft, &KORVOSettings::SetDiffTop,
-        &KORVOSettings::SetDiffRight, &KORVOSettings::SetDiffBottom };
     for (int i = 0; i < 4 && i < parts.size(); ++i) {
         double n = 0;
         int v = 0;
-        if (ToNumber(parts.at(i), n) && ToLong(n, v))
-            (this->*setters[i])(v);
+        if (!ToNumber(parts.at(i), n) || !ToLong(n, v))
+            continue;
+        switch (i) {
+        case 0:
+            SetDiffLeft(v);
+            break;
+        case 1:
+            SetDiffTop(v);
+            break;
+        case 2:
+            SetDiffRight(v);
+            break;
+        default:
+            SetDiffBottom(v);
+            break;
+        }
     }
 }
 
@@ -452,6 +466,16 @@ int KORVOSettings::ChildWindowState() const
 void KORVOSettings::SetChildWindowState(int value)
 {
     WriteNumber(QStringLiteral("ChildWindowState"), value);
+}
+
+int KORVOSettings::SvnConnectTimeout() const
+{
+    return WholeAtLeastOne(QStringLiteral("SvnConnectTimeout"), 15);
+}
+
+void KORVOSettings::SetSvnConnectTimeout(int seconds)
+{
+    WriteNumber(QStringLiteral("SvnConnectTimeout"), seconds);
 }
 
 int KORVOSettings::ChildWindowWidth() const

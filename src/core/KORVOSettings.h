@@ -98,6 +98,9 @@ public:
 
     int ChildWindowState() const;
     void SetChildWindowState(int value);
+    // Seconds an svn:// server has to answer a connection: "SvnConnectTimeout", 15.
+    int SvnConnectTimeout() const;
+    void SetSvnConnectTimeout(int seconds);
     int ChildWindowWidth() const;
     void SetChildWindowWidth(int value);
     int ChildWindowHeight() const;

@@ -1,5 +1,8 @@
 #include "Registry.h"
 
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
 #include <QSettings>
 #include <QStringList>
 
@@ -73,6 +76,15 @@ bool UsableValueName(const QString &name)
 {
     return !name.isEmpty() && name.size() <= MaxTextLength && !name.contains(QLatin1Char('/'))
         && !name.contains(QLatin1Char('\\'));
+}
+
+// Projects keep passwords in the store: only the user may read the file.
+void KeepPrivate(const QSettings &settings)
+{
+    if (settings.format() == QSettings::NativeFormat && QFileInfo(settings.fileName()).isRelative())
+        return; // the registry, not a file
+    QFile::setPermissions(
+        settings.fileName(), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
 }
 
 } // namespace
@@ -152,6 +164,21 @@ std::unique_ptr<QSettings> Registry::Open() const
     return std::make_unique<QSettings>(
         QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("KORVO Integration"));
 #endif
+}
+
+bool Registry::SetAsideIfDamaged(QString &copyPath) const
+{
+    auto s = Open();
+    s->allKeys(); // the file is read on first use
+    if (s->status() != QSettings::FormatError)
+        return false;
+    const QString file = s->fileName();
+    s.reset();
+    copyPath
+        = file + QStringLiteral(".damaged-") + QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-hhmmss"));
+    if (!QFile::rename(file, copyPath))
+        copyPath.clear();
+    return true;
 }
 
 bool Registry::GroupOf(long root, const QString &path, QString &group)
@@ -304,6 +331,7 @@ bool Registry::WriteValue(long root, const QString &path, const QString &valueNa
     s->setValue(valueName, value);
     s->endGroup();
     s->sync();
+    KeepPrivate(*s);
     return s->status() == QSettings::NoError;
 }
 
@@ -323,5 +351,6 @@ bool Registry::DeleteKey(long root, const QString &path)
     s->remove(QString());
     s->endGroup();
     s->sync();
+    KeepPrivate(*s);
     return s->status() == QSettings::NoError;
 }

@@ -112,6 +112,9 @@ public:
     bool WriteValue(long root, const QString &path, const QString &valueName, const QString &value);
     // Removes the key with its values; fails when it has sub-keys or is missing.
     bool DeleteKey(long root, const QString &path);
+    // A store file that cannot be read is moved aside to copyPath (empty when
+    // even that failed), so that the program goes on with the defaults.
+    bool SetAsideIfDamaged(QString &copyPath) const;
 
 private:
     std::unique_ptr<QSettings> Open() const;

@@ -148,6 +148,11 @@ public:
     // The id of the object of this name and owner, as the catalogue holds them;
     // empty without a connection or a name.
     QString LookupObjectID(const QString &name, const QString &owner) const;
+    // Why the server cannot keep the name the text creates (too long); empty when it can.
+    QString NameRefusal(const QString &text) const;
+    // Throws SqlError, for the caller's box, when a text from source control
+    // cannot be sent as it stands: no CREATE of this type, or a name too long.
+    void RefuseUnfitText(const QString &text) const;
     // Owner + "." + Name with showOwner and an owner, else Name.
     QString Caption(bool showOwner) const;
 

@@ -57,6 +57,18 @@ QString KORVOObjectVSS::LookupObjectID(const QString &name, const QString &owner
         kind.FormatName(QString(), name), owner.isEmpty() ? QString() : kind.FormatName(QString(), owner));
 }
 
+QString KORVOObjectVSS::NameRefusal(const QString &text) const
+{
+    const QString written = ExtractNameAfterPattern(Parse(), text);
+    if (written.isEmpty() || !mSQL)
+        return QString();
+    for (const QString &part : mSQL->ExtractOwnerAndItemName(written)) {
+        if (const QString refusal = mSQL->Kind().NameLengthRefusal(part); !refusal.isEmpty())
+            return refusal;
+    }
+    return QString();
+}
+
 QString KORVOObjectVSS::SourceControlText(const QString &sent, const QString &id) const
 {
     if (!mSQL->Kind().SourceControlTakesServerText())
@@ -152,9 +164,16 @@ bool KORVOObjectVSS::TestItem(const QString &content, bool silent)
 
 bool KORVOObjectVSS::CheckIn(const QString &content, const QString &comment)
 {
+    const QString title = QStringLiteral("Could not Check In Item");
+    if (mSQL && mIsNew) {
+        // The server would cut the name short and create the object under another name.
+        if (const QString refusal = NameRefusal(content); !refusal.isEmpty()) {
+            Box(UiServices::Icon::Critical, title, refusal);
+            return false;
+        }
+    }
     if (!mSQL || !mVSS || !TestItem(content, false))
         return false;
-    const QString title = QStringLiteral("Could not Check In Item");
     const ServerKind &kind = mSQL->Kind();
 
     if (mIsNew) {
@@ -219,6 +238,18 @@ bool KORVOObjectVSS::CheckIn(const QString &content, const QString &comment)
     return ok;
 }
 
+void KORVOObjectVSS::RefuseUnfitText(const QString &text) const
+{
+    // Without its CREATE keywords a text would run as whatever it is, and
+    // create or change nothing while the operation reports success.
+    if (ExtractNameAfterPattern(Parse(), text).isEmpty())
+        throw SqlError(0, QStringLiteral("KORVO"),
+            QStringLiteral("The text is not a CREATE statement of a ") + mType.ObjectDisplayName
+                + QStringLiteral(": the ") + KeywordSequencesText(Parse()) + QStringLiteral(" could not be found!"));
+    if (const QString refusal = NameRefusal(text); !refusal.isEmpty())
+        throw SqlError(0, QStringLiteral("KORVO"), refusal);
+}
+
 bool KORVOObjectVSS::SyncAdd(int target)
 {
     if (!mSQL || !mVSS || (target != 1 && target != 2))
@@ -240,6 +271,7 @@ bool KORVOObjectVSS::SyncAdd(int target)
         const QString text = mVSS->ItemContent(ItemName(), false, -1, false, false);
         if (IsBlankText(text))
             return notAdded(BlankSourceControlText);
+        RefuseUnfitText(text);
         mSQL->ExecuteSQL(mSQL->Kind().CreatingText(text));
         InSQL = true;
         const QString id = LookupObjectID(Name, Owner);
@@ -261,7 +293,9 @@ bool KORVOObjectVSS::SyncChange(int target)
         if (target == 1)
             return mVSS->ChangeItemContent(
                 ItemName(), mSQL->GetObjectText(DBID), QStringLiteral("Synchronization"), false);
-        mSQL->ExecuteSQL(mSQL->Kind().ReplacingText(mVSS->ItemContent(ItemName(), false, -1, false, false)));
+        const QString text = mVSS->ItemContent(ItemName(), false, -1, false, false);
+        RefuseUnfitText(text);
+        mSQL->ExecuteSQL(mSQL->Kind().ReplacingText(text));
         return true;
     } catch (const SqlError &error) {
         Box(UiServices::Icon::Critical, QStringLiteral("Item not changed"),

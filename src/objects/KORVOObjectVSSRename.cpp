@@ -49,6 +49,8 @@ bool KORVOObjectVSS::RenameItem(const QString &newName, bool silent)
     if (!mSQL || !mVSS)
         return false;
     const ServerKind &kind = mSQL->Kind();
+    if (const QString tooLong = kind.NameLengthRefusal(newName); !tooLong.isEmpty())
+        return refuse(tooLong);
 
     const QString text = GetContent(1, -1, false);
     QString oldName;
@@ -57,8 +59,8 @@ bool KORVOObjectVSS::RenameItem(const QString &newName, bool silent)
     if (mSQL->ExtractOwnerAndItemName(oldName).value(1).compare(newName, Qt::CaseInsensitive) == 0)
         return refuse(sameName);
 
-    const QString notLocated
-        = QStringLiteral("Cannot rename a Item! After creating the New object, it could not be located in the database!");
+    const QString notLocated = QStringLiteral(
+        "Cannot rename a Item! After creating the New object, it could not be located in the database!");
     // A text without its keywords gives nothing to run, so no new object was
     // made: an object that already has the new name must not be taken for it.
     if (newText.isEmpty())

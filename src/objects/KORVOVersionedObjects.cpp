@@ -13,12 +13,17 @@
 namespace
 {
 
-// Numeric as the file names of objects are: "123" but not "dbo.usp_x".
+// A decimal object id, as the file names of objects are: "123" but not
+// "dbo.usp_x", "1e3" or " 12".
 bool IsNumeric(const QString &text)
 {
-    bool ok = false;
-    text.trimmed().toDouble(&ok);
-    return ok;
+    if (text.isEmpty())
+        return false;
+    for (const QChar c : text) {
+        if (c < QLatin1Char('0') || c > QLatin1Char('9'))
+            return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -114,6 +119,19 @@ QString KORVOVersionedObjects::NameFromText(const QString &text) const
     return KORVOSQL::IsValidObjectName(name) ? name : QString();
 }
 
+bool KORVOVersionedObjects::TextCreatesObject(const QString &item, const QString &id) const
+{
+    // A file named after an object is that object's earlier file only when its
+    // text creates that very object; a note of the same name is not.
+    const QString name = NameFromText(mVSS->ItemContent(item, true, -1, true, false));
+    if (name.isEmpty())
+        return false;
+    const ServerKind &kind = ServerKindOf(mSQL);
+    const QStringList parts = kind.SplitName(name);
+    const QString owner = parts.value(0).isEmpty() ? QString() : kind.FormatName(QString(), parts.value(0));
+    return mSQL->GetObjectID(kind.FormatName(QString(), parts.value(1)), owner) == id;
+}
+
 void KORVOVersionedObjects::TakeFileState(
     KORVOObjectVSS &state, const KORVOVSSItem &file, const QString &base, const QString &name) const
 {
@@ -191,7 +209,8 @@ void KORVOVersionedObjects::RefreshList(bool &cancel)
                     name = base.mid(dot + 1);
                 }
                 const QString id = mSQL->GetObjectID(name, owner);
-                if (!id.isEmpty() && mVSS->RenameItem(file->Name, id + mType.VSSExt, false, false, false)) {
+                if (!id.isEmpty() && TextCreatesObject(file->Name, id)
+                    && mVSS->RenameItem(file->Name, id + mType.VSSExt, false, false, false)) {
                     // ".sp.desc" whatever the type.
                     mVSS->RenameItem(
                         file->Name + QStringLiteral(".desc"), id + QStringLiteral(".sp.desc"), true, true, false);

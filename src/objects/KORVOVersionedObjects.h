@@ -92,6 +92,7 @@ private:
     void Insert(int index, const QString &key, const KORVOTypedObjectPtr &object);
     void RemoveAt(int index);
     QString NameFromText(const QString &text) const;
+    bool TextCreatesObject(const QString &item, const QString &id) const;
     // The state of an object known only by its file: owner and name from the
     // name its text gives, or else the file's name less its last three characters.
     void TakeFileState(KORVOObjectVSS &state, const KORVOVSSItem &file, const QString &base, const QString &name) const;

@@ -189,7 +189,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("result");
         const QString pg = u"connect_timeout=10 application_name=KORVO"_s;
         QTest::newRow("ms login") << false << u"srv"_s << false
-                                  << u"Driver={SQL Server};Server=srv;Database=db;Uid=u;Pwd=p';"_s;
+                                  << u"Driver={SQL Server};Server=srv;Database=db;Uid=u;Pwd={p'};"_s;
         QTest::newRow("ms trusted") << false << u"srv"_s << true
                                     << u"Driver={SQL Server};Server=srv;Database=db;Trusted_Connection=yes;"_s;
         QTest::newRow("pg host") << true << u"db.example"_s << false
@@ -227,9 +227,9 @@ private Q_SLOTS:
         QTest::addColumn<int>("action");
         QTest::addColumn<int>("value");
         QTest::addColumn<QString>("result");
-        QTest::newRow("ms revoke says TO") << false << 2 << 0 << u"REVOKE SELECT ON [dbo].[v] TO [r]x]"_s;
-        QTest::newRow("ms grant") << false << 1 << 1 << u"GRANT EXECUTE ON [dbo].[v] TO [r]x]"_s;
-        QTest::newRow("ms deny") << false << 6 << 2 << u"DENY REFERENCES ON [dbo].[v] TO [r]x]"_s;
+        QTest::newRow("ms revoke says TO") << false << 2 << 0 << u"REVOKE SELECT ON [dbo].[v] TO [r]]x]"_s;
+        QTest::newRow("ms grant") << false << 1 << 1 << u"GRANT EXECUTE ON [dbo].[v] TO [r]]x]"_s;
+        QTest::newRow("ms deny") << false << 6 << 2 << u"DENY REFERENCES ON [dbo].[v] TO [r]]x]"_s;
         QTest::newRow("ms owner") << false << 1 << 3 << QString();
         QTest::newRow("pg revoke from") << true << 2 << 0 << u"REVOKE SELECT ON [dbo].[v] FROM \"r]x\""_s;
         QTest::newRow("pg grant") << true << 3 << 1 << u"GRANT INSERT ON [dbo].[v] TO \"r]x\""_s;

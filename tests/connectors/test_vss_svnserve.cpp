@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -156,6 +157,23 @@ private Q_SLOTS:
         QCOMPARE(ui.boxes[0].title, u"Connection Error"_s);
         QCOMPARE(ui.boxes[0].text, error);
         QCOMPARE(vss.TestConnection(url(true), user, password, project), error);
+    }
+
+    // A host that takes the connection and never answers fails after the
+    // connect timeout with a box, instead of holding the window.
+    void silentServerTimesOut()
+    {
+        QTcpServer silent; // never accepts: the kernel completes the handshake alone
+        QVERIFY(silent.listen(QHostAddress::LocalHost));
+        ScriptedUi ui;
+        KORVOVSS vss(ui);
+        vss.ConnectTimeout = 1;
+        ui.answer(UiServices::Answer::Ok);
+        const QString error = vss.OpenConnection(u"svn://127.0.0.1:%1/repo"_s.arg(silent.serverPort()), u"alice"_s,
+            u"pw1"_s, project, mRepo->Folder(u"work-silent"_s), false, false);
+        QVERIFY2(error.contains(u"did not answer within 1 second"_s), qPrintable(error));
+        QCOMPARE(ui.last().title, u"Connection Error"_s);
+        QVERIFY(!vss.ConnectionOpen());
     }
 
     // Last: it stops the server and starts it again.

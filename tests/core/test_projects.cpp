@@ -10,6 +10,8 @@
 #include "SvnFixtures.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -264,6 +266,41 @@ private Q_SLOTS:
         QCOMPARE(Stored(QStringLiteral("1/ServerKind")), kind);
     }
 
+    // The store keeps passwords: only the user may read it.
+    void storeIsUserOnly()
+    {
+        auto p = MakeProject(QStringLiteral("Secret"));
+        p->SQL()->SetPassword(QStringLiteral("pw"));
+        mDb->SaveProject(p);
+        QCOMPARE(QFile::permissions(mFile) & ~(QFile::ExeOwner | QFile::ExeUser),
+            QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
+    }
+
+    // A store that cannot be read is kept aside with a warning; the program goes on with defaults.
+    void damagedStoreIsKeptAside()
+    {
+        SaveNamed({ QStringLiteral("One") });
+        mDb.reset();
+        QByteArray damaged = StoreBytes() + "this line is not a setting\n\x01\xff[[\n";
+        {
+            QFile f(mFile);
+            QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+            f.write(damaged);
+        }
+        mUi.answer(UiServices::Answer::Ok);
+        mDb = std::make_unique<KORVODatabase>(
+            mUi, std::make_shared<StubCollectionFactory>(), [] { return std::make_unique<StubMainWindow>(); }, mFile);
+        QCOMPARE(mUi.last().icon, UiServices::Icon::Warning);
+        QVERIFY2(mUi.last().text.contains(QStringLiteral("damaged")), qPrintable(mUi.last().text));
+        const QStringList copies = QDir(QFileInfo(mFile).absolutePath()).entryList({ "settings.ini.damaged-*" });
+        QCOMPARE(copies.size(), 1);
+        QFile copy(QFileInfo(mFile).absolutePath() + QLatin1Char('/') + copies.first());
+        QVERIFY(copy.open(QIODevice::ReadOnly));
+        QCOMPARE(copy.readAll(), damaged);
+        QVERIFY(mUi.last().text.contains(copies.first()));
+        QCOMPARE(mDb->FindAllProjects(true, true)->Count(), 0);
+    }
+
     void defaultProject_data()
     {
         QTest::addColumn<QString>("projectToOpen");
@@ -286,7 +323,8 @@ private Q_SLOTS:
         auto p = mDb->GetDefaultProject();
         QCOMPARE(p ? p->Name : QString(), expected);
         QVERIFY(!p || p->Default);
-        for (const auto &q : *mDb->FindAllProjects(true, true))
+        const auto all = mDb->FindAllProjects(true, true);
+        for (const auto &q : *all)
             QVERIFY(!q->Default);
     }
 
@@ -298,7 +336,8 @@ private Q_SLOTS:
         QCOMPARE(mDb->GetRegistryProjectCount(), 5L);
         // A gap made by hand is tolerated by the list too.
         QStringList names;
-        for (const auto &p : *mDb->FindAllProjects(true, true))
+        const auto all = mDb->FindAllProjects(true, true);
+        for (const auto &p : *all)
             names << p->Name + "@" + QString::number(p->Sequence);
         QCOMPARE(names, (QStringList { "A@1", "B@2", "Far@5", "   @8" }));
     }

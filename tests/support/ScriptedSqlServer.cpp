@@ -103,6 +103,11 @@ private:
 
 } // namespace
 
+QString ScriptedSqlServer::Call::literal(int n) const
+{
+    return match.captured(n).replace(QLatin1String("''"), QLatin1String("'"));
+}
+
 QString ScriptedSqlServer::Call::arg(int n) const
 {
     QString v = match.captured(n).trimmed();
@@ -264,7 +269,7 @@ ScriptedSqlServer::Object *ScriptedSqlServer::resolve(Database &db, const QStrin
 
 QString ScriptedSqlServer::exact(const QString &statementTemplate)
 {
-    static const QRegularExpression placeholder(QStringLiteral("\\{(text|num|raw)\\}"));
+    static const QRegularExpression placeholder(QStringLiteral("\\{(text|num|raw|lit)\\}"));
     QString out;
     qsizetype from = 0;
     auto it = placeholder.globalMatch(statementTemplate);
@@ -274,6 +279,8 @@ QString ScriptedSqlServer::exact(const QString &statementTemplate)
         const QString kind = m.captured(1);
         if (kind == QLatin1String("text"))
             out += QStringLiteral("(NULL|'(?:[^']|'')*')");
+        else if (kind == QLatin1String("lit"))
+            out += QStringLiteral("((?:[^']|'')*)");
         else if (kind == QLatin1String("num"))
             out += QStringLiteral("(NULL|-?\\d+(?:\\.\\d+)?)");
         else
@@ -305,15 +312,41 @@ std::shared_ptr<SqlDriver> ScriptedSqlServer::driver()
     return std::make_shared<ScriptedDriver>(*this);
 }
 
-ScriptedSqlServer::Session ScriptedSqlServer::connect(const QString &connectionString)
+QMap<QString, QString> ScriptedSqlServer::ConnectionValues(const QString &text)
 {
     QMap<QString, QString> values;
-    for (const QString &part : connectionString.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
-        const qsizetype eq = part.indexOf(QLatin1Char('='));
-        if (eq > 0)
-            values.insert(part.left(eq).trimmed().toLower(), part.mid(eq + 1));
+    qsizetype i = 0;
+    while (i < text.size()) {
+        const qsizetype eq = text.indexOf(QLatin1Char('='), i);
+        if (eq < 0)
+            break;
+        const QString key = text.mid(i, eq - i).trimmed().toLower();
+        QString value;
+        i = eq + 1;
+        if (i < text.size() && text.at(i) == QLatin1Char('{')) {
+            // Braced: anything up to the single "}", a doubled one standing for itself.
+            for (++i; i < text.size(); ++i) {
+                if (text.at(i) == QLatin1Char('}') && i + 1 < text.size() && text.at(i + 1) == QLatin1Char('}'))
+                    value += text.at(i++);
+                else if (text.at(i) == QLatin1Char('}'))
+                    break;
+                else
+                    value += text.at(i);
+            }
+            ++i;
+        }
+        while (i < text.size() && text.at(i) != QLatin1Char(';'))
+            value += text.at(i++);
+        values.insert(key, value);
+        ++i;
     }
-    if (values.value(QStringLiteral("driver")) != QLatin1String("{SQL Server}"))
+    return values;
+}
+
+ScriptedSqlServer::Session ScriptedSqlServer::connect(const QString &connectionString)
+{
+    const QMap<QString, QString> values = ConnectionValues(connectionString);
+    if (values.value(QStringLiteral("driver")) != QLatin1String("SQL Server"))
         throw SqlError(0, QStringLiteral("ODBC"),
             QStringLiteral("[unixODBC][Driver Manager]Data source name not found and no default driver "
                            "specified"),
@@ -585,10 +618,10 @@ void ScriptedSqlServer::addBuiltInStatements()
         leading + QStringLiteral("DROP\\s+(PROCEDURE|PROC|VIEW|TRIGGER|FUNCTION|TABLE)\\s+(.+?)\\s*;?"),
         [](Call &c) { return c.server.drop(c.db, c.match.captured(1), c.match.captured(2), false, c.session); },
         QRegularExpression::CaseInsensitiveOption);
-    addStatement(exact(QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'{raw}') AND "
+    addStatement(exact(QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'{lit}') AND "
                                       "{raw}) \r\n\t DROP {raw} {raw}")),
         [](Call &c) {
-            if (c.match.captured(1) != c.match.captured(4))
+            if (c.literal(1) != c.match.captured(4))
                 throw serverError(50000, QStringLiteral("drop script names two objects"));
             return c.server.drop(c.db, c.match.captured(3), c.match.captured(4), true, c.session);
         });

@@ -75,6 +75,8 @@ public:
         QRegularExpressionMatch match;
         // The n-th capture as a value: a text literal unquoted, NULL as a null string.
         QString arg(int n) const;
+        // Capture n as the inside of a literal: '' read as '.
+        QString literal(int n) const;
     };
     using Handler = std::function<BatchResult(Call &)>;
 
@@ -101,7 +103,8 @@ public:
     // --- Statements ---
     // A pattern from an exact statement text with placeholders: {text} a text
     // literal as sqlFMTOUT makes it (without its leading blank) or NULL, {num} a
-    // number or NULL, {raw} anything up to the next fixed text.
+    // number or NULL, {raw} anything up to the next fixed text, {lit} the inside
+    // of a literal whose quotes the template writes (Call::literal reads it).
     static QString exact(const QString &statementTemplate);
     void addStatement(const QString &regex, Handler handler,
         QRegularExpression::PatternOptions options = QRegularExpression::NoPatternOption);
@@ -127,6 +130,9 @@ public:
     // Used by the scripted connections.
     BatchResult execute(Session &session, const QString &sql);
     Session connect(const QString &connectionString);
+    // An ODBC connection string's values by lower-cased key, braces read as a
+    // driver manager reads them.
+    static QMap<QString, QString> ConnectionValues(const QString &text);
     bool alive(const Session &session) const { return mRunning && session.Generation == mGeneration; }
 
 private:

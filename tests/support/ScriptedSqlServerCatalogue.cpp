@@ -195,17 +195,19 @@ void AddCatalogueStatements(ScriptedSqlServer &server)
             return rows({ "Exists" }, { { int(n) } });
         });
     server.addStatement(
-        "(GRANT|DENY|REVOKE) (EXECUTE|SELECT|INSERT|UPDATE|DELETE|REFERENCES) ON (.+) TO \\[(.*)\\]", [](Call &c) {
+        "(GRANT|DENY|REVOKE) (EXECUTE|SELECT|INSERT|UPDATE|DELETE|REFERENCES) ON (.+) TO (\\[(?:[^\\]]|\\]\\])*\\])",
+        [](Call &c) {
             const Object *o = resolve(c, c.match.captured(3));
+            const QString grantee = SQLServerKind::UnquoteBracketed(c.match.captured(4));
             if (!o)
                 throw ScriptedSqlServer::serverError(
                     15151, QStringLiteral("Cannot find the object '%1'.").arg(c.match.captured(3)));
-            const int uid = c.server.uidOf(c.db, c.match.captured(4));
+            const int uid = c.server.uidOf(c.db, grantee);
             if (uid < 0)
                 throw ScriptedSqlServer::serverError(15151,
                     QStringLiteral("Cannot find the user '%1', because it does not exist or you do not have "
                                    "permission.")
-                        .arg(c.match.captured(4)));
+                        .arg(grantee));
             const QString action = word(c.match.captured(2));
             c.db.Protections.removeIf(
                 [&](const Protection &p) { return p.Id == o->Id && p.Uid == uid && same(p.Action, action); });
@@ -250,10 +252,10 @@ void AddCatalogueStatements(ScriptedSqlServer &server)
                 });
             });
         server.addStatement(
-            ScriptedSqlServer::exact(QString(s.LookupQuery).replace(QLatin1String("#NAME#"), QLatin1String("{raw}"))),
+            ScriptedSqlServer::exact(QString(s.LookupQuery).replace(QLatin1String("#NAME#"), QLatin1String("{lit}"))),
             [=](Call &c) {
-                const Object *o = resolve(c, c.match.captured(1),
-                    [&](const Object &o) { return xtypes.contains(o.XType) && o.Category != 2; });
+                const Object *o = resolve(
+                    c, c.literal(1), [&](const Object &o) { return xtypes.contains(o.XType) && o.Category != 2; });
                 return rows({ "id" }, o ? QList<QVariantList> { { qlonglong(o->Id) } } : QList<QVariantList>());
             });
     }

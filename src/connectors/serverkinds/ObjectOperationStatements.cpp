@@ -4,7 +4,7 @@
 
 QString SQLServerKind::NameForText(ObjectClass, const QString &owner, const QString &name) const
 {
-    return QLatin1Char('[') + owner + QStringLiteral("].[") + name + QLatin1Char(']');
+    return QuoteIdentifier(owner) + QLatin1Char('.') + QuoteIdentifier(name);
 }
 
 bool SQLServerKind::SourceControlTakesServerText() const

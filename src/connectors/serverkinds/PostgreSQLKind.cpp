@@ -22,16 +22,15 @@ QString objectsUnion(QString id = QString())
     const QString p = id.isEmpty() ? QString() : QStringLiteral(" AND p.oid = ") + id;
     const QString c = id.isEmpty() ? QString() : QStringLiteral(" AND c.oid = ") + id;
     const QString t = id.isEmpty() ? QString() : QStringLiteral(" AND t.oid = ") + id;
-    return QStringLiteral(
-               "(SELECT p.oid::bigint AS id, p.proname AS name, n.nspname AS owner, n.nspname AS nspname "
-               "FROM pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace "
-               "WHERE p.prokind IN ('f','p')%1 "
-               "UNION ALL SELECT c.oid::bigint, c.relname, n.nspname, n.nspname "
-               "FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
-               "WHERE c.relkind IN ('v','r','p')%2 "
-               "UNION ALL SELECT t.oid::bigint, t.tgname, n.nspname, n.nspname "
-               "FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class c ON c.oid = t.tgrelid "
-               "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace WHERE NOT t.tgisinternal%3) o")
+    return QStringLiteral("(SELECT p.oid::bigint AS id, p.proname AS name, n.nspname AS owner, n.nspname AS nspname "
+                          "FROM pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace "
+                          "WHERE p.prokind IN ('f','p')%1 "
+                          "UNION ALL SELECT c.oid::bigint, c.relname, n.nspname, n.nspname "
+                          "FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
+                          "WHERE c.relkind IN ('v','r','p')%2 "
+                          "UNION ALL SELECT t.oid::bigint, t.tgname, n.nspname, n.nspname "
+                          "FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class c ON c.oid = t.tgrelid "
+                          "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace WHERE NOT t.tgisinternal%3) o")
         .arg(p, c, t);
 }
 
@@ -55,7 +54,46 @@ QString PostgreSQLKind::FoldIdent(const QString &identifier)
         inner.replace(QLatin1String("\"\""), QLatin1String("\""));
         return inner;
     }
-    return t.toLower();
+    // The server folds A to Z only, whatever the database's encoding.
+    QString folded = t;
+    for (QChar &c : folded) {
+        if (c >= QLatin1Char('A') && c <= QLatin1Char('Z'))
+            c = QChar(c.unicode() + ('a' - 'A'));
+    }
+    return folded;
+}
+
+QString PostgreSQLKind::QuoteIdentifier(const QString &name) const
+{
+    return QuoteIdent(name);
+}
+
+QString PostgreSQLKind::QuoteLiteral(const QString &text) const
+{
+    // standard_conforming_strings is on: a backslash is an ordinary character.
+    return Quoted(text);
+}
+
+QString PostgreSQLKind::UnquoteName(const QString &written) const
+{
+    // A name bracketed as SQL Server writes it keeps what stands inside.
+    const QString t = written.trimmed();
+    if (t.size() >= 2 && t.startsWith(QLatin1Char('[')) && t.endsWith(QLatin1Char(']')))
+        return SQLServerKind::UnquoteBracketed(t);
+    return FoldIdent(t);
+}
+
+QString PostgreSQLKind::NameLengthRefusal(const QString &name) const
+{
+    // NAMEDATALEN - 1; a longer name would be cut short by the server.
+    constexpr int limit = 63;
+    const qsizetype bytes = name.toUtf8().size();
+    if (bytes <= limit)
+        return QString();
+    return QStringLiteral("The name '%1' is %2 bytes long. PostgreSQL keeps names of at most %3 bytes.")
+        .arg(name)
+        .arg(bytes)
+        .arg(limit);
 }
 
 QString PostgreSQLKind::CreateConnectionString(const QString &server, const QString &database, const QString &userName,
@@ -117,9 +155,9 @@ QString PostgreSQLKind::DatabaseListStatement() const
 QString PostgreSQLKind::ObjectIDStatement(const QString &name, const QString &owner) const
 {
     QString sql = QStringLiteral("SELECT o.id AS id FROM ") + objectsUnion() + QStringLiteral(" WHERE o.name = ")
-        + Quoted(FoldIdent(name));
+        + Quoted(UnquoteName(name));
     if (!owner.isEmpty())
-        sql += QStringLiteral(" AND o.owner = ") + Quoted(FoldIdent(owner));
+        sql += QStringLiteral(" AND o.owner = ") + Quoted(UnquoteName(owner));
     else
         sql += QStringLiteral(" AND ")
             + PgUserSchemas().replace(QLatin1String("n.nspname"), QLatin1String("o.nspname"));
@@ -201,7 +239,7 @@ QStringList PostgreSQLKind::SplitName(const QString &name) const
     // Brackets mean nothing here, but names may come from texts of the other kind.
     QStringList parts = SplitAtOwnerDot(name, QLatin1Char('"'), QLatin1Char('"'));
     for (QString &part : parts)
-        part = FoldIdent(part);
+        part = UnquoteName(part);
     return parts;
 }
 
@@ -280,9 +318,10 @@ QString PostgreSQLKind::ExtractTableNameFromTrigger(const QString &text, const S
 QString PostgreSQLKind::DropScript(
     ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const
 {
+    // Owner and name arrive as the catalogue holds them, not folded again.
     const QString schemaTest = owner.isEmpty() ? QStringLiteral("n.nspname = current_schema()")
-                                               : QStringLiteral("n.nspname = ") + Quoted(FoldIdent(owner));
-    const QString qualified = FormatName(FoldIdent(owner), FoldIdent(name));
+                                               : QStringLiteral("n.nspname = ") + Quoted(owner);
+    const QString qualified = FormatName(owner, name);
     auto scripts = [&](const QString &sql) {
         QStringList out;
         if (read) {
@@ -301,7 +340,7 @@ QString PostgreSQLKind::DropScript(
                            "ELSE 'FUNCTION' END, n.nspname, p.proname, pg_get_function_identity_arguments(p.oid)) AS "
                            "\"Script\" FROM pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = "
                            "p.pronamespace WHERE p.prokind IN ('f','p') AND p.proname = %1 AND %2 ORDER BY p.oid")
-                .arg(Quoted(FoldIdent(name)), schemaTest));
+                .arg(Quoted(name), schemaTest));
         if (!found.isEmpty())
             return found;
         return (cls == ObjectClass::StoredProcedure ? QStringLiteral("DROP PROCEDURE IF EXISTS ")
@@ -318,7 +357,7 @@ QString PostgreSQLKind::DropScript(
                                       "c.relname) AS \"Script\" FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class "
                                       "c ON c.oid = t.tgrelid JOIN pg_catalog.pg_namespace n ON n.oid = "
                                       "c.relnamespace WHERE NOT t.tgisinternal AND t.tgname = %1 AND %2")
-                           .arg(Quoted(FoldIdent(name)), schemaTest));
+                           .arg(Quoted(name), schemaTest));
     }
     return QString();
 }

@@ -13,16 +13,32 @@ QString textLiteral(const QString &text)
     return text.isEmpty() ? QStringLiteral(" NULL") : QLatin1Char(' ') + StatementParts::Quoted(text);
 }
 
+// A value of the ODBC connection string: between braces, "}" doubled, when it
+// holds anything the string's syntax would read; always so for a password.
+QString connectionValue(const QString &value, bool always)
+{
+    static const QString special = QStringLiteral(";{}=");
+    bool needs = always || value != value.trimmed();
+    for (const QChar c : value)
+        needs = needs || special.contains(c);
+    if (!needs)
+        return value;
+    QString doubled = value;
+    doubled.replace(QLatin1Char('}'), QLatin1String("}}"));
+    return QLatin1Char('{') + doubled + QLatin1Char('}');
+}
+
 } // namespace
 
 QString SQLServerKind::CreateConnectionString(const QString &server, const QString &database, const QString &userName,
     const QString &password, bool useOsLogin) const
 {
+    const QString start = QStringLiteral("Driver={SQL Server};Server=") + connectionValue(server, false)
+        + QStringLiteral(";Database=") + connectionValue(database, false);
     if (useOsLogin)
-        return QStringLiteral("Driver={SQL Server};Server=") + server + QStringLiteral(";Database=") + database
-            + QStringLiteral(";Trusted_Connection=yes;");
-    return QStringLiteral("Driver={SQL Server};Server=") + server + QStringLiteral(";Database=") + database
-        + QStringLiteral(";Uid=") + userName + QStringLiteral(";Pwd=") + password + QStringLiteral(";");
+        return start + QStringLiteral(";Trusted_Connection=yes;");
+    return start + QStringLiteral(";Uid=") + connectionValue(userName, false) + QStringLiteral(";Pwd=")
+        + connectionValue(password, true) + QStringLiteral(";");
 }
 
 std::shared_ptr<SqlDriver> SQLServerKind::DefaultDriver() const
@@ -57,8 +73,10 @@ QString SQLServerKind::DatabaseListStatement() const
     return QStringLiteral("SELECT name FROM master.dbo.sysdatabases ORDER BY name");
 }
 
-QString SQLServerKind::ObjectIDStatement(const QString &name, const QString &owner) const
+QString SQLServerKind::ObjectIDStatement(const QString &writtenName, const QString &writtenOwner) const
 {
+    const QString name = UnquoteBracketed(writtenName);
+    const QString owner = UnquoteBracketed(writtenOwner);
     if (!owner.isEmpty())
         return QStringLiteral("SELECT id FROM sysobjects so INNER JOIN sysusers su ON so.uid = su.uid WHERE so.name "
                               "= ")
@@ -75,8 +93,8 @@ QString SQLServerKind::ObjectNameStatement(const QString &idLiteral) const
 
 QString SQLServerKind::ObjectOwnerStatement(const QString &id) const
 {
-    return QStringLiteral("SELECT name FROM sysusers WHERE uid IN (SELECT uid FROM sysobjects WHERE id = ") + id
-        + QStringLiteral(")");
+    return QStringLiteral("SELECT name FROM sysusers WHERE uid IN (SELECT uid FROM sysobjects WHERE id = ")
+        + StatementParts::NumberOrNull(id) + QStringLiteral(")");
 }
 
 QString SQLServerKind::ObjectTextStatement(const QString &, const QString &qualifiedName) const
@@ -97,15 +115,60 @@ QStringList SQLServerKind::FunctionProbeStatements() const
         QStringLiteral("DROP FUNCTION udfCheck_SQL_SERVER_VERSION") };
 }
 
+QString SQLServerKind::QuoteIdentifier(const QString &name) const
+{
+    return BracketIdent(name);
+}
+
+QString SQLServerKind::QuoteLiteral(const QString &text) const
+{
+    return StatementParts::Quoted(text);
+}
+
+QString SQLServerKind::UnquoteName(const QString &written) const
+{
+    return UnquoteBracketed(written);
+}
+
+QString SQLServerKind::NameLengthRefusal(const QString &name) const
+{
+    constexpr int limit = 128;
+    if (name.size() <= limit)
+        return QString();
+    return QStringLiteral("The name '%1' is %2 characters long. SQL Server keeps names of at most %3 characters.")
+        .arg(name)
+        .arg(name.size())
+        .arg(limit);
+}
+
 QString SQLServerKind::FormatName(const QString &owner, const QString &name) const
 {
     return Bracketed(owner, name);
 }
 
+QString SQLServerKind::BracketIdent(const QString &name)
+{
+    QString doubled = name;
+    doubled.replace(QLatin1Char(']'), QLatin1String("]]"));
+    return QLatin1Char('[') + doubled + QLatin1Char(']');
+}
+
 QString SQLServerKind::Bracketed(const QString &owner, const QString &name)
 {
-    const QString bracketed = QLatin1Char('[') + name + QLatin1Char(']');
-    return owner.isEmpty() ? bracketed : QLatin1Char('[') + owner + QStringLiteral("].") + bracketed;
+    return owner.isEmpty() ? BracketIdent(name) : BracketIdent(owner) + QLatin1Char('.') + BracketIdent(name);
+}
+
+QString SQLServerKind::UnquoteBracketed(const QString &written)
+{
+    if (written.size() >= 2 && written.startsWith(QLatin1Char('[')) && written.endsWith(QLatin1Char(']'))) {
+        const QString inner = written.mid(1, written.size() - 2);
+        if (!inner.contains(QLatin1Char('[')) && !QString(inner).remove(QLatin1String("]]")).contains(QLatin1Char(']')))
+            return QString(inner).replace(QLatin1String("]]"), QLatin1String("]"));
+    }
+    QString plain = written;
+    plain.remove(QLatin1Char('['));
+    plain.remove(QLatin1Char(']'));
+    return plain;
 }
 
 QStringList SQLServerKind::SplitName(const QString &name) const
@@ -115,7 +178,10 @@ QStringList SQLServerKind::SplitName(const QString &name) const
 
 QStringList SQLServerKind::ExtractOwnerAndItemName(const QString &name)
 {
-    return SplitAtOwnerDot(name, QLatin1Char('['), QLatin1Char(']'));
+    QStringList parts = SplitAtOwnerDot(name, QLatin1Char('['), QLatin1Char(']'));
+    for (QString &part : parts)
+        part = UnquoteBracketed(part);
+    return parts;
 }
 
 SQLKeywordPatterns SQLServerKind::CreatePatterns(ObjectClass cls) const
@@ -177,9 +243,11 @@ QString SQLServerKind::DropScript(
     ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &) const
 {
     const StatementParts::SqlServerDropParts parts = StatementParts::SqlServerDrop(cls);
+    // The name stands once inside the literal OBJECT_ID reads and once as an identifier.
     const QString bracketed = Bracketed(owner, name);
-    return QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'") + bracketed
-        + QLatin1String(parts.Exists2) + QStringLiteral("\r\n\t") + QLatin1String(parts.Keyword) + bracketed;
+    return QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'")
+        + StatementParts::QuotedBody(bracketed) + QLatin1String(parts.Exists2) + QStringLiteral("\r\n\t")
+        + QLatin1String(parts.Keyword) + bracketed;
 }
 
 QStringList SQLServerKind::CompileCheckStatements(const QString &createText, const QString &dropScript) const
@@ -195,5 +263,5 @@ QString SQLServerKind::PermissionStatement(
     if (value == 3 || value < 0 || value > 3 || action < 1 || action > 6)
         return QString();
     return QLatin1String(verbs[value]) + QLatin1String(actions[action - 1]) + QStringLiteral(" ON ") + objectName
-        + QStringLiteral(" TO [") + grantee + QLatin1Char(']');
+        + QStringLiteral(" TO ") + QuoteIdentifier(grantee);
 }

@@ -30,18 +30,18 @@ QStringList ServerKind::SplitAtOwnerDot(const QString &name, QChar open, QChar c
     qsizetype split = -1;
     for (qsizetype i = 0; i < name.size() && split < 0; ++i) {
         const QChar c = name.at(i);
-        if (c == open)
-            quoted = open == close ? !quoted : true;
-        else if (c == close)
-            quoted = false;
-        else if (c == QLatin1Char('.') && !quoted)
+        if (quoted && c == close) {
+            if (i + 1 < name.size() && name.at(i + 1) == close)
+                ++i; // doubled: part of the name
+            else
+                quoted = false;
+        } else if (!quoted && c == open) {
+            quoted = true;
+        } else if (!quoted && c == QLatin1Char('.')) {
             split = i;
+        }
     }
-    QString owner = split >= 0 ? name.left(split) : QString();
-    QString item = split >= 0 ? name.mid(split + 1) : name;
-    for (QString *part : { &owner, &item }) {
-        part->remove(QLatin1Char('['));
-        part->remove(QLatin1Char(']'));
-    }
-    return { owner, item };
+    if (split < 0)
+        return { QString(), name };
+    return { name.left(split), name.mid(split + 1) };
 }

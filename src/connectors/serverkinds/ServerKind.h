@@ -60,7 +60,7 @@ public:
 
     // --- Catalogue ---
     // The id(s) of objects with this name (and owner, when not empty): field "id".
-    // Name and owner arrive without brackets.
+    // Name and owner arrive as written, quoted or not (UnquoteName).
     virtual QString ObjectIDStatement(const QString &name, const QString &owner) const = 0;
     // Fields "ObjectName" and "UserName" of the object with this id (a number literal
     // as sqlFMTOUT makes it, with its leading blank, possibly " NULL").
@@ -75,6 +75,17 @@ public:
     virtual QString DatabaseUserNameStatement(const QString &loginLiteral) const = 0;
     // Statements that succeed only where user defined functions can be made.
     virtual QStringList FunctionProbeStatements() const = 0;
+
+    // --- Quoting ---
+    // Every name and text a statement carries goes in through these two, so
+    // that it reaches the server as an identifier or as data, never as text of
+    // the statement itself.
+    virtual QString QuoteIdentifier(const QString &name) const = 0;
+    virtual QString QuoteLiteral(const QString &text) const = 0;
+    // One part of a name as written (quoted or not) back to the name itself.
+    virtual QString UnquoteName(const QString &written) const = 0;
+    // Why the server cannot keep this name whole; empty when it can.
+    virtual QString NameLengthRefusal(const QString &name) const = 0;
 
     // --- Names and texts ---
     // An object name as the kind writes it: "[o].[n]" on SQL Server.
@@ -137,8 +148,8 @@ public:
     virtual bool PermissionRoleListed(qint64 roleId) const = 0;
     // One grantee's rights on the object: fields "Action", "ProtectType". May
     // fail when there are none.
-    virtual QString GranteeRightsStatement(const QString &objectName, const QString &id, ObjectClass cls,
-                                           const QString &grantee) const = 0;
+    virtual QString GranteeRightsStatement(
+        const QString &objectName, const QString &id, ObjectClass cls, const QString &grantee) const = 0;
     // Everybody's rights on the object, one grantee's rows together: fields
     // "Grantee", "Action", "ProtectType". May fail when there are none.
     virtual QString ObjectRightsStatement(const QString &objectName, const QString &id, ObjectClass cls) const = 0;
@@ -148,8 +159,7 @@ public:
     virtual bool PermissionApplies(int action, ObjectClass cls) const = 0;
 
     // --- Versioned objects (procedures, views, triggers, functions and their lists) ---
-    struct VersionedStatements
-    {
+    struct VersionedStatements {
         // DBQueryStart + DBQueryByID + id, or + DBQueryByName + name + DBQueryByOwner +
         // owner (literals as sqlFMTOUT makes them): fields "id", "name", "UserName".
         QString DBQueryStart, DBQueryByName, DBQueryByOwner, DBQueryByID;
@@ -225,7 +235,8 @@ public:
 
 protected:
     // Splits "owner.name" at the first "." outside quoting (open and close may be
-    // the same character) and drops brackets from both parts.
+    // the same character; a doubled close inside stands for itself). The parts
+    // stay as written.
     static QStringList SplitAtOwnerDot(const QString &name, QChar open, QChar close);
 };
 
@@ -253,6 +264,11 @@ public:
     QString DatabaseUserNameStatement(const QString &loginLiteral) const override;
     QStringList FunctionProbeStatements() const override;
 
+    QString QuoteIdentifier(const QString &name) const override;
+    QString QuoteLiteral(const QString &text) const override;
+    QString UnquoteName(const QString &written) const override;
+    QString NameLengthRefusal(const QString &name) const override;
+
     QString FormatName(const QString &owner, const QString &name) const override;
     QStringList SplitName(const QString &name) const override;
     SQLKeywordPatterns CreatePatterns(ObjectClass cls) const override;
@@ -277,8 +293,8 @@ public:
     QString PermissionRolesStatement() const override;
     QString PermissionUsersStatement() const override;
     bool PermissionRoleListed(qint64 roleId) const override;
-    QString GranteeRightsStatement(const QString &objectName, const QString &id, ObjectClass cls,
-                                   const QString &grantee) const override;
+    QString GranteeRightsStatement(
+        const QString &objectName, const QString &id, ObjectClass cls, const QString &grantee) const override;
     QString ObjectRightsStatement(const QString &objectName, const QString &id, ObjectClass cls) const override;
     QString KnownGranteeStatement(const QString &grantee) const override;
     bool PermissionApplies(int action, ObjectClass cls) const override;
@@ -295,10 +311,14 @@ public:
     QString ParseOnlyStatement() const override { return QStringLiteral("SET PARSEONLY ON"); }
 
     // The owner/name split of a bracketed or dotted name: the first "." outside
-    // brackets; brackets removed from both parts.
+    // brackets; both parts unquoted (UnquoteBracketed).
     static QStringList ExtractOwnerAndItemName(const QString &name);
-    // "[" + owner + "].[" + name + "]", or "[" + name + "]" without owner.
+    // "[" + owner + "].[" + name + "]", or "[" + name + "]" without owner; a "]"
+    // inside is doubled.
     static QString Bracketed(const QString &owner, const QString &name);
+    static QString BracketIdent(const QString &name);
+    // "[a]]b]" gives "a]b"; a part that is not one bracketed name loses its brackets.
+    static QString UnquoteBracketed(const QString &written);
 };
 
 // PostgreSQL over libpq. Owners are schemas, ids are oids; texts come from the
@@ -329,6 +349,11 @@ public:
     QString DatabaseUserNameStatement(const QString &loginLiteral) const override;
     QStringList FunctionProbeStatements() const override;
 
+    QString QuoteIdentifier(const QString &name) const override;
+    QString QuoteLiteral(const QString &text) const override;
+    QString UnquoteName(const QString &written) const override;
+    QString NameLengthRefusal(const QString &name) const override;
+
     QString FormatName(const QString &owner, const QString &name) const override;
     QStringList SplitName(const QString &name) const override;
     SQLKeywordPatterns CreatePatterns(ObjectClass cls) const override;
@@ -353,8 +378,8 @@ public:
     QString PermissionRolesStatement() const override;
     QString PermissionUsersStatement() const override;
     bool PermissionRoleListed(qint64 roleId) const override;
-    QString GranteeRightsStatement(const QString &objectName, const QString &id, ObjectClass cls,
-                                   const QString &grantee) const override;
+    QString GranteeRightsStatement(
+        const QString &objectName, const QString &id, ObjectClass cls, const QString &grantee) const override;
     QString ObjectRightsStatement(const QString &objectName, const QString &id, ObjectClass cls) const override;
     QString KnownGranteeStatement(const QString &grantee) const override;
     bool PermissionApplies(int action, ObjectClass cls) const override;
@@ -381,7 +406,8 @@ public:
 
     // An identifier as PostgreSQL prints it: quoted only when it must be.
     static QString QuoteIdent(const QString &identifier);
-    // A name as PostgreSQL reads it: quoted parts kept, unquoted ones folded to lower case.
+    // A name as PostgreSQL reads it: quoted parts kept, unquoted ones folded to
+    // lower case, ASCII letters only, as the server does.
     static QString FoldIdent(const QString &identifier);
     // Column rows of a table or view: + oid + AttributeColumnsQuery2.
     static QString AttributeColumnsQuery1();

@@ -3,11 +3,16 @@
 namespace StatementParts
 {
 
-QString Quoted(const QString &text)
+QString QuotedBody(const QString &text)
 {
     QString doubled = text;
     doubled.replace(QLatin1Char('\''), QLatin1String("''"));
-    return QLatin1Char('\'') + doubled + QLatin1Char('\'');
+    return doubled;
+}
+
+QString Quoted(const QString &text)
+{
+    return QLatin1Char('\'') + QuotedBody(text) + QLatin1Char('\'');
 }
 
 QString NumberOrNull(const QString &id)

@@ -8,8 +8,10 @@
 namespace StatementParts
 {
 
-// A text literal: every ' doubled, no leading blank.
+// A text literal: every ' doubled, no leading blank. Both kinds read literals so.
 QString Quoted(const QString &text);
+// The same without the enclosing quotes, for statements that write them.
+QString QuotedBody(const QString &text);
 // A number for an id, or NULL, so that nothing but a number reaches the text.
 QString NumberOrNull(const QString &id);
 

@@ -62,7 +62,7 @@ QString SQLServerKind::PermissionObjectStatement(const QString &id, ObjectClass)
 {
     return QStringLiteral("SELECT so.name AS [ObjectName], su.name AS [OwnerName] FROM sysobjects so INNER JOIN "
                           "sysusers su ON so.uid = su.uid WHERE so.id = ")
-        + id + QLatin1Char(' ');
+        + NumberOrNull(id) + QLatin1Char(' ');
 }
 
 QString SQLServerKind::PermissionObjectNameFromRow(const Recordset &row, ObjectClass cls) const
@@ -73,8 +73,7 @@ QString SQLServerKind::PermissionObjectNameFromRow(const Recordset &row, ObjectC
 
 QString SQLServerKind::PermissionObjectName(const QString &owner, const QString &name, ObjectClass) const
 {
-    // Names are put between brackets as they are: a "]" in a name is not escaped.
-    return QLatin1Char('[') + owner + QStringLiteral("].[") + name + QLatin1Char(']');
+    return QuoteIdentifier(owner) + QLatin1Char('.') + QuoteIdentifier(name);
 }
 
 QString SQLServerKind::PermissionRolesStatement() const

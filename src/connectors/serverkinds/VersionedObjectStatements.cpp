@@ -54,8 +54,9 @@ ServerKind::VersionedStatements SQLServerKind::VersionedObjectStatements(ObjectC
 
 QString SQLServerKind::ObjectLookupStatement(ObjectClass cls, const QString &nameAsWritten) const
 {
+    // The name goes in as data of the literal OBJECT_ID reads.
     QString sql = VersionedObjectStatements(cls).LookupQuery;
-    return sql.replace(QLatin1String("#NAME#"), nameAsWritten);
+    return sql.replace(QLatin1String("#NAME#"), QuotedBody(nameAsWritten));
 }
 
 ServerKind::VersionedStatements PostgreSQLKind::VersionedObjectStatements(ObjectClass cls) const

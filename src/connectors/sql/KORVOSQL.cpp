@@ -7,13 +7,6 @@ namespace
 
 const QString ConnectionErrorTitle = QStringLiteral("Connection Error");
 
-QString withoutBrackets(QString text)
-{
-    text.remove(QLatin1Char('['));
-    text.remove(QLatin1Char(']'));
-    return text;
-}
-
 bool isNumeric(const QVariant &value)
 {
     switch (value.typeId()) {
@@ -59,6 +52,20 @@ QDateTime asDate(const QVariant &value)
     default:
         return QDateTime();
     }
+}
+
+// The drivers hand statements on as C strings, which end at a NUL: refuse a
+// text with one rather than send the part before it.
+void refuseNul(const QString &sql)
+{
+    const qsizetype at = sql.indexOf(QChar(0));
+    if (at < 0)
+        return;
+    const qsizetype line = QStringView(sql).left(at).count(QLatin1Char('\n')) + 1;
+    throw SqlError(0, QStringLiteral("KORVOSQL"),
+        QStringLiteral("The text holds a NUL character (code 0) on line %1, which cannot be sent to the server. "
+                       "Remove it and try again.")
+            .arg(line));
 }
 
 } // namespace
@@ -179,6 +186,7 @@ void KORVOSQL::ExecuteSQL(const QString &sql)
 {
     if (!mConn)
         return;
+    refuseNul(sql);
     try {
         mConn->Execute(sql);
     } catch (...) {
@@ -191,6 +199,7 @@ std::shared_ptr<Recordset> KORVOSQL::OpenRecordset(const QString &sql)
 {
     if (!mConn)
         return nullptr;
+    refuseNul(sql);
     try {
         return mConn->OpenRecordset(sql);
     } catch (...) {
@@ -201,7 +210,7 @@ std::shared_ptr<Recordset> KORVOSQL::OpenRecordset(const QString &sql)
 
 QString KORVOSQL::GetObjectID(const QString &name, const QString &owner)
 {
-    const auto rs = OpenRecordset(mKind->ObjectIDStatement(withoutBrackets(name), withoutBrackets(owner)));
+    const auto rs = OpenRecordset(mKind->ObjectIDStatement(name, owner));
     if (rs && !rs->Eof() && rs->RecordCount() == 1)
         return rs->FieldText(QStringLiteral("id"));
     return QString();
@@ -352,8 +361,8 @@ QStringList KORVOSQL::FindServers() const
 QStringList KORVOSQL::FindDatabases(const QString &server, const QString &userName, const QString &password, int useNT)
 {
     QStringList names { QString() };
-    std::unique_ptr<SqlConnection> conn = Driver().Open(
-        CreateConnectionString(server, mKind->MaintenanceDatabase(), userName, password, useNT != 0));
+    std::unique_ptr<SqlConnection> conn
+        = Driver().Open(CreateConnectionString(server, mKind->MaintenanceDatabase(), userName, password, useNT != 0));
     const auto rs = conn->OpenRecordset(mKind->DatabaseListStatement());
     for (; !rs->Eof(); rs->MoveNext())
         names.append(rs->FieldText(QStringLiteral("name")));
@@ -366,8 +375,8 @@ QString KORVOSQL::ValidSQLDMOConnectionString(
 {
     try {
         // Connecting to the database itself tells a missing database from a refused login.
-        std::unique_ptr<SqlConnection> conn = Driver().Open(CreateConnectionString(server,
-            database.isEmpty() ? mKind->MaintenanceDatabase() : database, userName, password, useNT != 0));
+        std::unique_ptr<SqlConnection> conn = Driver().Open(CreateConnectionString(
+            server, database.isEmpty() ? mKind->MaintenanceDatabase() : database, userName, password, useNT != 0));
         conn->Close();
         return QString();
     } catch (const SqlError &e) {

@@ -101,7 +101,7 @@ QString KORVOVSS::OpenDatabase(const QString &iniFile, const QString &userName, 
     const QString &project, std::unique_ptr<VssDatabase> *keep)
 {
     try {
-        auto database = std::make_unique<VssDatabase>(iniFile, userName, password);
+        auto database = std::make_unique<VssDatabase>(iniFile, userName, password, ConnectTimeout);
         // A request of the server's, so that a wrong password shows here.
         database->Repository().LatestRevision();
         if (!project.isEmpty()) {
@@ -241,7 +241,13 @@ QString KORVOVSS::ReadThroughScratch(const QString &scratchName, const QByteArra
 {
     const QString scratch = GetItemFileName(scratchName);
     WorkingFiles::Fetch(scratch, content, false);
-    const QString text = WorkingFiles::ReadText(scratch);
+    QString text;
+    try {
+        text = WorkingFiles::ReadText(scratch);
+    } catch (const VssError &) {
+        WorkingFiles::ForceDelete(scratch);
+        throw;
+    }
     WorkingFiles::ForceDelete(scratch);
     return text;
 }

@@ -32,6 +32,8 @@ public:
     QString Password;
     bool StorePassword = false;
     QString Project; // "$\A\B\"
+    // Seconds an svn:// server has to answer before the connection fails.
+    int ConnectTimeout = 15;
 
     QString GeneralWorkingFolder() const { return mGeneralWorkingFolder; }
     // Appends the path separator when it is missing.

@@ -1,5 +1,9 @@
 #include "SvnRepository.h"
 
+#include <QElapsedTimer>
+#include <QTcpSocket>
+#include <QUrl>
+
 #include <apr_general.h>
 #include <apr_hash.h>
 #include <apr_tables.h>
@@ -217,9 +221,10 @@ void SvnRepository::Check(svn_error_t *err)
     throw VssError(messages.join(QStringLiteral(": ")), code, causes);
 }
 
-SvnRepository::SvnRepository(const QString &url, const QString &userName, const QString &password)
+SvnRepository::SvnRepository(const QString &url, const QString &userName, const QString &password, int connectTimeout)
     : mUrl(url)
     , mUserName(userName)
+    , mConnectTimeout(connectTimeout)
     , mAuth(std::make_unique<Auth>())
 {
     mPool = svn_pool_create(RootPool());
@@ -243,6 +248,30 @@ SvnRepository::SvnRepository(const QString &url, const QString &userName, const 
     }
 }
 
+void SvnRepository::ProbeSvnServer(const QString &url) const
+{
+    // ra_svn connects and reads the greeting without a time limit: an
+    // unreachable or silent host would hang the window. Ask first, bounded.
+    const QUrl u(url);
+    if (u.scheme() != QLatin1String("svn"))
+        return;
+    const int ms = std::max(1, mConnectTimeout) * 1000;
+    const QString where = QStringLiteral("%1:%2").arg(u.host()).arg(u.port(3690));
+    const QString limit = QStringLiteral("within %1 second%2 (setting \"SvnConnectTimeout\")")
+                              .arg(std::max(1, mConnectTimeout))
+                              .arg(mConnectTimeout == 1 ? QString() : QStringLiteral("s"));
+    QElapsedTimer clock;
+    clock.start();
+    QTcpSocket socket;
+    socket.connectToHost(u.host(), quint16(u.port(3690)));
+    if (!socket.waitForConnected(ms))
+        throw VssError(QStringLiteral("Could not connect to the Subversion server %1 %2: %3")
+                           .arg(where, limit, socket.errorString()));
+    if (!socket.waitForReadyRead(int(std::max<qint64>(1, ms - clock.elapsed()))))
+        throw VssError(QStringLiteral("The Subversion server %1 did not answer %2").arg(where, limit));
+    socket.abort();
+}
+
 void SvnRepository::Open()
 {
     apr_pool_t *pool = svn_pool_create(mPool);
@@ -256,6 +285,7 @@ void SvnRepository::Open()
         Check(svn_uri_canonicalize_safe(&canonical, nullptr, raw.constData(), pool, pool));
         if (!svn_path_is_url(canonical))
             throw VssError(QStringLiteral("'%1' is not a repository URL").arg(mUrl), VssError::IniFile);
+        ProbeSvnServer(fromSvn(canonical));
         const char *corrected = nullptr;
         const char *redirect = nullptr;
         // No configuration: nothing of the user's Subversion set-up is read.

@@ -70,7 +70,9 @@ public:
         long CopyFromRev = -1;
     };
 
-    SvnRepository(const QString &url, const QString &userName, const QString &password);
+    // connectTimeout (seconds) bounds the wait for an svn:// server to answer;
+    // the protocol itself would wait as long as the network does.
+    SvnRepository(const QString &url, const QString &userName, const QString &password, int connectTimeout = 15);
     ~SvnRepository();
     SvnRepository(const SvnRepository &) = delete;
     SvnRepository &operator=(const SvnRepository &) = delete;
@@ -116,6 +118,8 @@ public:
 
 private:
     void Open();
+    // Throws VssError when an svn:// server does not answer within the connect timeout.
+    void ProbeSvnServer(const QString &url) const;
     svn_ra_session_t *Session();
     // As Check, dropping the session when its connection broke.
     void Call(svn_error_t *err);
@@ -123,6 +127,7 @@ private:
     struct Auth;
     QString mUrl;
     QString mUserName;
+    int mConnectTimeout = 15;
     QString mRootUrl; // repository root URL
     QString mRootPath; // session URL relative to the repository root, "" or "a/b"
     apr_pool_t *mPool = nullptr; // credentials; outlives the sessions

@@ -89,8 +89,8 @@ QString VssDatabase::ProjectFolder(const QString &project)
     return parts.join(QLatin1Char('/'));
 }
 
-VssDatabase::VssDatabase(const QString &iniFile, const QString &userName, const QString &password)
-    : mRepo(ResolveUrl(iniFile), userName, password)
+VssDatabase::VssDatabase(const QString &iniFile, const QString &userName, const QString &password, int connectTimeout)
+    : mRepo(ResolveUrl(iniFile), userName, password, connectTimeout)
 {
 }
 

@@ -47,7 +47,7 @@ public:
     // "$\A\B\" (or "$/A/B") as the folder "A/B"; "$\" is "".
     static QString ProjectFolder(const QString &project);
 
-    VssDatabase(const QString &iniFile, const QString &userName, const QString &password);
+    VssDatabase(const QString &iniFile, const QString &userName, const QString &password, int connectTimeout = 15);
 
     SvnRepository &Repository() { return mRepo; }
     const QString &UserName() const { return mRepo.UserName(); }

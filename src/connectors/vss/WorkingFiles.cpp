@@ -55,7 +55,20 @@ QByteArray ReadBytes(const QString &path)
 
 QString ReadText(const QString &path)
 {
-    return QString::fromUtf8(ReadBytes(path));
+    // A byte that is not UTF-8 would become U+FFFD and be written back so:
+    // refuse the text instead of changing it.
+    const QByteArray bytes = ReadBytes(path);
+    QString text = QString::fromUtf8(bytes);
+    const QByteArray again = text.toUtf8();
+    if (again == bytes)
+        return text;
+    qsizetype at = 0;
+    while (at < bytes.size() && at < again.size() && bytes.at(at) == again.at(at))
+        ++at;
+    throw VssError(QStringLiteral("The file is not UTF-8 text: byte 0x%1 at offset %2 is not UTF-8. KORVO keeps "
+                                  "texts as UTF-8 and leaves the file unchanged; convert it to UTF-8 and try again.")
+                       .arg(quint8(bytes.at(at)), 2, 16, QLatin1Char('0'))
+                       .arg(at));
 }
 
 void WriteNew(const QString &path, const QString &text)

@@ -8,7 +8,8 @@
 namespace WorkingFiles
 {
 
-// The whole file; a missing or empty file gives "".
+// The whole file; a missing or empty file gives "". Throws VssError for a file
+// that is not UTF-8, which could not come back out unchanged.
 QString ReadText(const QString &path);
 // Creates the file anew (a new file replaces an old one), keeping a read-only
 // attribute that was set.

@@ -9,7 +9,7 @@ bool isWhite(QChar c)
     return u == 9 || u == 10 || u == 13 || u == 32;
 }
 
-enum class ScanState { Normal, BlockComment, LineComment, String, Bracket };
+enum class ScanState { Normal, BlockComment, LineComment, String, Bracket, DoubleQuote };
 
 // Index of the token after the first keyword sequence, or -1. The first match
 // decides: if its sequence ends the text there is no name, and the search stops.
@@ -131,13 +131,20 @@ SQLTokens SplitSQLTokens(const QString &text, bool includeComments, int tag)
             }
             break;
         case ScanState::Bracket:
+        case ScanState::DoubleQuote: {
+            // A quoted name; its closing character doubled stands for itself.
+            const QChar close = state == ScanState::Bracket ? QLatin1Char(']') : QLatin1Char('"');
             rows.last().Kind = SQLTokenKind::Bracketed;
             rows.last().Text += c;
-            if (c == QLatin1Char(']')) {
+            if (c == close && at(i + 1) == close) {
+                ++i;
+                rows.last().Text += c;
+            } else if (c == close) {
                 endToken(i, 0);
                 state = ScanState::Normal;
             }
             break;
+        }
         case ScanState::Normal:
             if (c == QLatin1Char('/') && at(i + 1) == QLatin1Char('*')) {
                 endToken(i, 2);
@@ -151,6 +158,9 @@ SQLTokens SplitSQLTokens(const QString &text, bool includeComments, int tag)
             } else if (c == QLatin1Char('[')) {
                 endToken(i, 1);
                 state = ScanState::Bracket;
+            } else if (c == QLatin1Char('"')) {
+                endToken(i, 1);
+                state = ScanState::DoubleQuote;
             } else if (isWhite(c)) {
                 endToken(i, 0);
             } else if (c == QLatin1Char('(')) {
