@@ -299,6 +299,11 @@ bool frmSQLQuery::CloseItem(bool force)
     return true;
 }
 
+bool frmSQLQuery::QueryClose()
+{
+    return !grdResults->IsRunning() && ConfirmSave();
+}
+
 void frmSQLQuery::closeEvent(QCloseEvent *e)
 {
     if (grdResults->IsRunning()) {

@@ -64,7 +64,7 @@ public:
     void RefreshCaption() override;
     bool CloseItem(bool force) override;
     // A running query keeps the window open; otherwise the user may keep the text.
-    bool QueryClose() override { return !grdResults->IsRunning() && ConfirmSave(); }
+    bool QueryClose() override;
 
     void OpenText() override;
     bool SaveText(bool showMessage);
