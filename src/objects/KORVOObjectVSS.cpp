@@ -6,6 +6,7 @@
 #include "KORVOTypedObject.h"
 #include "KORVOVSS.h"
 #include "SQLParser.h"
+#include "driver/SqlError.h"
 #include "sql/KORVOSQL.h"
 
 #include <QDir>
@@ -196,11 +197,7 @@ QList<QStringList> KORVOObjectVSS::DateSummary(bool ascending) const
 
 QString KORVOObjectVSS::DropScript() const
 {
-    std::shared_ptr<KORVOSQL> sql = mSQL;
-    return ServerKindOf(mSQL).DropScript(
-        mType.Class, Owner, Name, [sql](const QString &statement) -> std::shared_ptr<Recordset> {
-            return sql ? sql->OpenRecordset(statement) : nullptr;
-        });
+    return DropScriptOf(DBID, Owner, Name);
 }
 
 QString KORVOObjectVSS::Description() const
@@ -253,7 +250,8 @@ std::shared_ptr<KORVOFields> KORVOObjectVSS::GetFields(bool showNullability) con
 
 QString KORVOObjectVSS::Caption(bool showOwner) const
 {
-    return showOwner && !Owner.isEmpty() ? Owner + QLatin1Char('.') + Name : Name;
+    const QString name = Signature.isNull() ? Name : Name + QLatin1Char('(') + Signature + QLatin1Char(')');
+    return showOwner && !Owner.isEmpty() ? Owner + QLatin1Char('.') + name : name;
 }
 
 void KORVOObjectVSS::AddOwnerItem(KORVODBTItems &items) const
@@ -326,6 +324,10 @@ void KORVOObjectVSS::RefreshState()
     if (InSQL) {
         Name = row->FieldText(QStringLiteral("name"));
         Owner = row->FieldText(QStringLiteral("UserName"));
+        Signature = row->FieldIndex(QStringLiteral("signature")) >= 0 ? row->FieldText(QStringLiteral("signature"))
+                                                                      : QString();
+    } else {
+        Signature = QString();
     }
 
     // The file keeps its name even when the id is found to have moved on: it is
@@ -344,7 +346,20 @@ void KORVOObjectVSS::RefreshState()
             const QStringList parts = ServerKindOf(mSQL).SplitName(name);
             owner = parts.value(0);
             name = parts.value(1);
-            if (mSQL) {
+            // Where the name does not identify the object (overloads), the
+            // text's argument types do; a text the server cannot read names none.
+            std::optional<QString> identified;
+            try {
+                identified = IdentifyText(text);
+            } catch (const SqlError &error) {
+                if (error.ConnectionLost)
+                    throw;
+                identified = QString();
+            }
+            if (identified && !identified->isEmpty()) {
+                InSQL = true;
+                DBID = *identified;
+            } else if (mSQL && !identified) {
                 row = mSQL->OpenRecordset(statements.DBQueryStart + statements.DBQueryByName
                     + KORVOSQL::sqlFMTOUT(name, 0) + statements.DBQueryByOwner + KORVOSQL::sqlFMTOUT(owner, 0));
                 if (row && !row->Eof()) {

@@ -13,6 +13,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 
 class KORVODescription;
 class KORVOFields;
@@ -20,6 +21,7 @@ class KORVOPermissions;
 class KORVOSQL;
 class KORVOTypedObject;
 class KORVOVSS;
+class SqlError;
 
 // A programmable object that lives twice: as an object in the database and as
 // the file DBID + VSSExt in the source-control project. The typed classes hold
@@ -56,6 +58,10 @@ public:
     bool InSQL = false;
     bool InVSS = false;
     QString CheckedOutBy;
+    // The argument types of a routine whose name other routines share (null
+    // otherwise): the server needs them to tell the overloads apart, and so
+    // does the user.
+    QString Signature;
 
     bool IsNew() const { return mIsNew; }
     // True makes the temporary file of a new object; false deletes it if it was made here.
@@ -124,22 +130,21 @@ public:
     // Creates and drops the text under a temporary name; for an existing object
     // the text must keep its name and owner.
     bool TestItem(const QString &content, bool silent);
-    // Target 1 source control, 2 the server.
+    // Target 1 source control, 2 the server. Every failing step shows one box.
     bool SyncAdd(int target);
     bool SyncChange(int target);
-    // No handler: a server error reaches the caller.
     bool SyncRemove(int target);
 
     // --- Rename, delete, undelete ---
+    // A rename that stops after source control moved (the old object could not
+    // be dropped) returns false with the object already under its new id.
     bool RenameItem(const QString &newName, bool silent);
-    // A server error reaches the caller.
     bool DeleteItem();
     bool UnDelete(bool silent);
 
     // --- History and maintenance ---
     // Newest first.
     QList<KORVOHistoryData> History() const;
-    // A server error of the replacing statement (same name) reaches the caller.
     bool Rollback(long version, bool silent);
     // Proves the server's text as TestItem does; silent unless told otherwise,
     // since a run goes over many objects.
@@ -153,7 +158,8 @@ public:
     // Throws SqlError, for the caller's box, when a text from source control
     // cannot be sent as it stands: no CREATE of this type, or a name too long.
     void RefuseUnfitText(const QString &text) const;
-    // Owner + "." + Name with showOwner and an owner, else Name.
+    // Owner + "." + Name with showOwner and an owner, else Name; with the
+    // argument types in brackets when the object has a Signature.
     QString Caption(bool showOwner) const;
 
     // Tells the typed object that a new object was checked in for the first time.
@@ -165,6 +171,34 @@ private:
     void Box(UiServices::Icon icon, const QString &title, const QString &text) const;
     // What goes to source control after the text was sent to the object of id.
     QString SourceControlText(const QString &sent, const QString &id) const;
+
+    // --- Steps that fail ---
+    // When error is a lost connection: one box titled "Connection Lost" with
+    // the driver's text, what the operation left (state; "Nothing was
+    // changed." when empty) and how to go on. False for any other error.
+    bool ReportLost(const QString &operation, const SqlError &error, const QString &state = QString()) const;
+    // The one box of a failing server step: ReportLost, or the server's text
+    // under the operation's title, followed by state.
+    void ServerStepFailed(const QString &title, const SqlError &error, const QString &state = QString()) const;
+    // Who holds the item's check-out when another user does; empty otherwise
+    // and when source control cannot tell.
+    QString OtherHolder() const;
+    // Where the server tells objects of the type apart by more than their name
+    // (PostgreSQL routines): the id of the object the CREATE text makes or
+    // replaces (empty when none), the object as the server writes it in
+    // signature. No value where the name is what identifies. Throws SqlError.
+    std::optional<QString> IdentifyText(const QString &text, QString *signature = nullptr) const;
+    // The id of the object a text just created: by the text where the kind
+    // identifies by it, else by name and owner. Throws SqlError.
+    QString LocateCreated(const QString &text, const QString &name, const QString &owner) const;
+    // The drop script of the object of this id (owner and name where the kind goes by name).
+    QString DropScriptOf(const QString &id, const QString &owner, const QString &name) const;
+    // Drops an object this operation made, as the undo of its step; what is
+    // left, as a sentence for the box.
+    QString UndoCreate(const QString &id, const QString &owner, const QString &name) const;
+    // After source control took a change: the state refresh, which a
+    // connection lost meanwhile may not stop from reporting success.
+    void RefreshAfterChange();
 
     QString TemporaryFileName() const;
     // Makes an empty temporary file for a new object's text and remembers it.

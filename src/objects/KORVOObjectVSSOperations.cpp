@@ -8,6 +8,7 @@
 #include "sql/KORVOSQL.h"
 
 #include <QDateTime>
+#include <QFile>
 #include <QRandomGenerator>
 #include <QRegularExpression>
 
@@ -77,6 +78,94 @@ QString KORVOObjectVSS::SourceControlText(const QString &sent, const QString &id
     return server.isEmpty() ? sent : server;
 }
 
+bool KORVOObjectVSS::ReportLost(const QString &operation, const SqlError &error, const QString &state) const
+{
+    if (!error.ConnectionLost)
+        return false;
+    Box(UiServices::Icon::Critical, QStringLiteral("Connection Lost"),
+        operation + QStringLiteral(": the connection to the database server was lost.\n")
+            + KORVOSQL::FormatSQLError(error.Description) + QStringLiteral("\n\n")
+            + (state.isEmpty() ? QStringLiteral("Nothing was changed.") : state)
+            + QStringLiteral("\nOpen the project again to reconnect."));
+    return true;
+}
+
+void KORVOObjectVSS::ServerStepFailed(const QString &title, const SqlError &error, const QString &state) const
+{
+    if (!ReportLost(title, error, state))
+        Box(UiServices::Icon::Critical, title,
+            CleanSQLError(error.Description) + (state.isEmpty() ? QString() : QStringLiteral("\n\n") + state));
+}
+
+QString KORVOObjectVSS::OtherHolder() const
+{
+    if (!mVSS || mIsNew)
+        return QString();
+    try {
+        if (mVSS->CheckOutStatus(ItemName()) != 1)
+            return QString();
+        return mVSS->Checkouts(ItemName()).join(QStringLiteral(", "));
+    } catch (const VssError &) {
+        return QString();
+    }
+}
+
+std::optional<QString> KORVOObjectVSS::IdentifyText(const QString &text, QString *signature) const
+{
+    if (!mSQL)
+        return std::nullopt;
+    const ServerKind &kind = mSQL->Kind();
+    const QString statement = kind.TextIdentityStatement(mType.Class, text,
+        kind.TemporaryName(QDateTime::currentDateTime(), QRandomGenerator::global()->bounded(2001) + 1));
+    if (statement.isEmpty())
+        return std::nullopt;
+    const std::shared_ptr<Recordset> row = mSQL->OpenRecordset(statement);
+    if (!row || row->Eof())
+        return QString();
+    if (signature)
+        *signature = row->FieldText(QStringLiteral("Signature"));
+    return row->FieldText(QStringLiteral("id"));
+}
+
+QString KORVOObjectVSS::LocateCreated(const QString &text, const QString &name, const QString &owner) const
+{
+    if (const std::optional<QString> id = IdentifyText(text))
+        return *id;
+    return LookupObjectID(name, owner);
+}
+
+QString KORVOObjectVSS::DropScriptOf(const QString &id, const QString &owner, const QString &name) const
+{
+    std::shared_ptr<KORVOSQL> sql = mSQL;
+    return ServerKindOf(mSQL).DropObjectScript(
+        mType.Class, id, owner, name, [sql](const QString &statement) -> std::shared_ptr<Recordset> {
+            return sql ? sql->OpenRecordset(statement) : nullptr;
+        });
+}
+
+QString KORVOObjectVSS::UndoCreate(const QString &id, const QString &owner, const QString &name) const
+{
+    const QString written = ServerKindOf(mSQL).FormatName(owner, name);
+    try {
+        mSQL->ExecuteSQL(DropScriptOf(id, owner, name));
+        return QStringLiteral("The object %1 made for it was dropped again; nothing was changed.").arg(written);
+    } catch (const SqlError &error) {
+        return QStringLiteral("The object %1 made for it could not be dropped again (%2): it stays on the server; "
+                              "source control is unchanged.")
+            .arg(written, KORVOSQL::FormatSQLError(error.Description));
+    }
+}
+
+void KORVOObjectVSS::RefreshAfterChange()
+{
+    try {
+        RefreshState();
+    } catch (const SqlError &) {
+        // Source control has it: the next command says that the connection is gone.
+        CheckedOutBy.clear();
+    }
+}
+
 QString KORVOObjectVSS::GetContent(int source, long version, bool asAlter) const
 {
     QString text;
@@ -103,6 +192,10 @@ bool KORVOObjectVSS::CheckOut()
     if (mIsNew || !mVSS)
         return false;
     const bool ok = mVSS->CheckOut(ItemName(), false);
+    // The connector says nothing when another user holds the item: say who.
+    if (const QString holder = ok ? QString() : OtherHolder(); !holder.isEmpty())
+        Box(UiServices::Icon::Critical, QStringLiteral("Could not check out"),
+            QStringLiteral("The item is checked out by %1.").arg(holder));
     RefreshState();
     return ok;
 }
@@ -142,7 +235,7 @@ bool KORVOObjectVSS::TestItem(const QString &content, bool silent)
         for (const QString &statement : kind.CompileCheckStatements(replaced, dropScript))
             mSQL->ExecuteSQL(statement);
     } catch (const SqlError &error) {
-        if (!silent)
+        if (!silent && !ReportLost(QStringLiteral("Could not test the item"), error))
             Box(UiServices::Icon::Critical, syntaxError, CleanSQLError(error.Description));
         return false;
     }
@@ -172,9 +265,35 @@ bool KORVOObjectVSS::CheckIn(const QString &content, const QString &comment)
             return false;
         }
     }
-    if (!mSQL || !mVSS || !TestItem(content, false))
+    if (!mSQL || !mVSS)
         return false;
     const ServerKind &kind = mSQL->Kind();
+
+    // The user's text is kept whatever happens: in a new object's temporary
+    // file, or in the item's working file. Whatever stands in the way of the
+    // commit is found before the server changes.
+    QString kept;
+    if (mIsNew) {
+        QFile file(FileName());
+        if (!content.isEmpty() && file.open(QIODevice::WriteOnly | QIODevice::Truncate)
+            && file.write(content.toUtf8()) >= 0)
+            kept = file.fileName();
+    } else {
+        const QString obstacle = mVSS->CheckInObstacle(ItemName());
+        if (!obstacle.isEmpty()) {
+            kept = mVSS->KeepText(ItemName(), content, true);
+            Box(UiServices::Icon::Critical, title,
+                obstacle + QStringLiteral("\n\nNothing was changed.")
+                    + (kept.isEmpty() ? QString() : QStringLiteral(" Your text is kept in '%1'.").arg(kept)));
+            return false;
+        }
+        if (!content.isEmpty())
+            kept = mVSS->KeepText(ItemName(), content, false);
+    }
+    const QString keptLine = kept.isEmpty() ? QString() : QStringLiteral(" Your text is kept in '%1'.").arg(kept);
+
+    if (!TestItem(content, false))
+        return false;
 
     if (mIsNew) {
         const QString written = ExtractNameAfterPattern(Parse(), content);
@@ -185,19 +304,30 @@ bool KORVOObjectVSS::CheckIn(const QString &content, const QString &comment)
                     + QStringLiteral(" content!"));
             return false;
         }
-        if (!LookupObjectID(parts.value(1), parts.value(0)).isEmpty()) {
-            Box(UiServices::Icon::Critical, title,
-                QStringLiteral("Item Name specified ('") + written
-                    + QStringLiteral("') already exists in the database!"));
-            return false;
-        }
         try {
+            // Where the server tells objects apart by their argument types, a
+            // new overload of a used name is no clash.
+            const std::optional<QString> same = IdentifyText(content);
+            if (!(same ? *same : LookupObjectID(parts.value(1), parts.value(0))).isEmpty()) {
+                Box(UiServices::Icon::Critical, title,
+                    QStringLiteral("Item Name specified ('") + written
+                        + QStringLiteral("') already exists in the database!"));
+                return false;
+            }
             mSQL->ExecuteSQL(kind.CreatingText(content));
         } catch (const SqlError &error) {
-            Box(UiServices::Icon::Critical, title, CleanSQLError(error.Description));
+            ServerStepFailed(
+                title, error, error.ConnectionLost ? QStringLiteral("Nothing was changed.") + keptLine : QString());
             return false;
         }
-        const QString id = LookupObjectID(parts.value(1), parts.value(0));
+        QString id;
+        try {
+            id = LocateCreated(content, parts.value(1), parts.value(0));
+        } catch (const SqlError &error) {
+            ServerStepFailed(title, error,
+                QStringLiteral("The object was created on the server; it is not in source control.") + keptLine);
+            return false;
+        }
         if (id.isEmpty()) {
             Box(UiServices::Icon::Critical, title,
                 QStringLiteral("Item Name could not be added to the Database! After creating the object, it could "
@@ -208,33 +338,65 @@ bool KORVOObjectVSS::CheckIn(const QString &content, const QString &comment)
         // Not new any more; the temporary file stays until the text is in source control.
         mIsNew = false;
         InSQL = true;
-        InVSS = mVSS->AddItem(ItemName(), SourceControlText(content, DBID), false, comment);
+        try {
+            InVSS = mVSS->AddItem(ItemName(), SourceControlText(content, DBID), false, comment);
+        } catch (const SqlError &error) {
+            InVSS = false;
+            ServerStepFailed(
+                title, error, QStringLiteral("The object was created on the server; it is not in source control."));
+        }
         DeleteTemporaryFile();
         RaiseNewItemCreated();
         if (InVSS)
-            RefreshState();
+            RefreshAfterChange();
         return InVSS;
     }
 
-    // Unless the connection's user owns the object, the text must name the
-    // owner, or the replacing statement would address another object.
     QString text = content;
-    if (Owner.toLower() != mSQL->DatabaseUserName().toLower()) {
-        QString oldName;
-        const QString named
-            = kind.ReplaceObjectName(Parse(), content, kind.NameForText(mType.Class, Owner, Name), oldName);
-        if (!named.isEmpty() && mSQL->ExtractOwnerAndItemName(oldName).value(0).isEmpty())
-            text = named;
-    }
     try {
+        // Unless the connection's user owns the object, the text must name the
+        // owner, or the replacing statement would address another object.
+        if (Owner.toLower() != mSQL->DatabaseUserName().toLower()) {
+            QString oldName;
+            const QString named
+                = kind.ReplaceObjectName(Parse(), content, kind.NameForText(mType.Class, Owner, Name), oldName);
+            if (!named.isEmpty() && mSQL->ExtractOwnerAndItemName(oldName).value(0).isEmpty())
+                text = named;
+        }
+        // A text that identifies another object (a routine's argument types
+        // changed) would make or replace that one, not this.
+        QString signature;
+        const std::optional<QString> identified = IdentifyText(text, &signature);
+        if (identified && *identified != DBID) {
+            Box(UiServices::Icon::Critical, title,
+                (identified->isEmpty()
+                        ? QStringLiteral("The argument types of the object cannot be changed! The text would create %1 "
+                                         "as a new object beside it.")
+                        : QStringLiteral("The argument types of the object cannot be changed! The text would replace "
+                                         "the other object %1."))
+                        .arg(signature)
+                    + QStringLiteral("\n\nNothing was changed.") + keptLine);
+            return false;
+        }
         mSQL->ExecuteSQL(kind.ReplacingText(text));
     } catch (const SqlError &error) {
-        Box(UiServices::Icon::Critical, title, CleanSQLError(error.Description));
+        ServerStepFailed(
+            title, error, error.ConnectionLost ? QStringLiteral("Nothing was changed.") + keptLine : QString());
         return false;
     }
-    const bool ok = mVSS->CheckIn(ItemName(), SourceControlText(text, DBID), comment, false);
+    QString sourceText;
+    try {
+        sourceText = SourceControlText(text, DBID);
+    } catch (const SqlError &error) {
+        ServerStepFailed(title, error,
+            QStringLiteral("The server has the new text; source control has not, and the item stays checked out to "
+                           "you.")
+                + keptLine);
+        return false;
+    }
+    const bool ok = mVSS->CheckIn(ItemName(), sourceText, comment, false);
     if (ok)
-        RefreshState();
+        RefreshAfterChange();
     return ok;
 }
 
@@ -254,13 +416,18 @@ bool KORVOObjectVSS::SyncAdd(int target)
 {
     if (!mSQL || !mVSS || (target != 1 && target != 2))
         return false;
+    const QString title = QStringLiteral("Item not added");
     const auto notAdded = [&](const QString &description) {
-        Box(UiServices::Icon::Critical, QStringLiteral("Item not added"),
+        Box(UiServices::Icon::Critical, title,
             QStringLiteral("Could not add the item ") + Caption(true) + QStringLiteral(" to ")
                 + (target == 1 ? QStringLiteral("VSS") : QStringLiteral("SQL"))
                 + QStringLiteral("\n\nError Description: ") + description);
         return false;
     };
+    const auto failed = [&](const SqlError &error, const QString &state) {
+        return ReportLost(title, error, state) ? false : notAdded(error.Description);
+    };
+    QString text;
     try {
         if (target == 1) {
             if (!mVSS->AddItem(ItemName(), mSQL->GetObjectText(DBID), false, QString()))
@@ -268,40 +435,59 @@ bool KORVOObjectVSS::SyncAdd(int target)
             InVSS = true;
             return true;
         }
-        const QString text = mVSS->ItemContent(ItemName(), false, -1, false, false);
+        text = mVSS->ItemContent(ItemName(), false, -1, false, false);
         if (IsBlankText(text))
             return notAdded(BlankSourceControlText);
         RefuseUnfitText(text);
         mSQL->ExecuteSQL(mSQL->Kind().CreatingText(text));
         InSQL = true;
-        const QString id = LookupObjectID(Name, Owner);
-        if (!id.isEmpty()) {
-            mVSS->RenameItem(ItemName(), id + mType.VSSExt, false, false, false);
-            DBID = id;
-        }
-        return true;
     } catch (const SqlError &error) {
-        return notAdded(error.Description);
+        return failed(error, QString());
     }
+    QString id;
+    try {
+        id = LocateCreated(text, Name, Owner);
+    } catch (const SqlError &error) {
+        return failed(error,
+            QStringLiteral("The object was created on the server; its file keeps its old name until "
+                           "the next refresh finds the object."));
+    }
+    if (!id.isEmpty()) {
+        mVSS->RenameItem(ItemName(), id + mType.VSSExt, false, false, false);
+        DBID = id;
+    }
+    return true;
 }
 
 bool KORVOObjectVSS::SyncChange(int target)
 {
     if (!mSQL || !mVSS || (target != 1 && target != 2))
         return false;
+    const QString title = QStringLiteral("Item not changed");
+    const auto failed = [&](const QString &description) {
+        Box(UiServices::Icon::Critical, title,
+            QStringLiteral("Could not change the item ") + Caption(true) + QStringLiteral(" in ")
+                + (target == 1 ? QStringLiteral("VSS") : QStringLiteral("SQL"))
+                + QStringLiteral("\n\nError Description: ") + description);
+        return false;
+    };
     try {
         if (target == 1)
             return mVSS->ChangeItemContent(
                 ItemName(), mSQL->GetObjectText(DBID), QStringLiteral("Synchronization"), false);
         const QString text = mVSS->ItemContent(ItemName(), false, -1, false, false);
         RefuseUnfitText(text);
+        QString signature;
+        const std::optional<QString> identified = IdentifyText(text, &signature);
+        if (identified && *identified != DBID)
+            return failed(
+                QStringLiteral("The argument types of the object cannot be changed! The text would %1 %2.")
+                    .arg(identified->isEmpty() ? QStringLiteral("create") : QStringLiteral("replace"), signature));
         mSQL->ExecuteSQL(mSQL->Kind().ReplacingText(text));
         return true;
     } catch (const SqlError &error) {
-        Box(UiServices::Icon::Critical, QStringLiteral("Item not changed"),
-            QStringLiteral("Could not change the item ") + Caption(true) + QStringLiteral(" in ")
-                + (target == 1 ? QStringLiteral("VSS") : QStringLiteral("SQL"))
-                + QStringLiteral("\n\nError Description: ") + error.Description);
+        if (!ReportLost(title, error))
+            failed(error.Description);
         return false;
     }
 }
@@ -310,11 +496,19 @@ bool KORVOObjectVSS::SyncRemove(int target)
 {
     if (target == 1)
         return mVSS && mVSS->RemoveItem(ItemName(), false);
-    if (target == 2 && mSQL) {
+    if (target != 2 || !mSQL)
+        return false;
+    const QString title = QStringLiteral("Item not removed");
+    try {
         mSQL->ExecuteSQL(DropScript());
         return true;
+    } catch (const SqlError &error) {
+        if (!ReportLost(title, error))
+            Box(UiServices::Icon::Critical, title,
+                QStringLiteral("Could not remove the item ") + Caption(true)
+                    + QStringLiteral(" from SQL\n\nError Description: ") + error.Description);
+        return false;
     }
-    return false;
 }
 
 bool KORVOObjectVSS::Recompile(bool silent)

@@ -39,8 +39,9 @@ bool KORVOObjectVSS::RenameItem(const QString &newName, bool silent)
     };
     if (mIsNew)
         return refuse(QStringLiteral("Cannot rename a New Item!"));
-    if (IsCheckedOut())
-        return refuse(QStringLiteral("Cannot rename a Item! It is currently Checkd Out by ") + CheckedOutBy);
+    // Another user's check-out counts too: source control would refuse the rename.
+    if (const QString holder = IsCheckedOut() ? CheckedOutBy : OtherHolder(); !holder.isEmpty())
+        return refuse(QStringLiteral("Cannot rename a Item! It is currently Checkd Out by ") + holder);
     if (!(InSQL && InVSS))
         return refuse(QStringLiteral("Cannot rename a Item! It is currently out of Sync"));
     const QString sameName = QStringLiteral("Cannot rename a Item! The New name is the same as the old Name");
@@ -65,41 +66,82 @@ bool KORVOObjectVSS::RenameItem(const QString &newName, bool silent)
     // made: an object that already has the new name must not be taken for it.
     if (newText.isEmpty())
         return refuse(notLocated);
+    const QString title = QStringLiteral("Could not Rename Item");
+    const auto failed = [&](const SqlError &error, const QString &state) {
+        if (!silent)
+            ServerStepFailed(title, error, state);
+        return false;
+    };
     try {
         mSQL->ExecuteSQL(kind.CreatingText(newText));
     } catch (const SqlError &error) {
-        if (!silent)
-            Box(UiServices::Icon::Critical, QStringLiteral("Could not Rename Item"), CleanSQLError(error.Description));
-        return false;
+        return failed(error, QString());
     }
-    const QString newId = LookupObjectID(newName, Owner);
+    QString newId;
+    try {
+        newId = LocateCreated(newText, newName, Owner);
+    } catch (const SqlError &error) {
+        return failed(error,
+            QStringLiteral("The new object %1 may be on the server; source control and the old object are unchanged.")
+                .arg(kind.FormatName(Owner, newName)));
+    }
     if (newId.isEmpty())
         return refuse(notLocated);
 
-    // Read while the old object still exists.
-    const std::shared_ptr<KORVOPermissions> permissions
-        = mType.HasPermissions ? GetPermissions(true, 0) : std::shared_ptr<KORVOPermissions>();
+    // What could refuse a later step is proven before source control moves:
+    // the old object can be dropped; its permissions and the new text are read
+    // while the old object still exists.
+    const QString oldDrop = DropScript();
+    std::shared_ptr<KORVOPermissions> permissions;
+    QString newSourceText;
+    try {
+        for (const QString &statement : kind.RehearsalStatements(oldDrop))
+            mSQL->ExecuteSQL(statement);
+        if (mType.HasPermissions)
+            permissions = GetPermissions(true, 0);
+        newSourceText = SourceControlText(newText, newId);
+    } catch (const SqlError &error) {
+        return failed(error, UndoCreate(newId, Owner, newName));
+    }
 
     const QString oldDisplayName = Name;
-    if (!mVSS->RenameItemWithNewContent(ItemName(), newId + mType.VSSExt, SourceControlText(newText, newId),
-            QStringLiteral("Item renamed from [%1] to [%2].").arg(oldDisplayName, newName), false))
+    if (!mVSS->RenameItemWithNewContent(ItemName(), newId + mType.VSSExt, newSourceText,
+            QStringLiteral("Item renamed from [%1] to [%2].").arg(oldDisplayName, newName), true)) {
+        if (!silent)
+            Box(UiServices::Icon::Critical, title,
+                (mVSS->LastError().isEmpty() ? QStringLiteral("Source control did not take the rename.")
+                                             : mVSS->LastError())
+                    + QStringLiteral("\n\n") + UndoCreate(newId, Owner, newName));
         return false;
+    }
 
-    mSQL->ExecuteSQL(DropScript());
+    // The description follows the file before the old object goes, so that a
+    // failing drop leaves both with the new id.
     mDescription->SetVSSItemName(ItemName());
     mDescription->Rename(newId + mType.VSSExt);
+    const QString oldWritten = kind.FormatName(Owner, Name);
     DBID = newId;
     Name = mSQL->ExtractOwnerAndItemName(kind.NameForText(mType.Class, Owner, newName)).value(1);
+    Signature = QString();
+    try {
+        mSQL->ExecuteSQL(oldDrop);
+    } catch (const SqlError &error) {
+        return failed(error,
+            QStringLiteral("Source control and the new object %1 are renamed; the old object %2 stays on the server "
+                           "beside it%3.")
+                .arg(kind.FormatName(Owner, Name), oldWritten,
+                    mType.HasPermissions ? QStringLiteral(", and its permissions were not carried over") : QString()));
+    }
 
-    const QString title = QStringLiteral("Item Successfully Renamed");
+    const QString doneTitle = QStringLiteral("Item Successfully Renamed");
     if (mType.HasPermissions && !CarryPermissionsOver(permissions, newId)) {
         if (!silent)
-            Box(UiServices::Icon::Warning, title,
+            Box(UiServices::Icon::Warning, doneTitle,
                 QStringLiteral("WARNING: The permissions of the Old Item could not be transfered to the New Item!"));
         return true;
     }
     if (!silent)
-        Box(UiServices::Icon::Information, title,
+        Box(UiServices::Icon::Information, doneTitle,
             QStringLiteral("Item was successfully renamed from [%1] to [%2].").arg(oldDisplayName, newName));
     return true;
 }
@@ -108,7 +150,20 @@ bool KORVOObjectVSS::DeleteItem()
 {
     if (!mSQL || !mVSS)
         return false;
-    mSQL->ExecuteSQL(DropScript());
+    const QString title = QStringLiteral("Could not Delete Item");
+    // Source control would refuse to delete an item another user holds: the
+    // object must not be dropped first.
+    if (const QString holder = OtherHolder(); !holder.isEmpty()) {
+        Box(UiServices::Icon::Critical, title,
+            QStringLiteral("The item is checked out by %1.\n\nNothing was changed.").arg(holder));
+        return false;
+    }
+    try {
+        mSQL->ExecuteSQL(DropScript());
+    } catch (const SqlError &error) {
+        ServerStepFailed(title, error);
+        return false;
+    }
     InSQL = false;
     if (!mVSS->RemoveItem(ItemName(), false))
         return false;
@@ -131,17 +186,28 @@ bool KORVOObjectVSS::UnDelete(bool silent)
         mSQL->ExecuteSQL(mSQL->Kind().CreatingText(text));
     } catch (const SqlError &error) {
         if (!silent)
-            Box(UiServices::Icon::Critical, notUndeleted, CleanSQLError(error.Description));
+            ServerStepFailed(notUndeleted, error);
         return false;
     }
     const QString aborted = QStringLiteral("Undelete Aborted");
-    QString id = LookupObjectID(Name, Owner);
-    if (id.isEmpty()) {
-        // An owner that was filled in for a text naming none may not be where
-        // the server put the object (a trigger lives in its table's schema).
-        const QStringList written = mSQL->ExtractOwnerAndItemName(ExtractNameAfterPattern(Parse(), text));
-        if (written.value(0).isEmpty())
-            id = LookupObjectID(Name, QString());
+    QString id;
+    try {
+        if (const std::optional<QString> identified = IdentifyText(text)) {
+            id = *identified;
+        } else {
+            id = LookupObjectID(Name, Owner);
+            if (id.isEmpty()) {
+                // An owner that was filled in for a text naming none may not be where
+                // the server put the object (a trigger lives in its table's schema).
+                const QStringList written = mSQL->ExtractOwnerAndItemName(ExtractNameAfterPattern(Parse(), text));
+                if (written.value(0).isEmpty())
+                    id = LookupObjectID(Name, QString());
+            }
+        }
+    } catch (const SqlError &error) {
+        ServerStepFailed(aborted, error,
+            QStringLiteral("The object was created on the server; its file is still deleted in source control."));
+        return false;
     }
     if (id.isEmpty()) {
         Box(UiServices::Icon::Critical, aborted,
@@ -149,9 +215,12 @@ bool KORVOObjectVSS::UnDelete(bool silent)
                            "database!"));
         return false;
     }
-    if (!mVSS->RenameItem(ItemName(), id + mType.VSSExt, false, false, true)) {
+    if (!mVSS->RenameItem(ItemName(), id + mType.VSSExt, true, false, true)) {
+        // The object made from the file goes again: the file stays deleted.
         Box(UiServices::Icon::Critical, aborted,
-            QStringLiteral("Cannot undelete the Item! There was a problem renaming the VSS file!"));
+            QStringLiteral("Cannot undelete the Item! There was a problem renaming the VSS file!")
+                + (mVSS->LastError().isEmpty() ? QString() : QStringLiteral("\n") + mVSS->LastError())
+                + QStringLiteral("\n\n") + UndoCreate(id, Owner, Name));
         return false;
     }
     DBID = id;
@@ -171,12 +240,13 @@ bool KORVOObjectVSS::Rollback(long version, bool silent)
         return false;
     const QString item = ItemName();
     CheckedOutBy = mVSS->CheckedOutBy(item);
-    if (!CheckedOutBy.isEmpty()) {
+    // Anyone's check-out stops it, another user's too.
+    if (const QString holder = CheckedOutBy.isEmpty() ? OtherHolder() : CheckedOutBy; !holder.isEmpty()) {
         if (!silent)
             Box(UiServices::Icon::Warning, QStringLiteral("Rollback Unsuccessful"),
                 QStringLiteral("The item is currently checkedout by '%1'. In order to rollback an item it must be "
                                "checked in!")
-                    .arg(CheckedOutBy));
+                    .arg(holder));
         return false;
     }
     const QString current = mVSS->ItemContent(item, false, -1, false, false);
@@ -188,42 +258,119 @@ bool KORVOObjectVSS::Rollback(long version, bool silent)
         return false;
     }
 
+    // Failures from here on are shown even when silent: only the refusals
+    // above are kept quiet.
     const ServerKind &kind = mSQL->Kind();
+    const QString title = QStringLiteral("Could not Rollback Item");
     const QString comment = QStringLiteral("Rollback to version: %1").arg(version);
     const QStringList written = mSQL->ExtractOwnerAndItemName(ExtractNameAfterPattern(Parse(), old));
     if (written.value(1).compare(Name, Qt::CaseInsensitive) == 0) {
-        // A server error here reaches the caller with nothing changed.
-        mSQL->ExecuteSQL(kind.ReplacingText(old));
-        mVSS->CheckOut(item, false);
-        mVSS->CheckIn(item, SourceControlText(old, DBID), comment, false);
+        // Checked out first, so that nobody changes the item while the server
+        // takes the old text; given back if the server does not.
+        if (!mVSS->CheckOut(item, true)) {
+            Box(UiServices::Icon::Critical, title,
+                (mVSS->LastError().isEmpty() ? QStringLiteral("The item could not be checked out.") : mVSS->LastError())
+                    + QStringLiteral("\n\nNothing was changed."));
+            return false;
+        }
+        try {
+            QString signature;
+            const std::optional<QString> identified = IdentifyText(old, &signature);
+            if (identified && *identified != DBID) {
+                mVSS->UndoCheckout(item, true);
+                Box(UiServices::Icon::Critical, title,
+                    QStringLiteral("Version %1 has other argument types (%2): it cannot replace the object.\n\nNothing "
+                                   "was changed.")
+                        .arg(version)
+                        .arg(signature));
+                return false;
+            }
+            mSQL->ExecuteSQL(kind.ReplacingText(old));
+        } catch (const SqlError &error) {
+            mVSS->UndoCheckout(item, true);
+            ServerStepFailed(title, error);
+            return false;
+        }
+        const QString state = QStringLiteral("The server has the text of version %1; source control keeps the newer "
+                                             "text, and the item stays checked out to you.")
+                                  .arg(version);
+        QString sourceText;
+        try {
+            sourceText = SourceControlText(old, DBID);
+        } catch (const SqlError &error) {
+            ServerStepFailed(title, error, state);
+            return false;
+        }
+        if (!mVSS->CheckIn(item, sourceText, comment, true)) {
+            Box(UiServices::Icon::Critical, title, mVSS->LastError() + QStringLiteral("\n\n") + state);
+            return false;
+        }
         return true;
     }
 
     // The old version carried another name: back to it as by a rename.
-    const QString rollbackFailed = QStringLiteral("Could not Rollback Item");
     try {
         mSQL->ExecuteSQL(kind.CreatingText(old));
     } catch (const SqlError &error) {
-        // Shown even when silent: only the refusals above are kept quiet.
-        Box(UiServices::Icon::Critical, rollbackFailed, CleanSQLError(error.Description));
+        ServerStepFailed(title, error);
         return false;
     }
-    const QString newId = LookupObjectID(written.value(1), written.value(0));
+    const QString writtenName
+        = kind.FormatName(written.value(0).isEmpty() ? Owner : written.value(0), written.value(1));
+    QString newId;
+    try {
+        newId = LocateCreated(old, written.value(1), written.value(0));
+    } catch (const SqlError &error) {
+        ServerStepFailed(title, error,
+            QStringLiteral("The object %1 may be on the server; source control and the object are unchanged.")
+                .arg(writtenName));
+        return false;
+    }
     if (newId.isEmpty()) {
         if (!silent)
-            Box(UiServices::Icon::Critical, rollbackFailed,
+            Box(UiServices::Icon::Critical, title,
                 QStringLiteral("After creating the object, it could not be located in the database!"));
         return false;
     }
-    const std::shared_ptr<KORVOPermissions> permissions = GetPermissions(true, 0);
-    if (!mVSS->RenameItemWithNewContent(item, newId + mType.VSSExt, SourceControlText(old, newId),
-            comment + QStringLiteral(". NOTE: Item renamed from [%1] to [%2]").arg(Name, written.value(1)), false))
+    // Proven before source control moves, as in a rename.
+    const QString oldDrop = DropScript();
+    std::shared_ptr<KORVOPermissions> permissions;
+    QString sourceText;
+    try {
+        for (const QString &statement : kind.RehearsalStatements(oldDrop))
+            mSQL->ExecuteSQL(statement);
+        permissions = GetPermissions(true, 0);
+        sourceText = SourceControlText(old, newId);
+    } catch (const SqlError &error) {
+        ServerStepFailed(title, error, UndoCreate(newId, written.value(0), written.value(1)));
         return false;
+    }
+    if (!mVSS->RenameItemWithNewContent(item, newId + mType.VSSExt, sourceText,
+            comment + QStringLiteral(". NOTE: Item renamed from [%1] to [%2]").arg(Name, written.value(1)), true)) {
+        Box(UiServices::Icon::Critical, title,
+            (mVSS->LastError().isEmpty() ? QStringLiteral("Source control did not take the rename.")
+                                         : mVSS->LastError())
+                + QStringLiteral("\n\n") + UndoCreate(newId, written.value(0), written.value(1)));
+        return false;
+    }
     mDescription->SetVSSItemName(item);
     mDescription->Rename(newId + mType.VSSExt);
-    mSQL->ExecuteSQL(DropScript());
+    const QString oldWritten = kind.FormatName(Owner, Name);
     DBID = newId;
     Name = written.value(1);
+    Signature = QString();
+    try {
+        mSQL->ExecuteSQL(oldDrop);
+    } catch (const SqlError &error) {
+        ServerStepFailed(title, error,
+            QStringLiteral("Source control and the object %1 of version %2 are in place; the object %3 stays on the "
+                           "server beside it%4.")
+                .arg(writtenName)
+                .arg(version)
+                .arg(oldWritten,
+                    mType.HasPermissions ? QStringLiteral(", and its permissions were not carried over") : QString()));
+        return false;
+    }
     if (mType.HasPermissions && !CarryPermissionsOver(permissions, newId))
         Box(UiServices::Icon::Warning, QStringLiteral("Problem Coping Object Permissions"),
             QStringLiteral("WARNING: The permissions of the Old Item could not be transfered to the New Item!"));

@@ -6,8 +6,11 @@
 #include "driver/Recordset.h"
 #include "sql/KORVOSQL.h"
 
+#include <QDateTime>
+#include <QRandomGenerator>
 #include <QSet>
 
+#include <exception>
 #include <stdexcept>
 
 namespace
@@ -25,6 +28,43 @@ bool IsNumeric(const QString &text)
     }
     return true;
 }
+
+// A refresh that ends in an error tells nothing new about the objects: they
+// get back the sides and check-out they had, instead of showing as missing.
+class RestoreOnError
+{
+public:
+    explicit RestoreOnError(const QList<KORVOTypedObjectPtr> &objects)
+        : mExceptions(std::uncaught_exceptions())
+    {
+        for (const KORVOTypedObjectPtr &object : objects) {
+            const KORVOObjectVSS &state = object->Generic();
+            mSaved.append({ object, state.InSQL, state.InVSS, state.CheckedOutBy });
+        }
+    }
+    ~RestoreOnError()
+    {
+        if (std::uncaught_exceptions() <= mExceptions)
+            return;
+        for (const Saved &saved : std::as_const(mSaved)) {
+            KORVOObjectVSS &state = saved.Object->Generic();
+            state.InSQL = saved.InSQL;
+            state.InVSS = saved.InVSS;
+            state.CheckedOutBy = saved.CheckedOutBy;
+        }
+    }
+    RestoreOnError(const RestoreOnError &) = delete;
+    RestoreOnError &operator=(const RestoreOnError &) = delete;
+
+private:
+    struct Saved {
+        KORVOTypedObjectPtr Object;
+        bool InSQL, InVSS;
+        QString CheckedOutBy;
+    };
+    QList<Saved> mSaved;
+    int mExceptions;
+};
 
 } // namespace
 
@@ -151,8 +191,10 @@ void KORVOVersionedObjects::TakeFileState(
 
 void KORVOVersionedObjects::RefreshList(bool &cancel)
 {
-    if (!mSQL || !mSQL->ConnectionOpen())
+    // A lost connection is no closed one: the list query says so, loudly.
+    if (!mSQL || (!mSQL->ConnectionOpen() && !mSQL->ConnectionLost()))
         return;
+    const RestoreOnError restore(mItems);
     for (const KORVOTypedObjectPtr &object : std::as_const(mItems)) {
         object->Generic().InSQL = false;
         object->Generic().InVSS = false;
@@ -228,8 +270,7 @@ void KORVOVersionedObjects::RefreshList(bool &cancel)
                     // been dropped and recreated: its text names it.
                     const QString text = mVSS->ItemContent(file->Name, true, -1, false, false);
                     const QString name = NameFromText(text);
-                    const std::shared_ptr<Recordset> found
-                        = mSQL->OpenRecordset(mSQL->Kind().ObjectLookupStatement(mType.Class, name));
+                    const std::shared_ptr<Recordset> found = LookUpText(text, name);
                     const QString id = found && !found->Eof() ? found->FieldText(QStringLiteral("id")) : QString();
                     if (!id.isEmpty()) {
                         mVSS->RenameItem(file->Name, id + mType.VSSExt, false, false, false);
@@ -260,6 +301,30 @@ void KORVOVersionedObjects::RefreshList(bool &cancel)
             RemoveAt(i);
     }
     RaiseCompletedCurrentStatus();
+}
+
+std::shared_ptr<Recordset> KORVOVersionedObjects::LookUpText(const QString &text, const QString &name) const
+{
+    const ServerKind &kind = mSQL->Kind();
+    const QString identity = kind.TextIdentityStatement(mType.Class, text,
+        kind.TemporaryName(QDateTime::currentDateTime(), QRandomGenerator::global()->bounded(2001) + 1));
+    if (identity.isEmpty())
+        return mSQL->OpenRecordset(kind.ObjectLookupStatement(mType.Class, name));
+    // One name, several argument lists: the text's argument types say which.
+    // A text the server cannot read names no object.
+    try {
+        return mSQL->OpenRecordset(identity);
+    } catch (const SqlError &error) {
+        if (error.ConnectionLost)
+            throw;
+        return nullptr;
+    }
+}
+
+void KORVOVersionedObjects::ReadListRow(KORVOTypedObject &object, const Recordset &row) const
+{
+    object.Generic().Signature
+        = row.FieldIndex(QStringLiteral("signature")) >= 0 ? row.FieldText(QStringLiteral("signature")) : QString();
 }
 
 QString KORVOVersionedObjects::Caption(const KORVOTypedObject &object, bool showOwner) const
@@ -364,10 +429,12 @@ bool KORVOVersionedObjects::RenameItem(const QString &key, const QString &newNam
     if (!object)
         return false;
     const int position = int(mItems.indexOf(object)) + 1;
-    if (!object->RenameItem(newName, false))
-        return false;
-    ChangeKey(key, position);
-    return true;
+    const QString oldId = object->DBID();
+    const bool done = object->RenameItem(newName, false);
+    // A rename that stopped after source control moved has the new id already.
+    if (done || object->DBID() != oldId)
+        ChangeKey(key, position);
+    return done;
 }
 
 bool KORVOVersionedObjects::DeleteItem(const QString &key)

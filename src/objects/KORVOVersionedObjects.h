@@ -79,8 +79,9 @@ public:
 
 protected:
     virtual KORVOTypedObjectPtr MakeObject() const = 0;
-    // Reads what a type takes from its row of the list query beyond id and name.
-    virtual void ReadListRow(KORVOTypedObject &, const Recordset &) const { }
+    // Reads what a type takes from its row of the list query beyond id and
+    // name; here the argument types of a routine that shares its name.
+    virtual void ReadListRow(KORVOTypedObject &object, const Recordset &row) const;
     // Whether the object is listed under the given table (all are without one).
     virtual bool ListedUnder(const KORVOTypedObject &, const KORVODBObjectPtr &) const { return true; }
     // Added to the caption of a deleted object, from its text.
@@ -93,6 +94,9 @@ private:
     void RemoveAt(int index);
     QString NameFromText(const QString &text) const;
     bool TextCreatesObject(const QString &item, const QString &id) const;
+    // Field "id" of the object a file's text names: by its argument types where
+    // the name does not identify (overloads), else by the name.
+    std::shared_ptr<Recordset> LookUpText(const QString &text, const QString &name) const;
     // The state of an object known only by its file: owner and name from the
     // name its text gives, or else the file's name less its last three characters.
     void TakeFileState(KORVOObjectVSS &state, const KORVOVSSItem &file, const QString &base, const QString &name) const;

@@ -7,6 +7,8 @@
 
 #include <QTest>
 
+#include <functional>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -293,14 +295,30 @@ private Q_SLOTS:
         auto sql = openSql(b);
         QVERIFY(sql->ConnectionOpen());
         b.dropSessions();
-        QVERIFY_THROWS_EXCEPTION(SqlError, sql->GetObjectID(u"usp_a"_s, QString()));
-        QVERIFY(!sql->ConnectionOpen() && !sql->DBConn());
-        // Closed now: statements are not sent (they would fail), look-ups find nothing.
-        sql->ExecuteSQL(u"SELECT 1"_s);
-        QVERIFY(!sql->OpenRecordset(u"SELECT 1"_s));
-        QCOMPARE(sql->GetObjectID(u"usp_a"_s, QString()), QString());
-        QCOMPARE(sql->GetObjectText(u"1"_s), QString());
-        QCOMPARE(sql->DatabaseUserName(), QString());
+        QString driverText;
+        try {
+            sql->GetObjectID(u"usp_a"_s, QString());
+            QFAIL("no error");
+        } catch (const SqlError &e) {
+            QVERIFY(e.ConnectionLost);
+            driverText = e.Description;
+        }
+        QVERIFY(!sql->ConnectionOpen() && !sql->DBConn() && sql->ConnectionLost());
+        // Lost, the connection stays closed, and everything that needs the server
+        // fails loudly with the driver's text, without reaching the server.
+        const auto lost = [&](const std::function<void()> &call) {
+            try {
+                call();
+                return false;
+            } catch (const SqlError &e) {
+                return e.ConnectionLost && e.Description == driverText;
+            }
+        };
+        QVERIFY(lost([&] { sql->ExecuteSQL(u"SELECT 1"_s); }));
+        QVERIFY(lost([&] { sql->OpenRecordset(u"SELECT 1"_s); }));
+        QVERIFY(lost([&] { sql->GetObjectID(u"usp_a"_s, QString()); }));
+        QVERIFY(lost([&] { sql->GetObjectText(u"1"_s); }));
+        QVERIFY(lost([&] { sql->DatabaseUserName(); }));
         try {
             sql->UserDefinedFunctionsAllowed();
             QFAIL("no error");
@@ -309,10 +327,19 @@ private Q_SLOTS:
             QCOMPARE(e.Source, u"KORVOSQL"_s);
             QCOMPARE(e.Description, u"Connection is not open"_s);
         }
-        if (mMssql)
+        // A reconnect while the server is still away leaves it lost.
+        if (mMssql) {
+            QVERIFY(!sql->OpenConnection({}, {}, {}, {}, KORVOSQL::UseStoredAuth, true).isEmpty());
+            QVERIFY(lost([&] { sql->ExecuteSQL(u"SELECT 1"_s); }));
             mMssql->start();
+        }
         QCOMPARE(sql->OpenConnection(), QString());
+        QVERIFY(!sql->ConnectionLost());
         QVERIFY(!sql->GetObjectID(u"usp_a"_s, QString()).isEmpty());
+        // Closed on purpose, it stays quiet as described.
+        sql->CloseConnection();
+        sql->ExecuteSQL(u"SELECT 1"_s);
+        QVERIFY(!sql->OpenRecordset(u"SELECT 1"_s));
     }
 
     void serverQueries_data() { kinds(); }

@@ -20,10 +20,80 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <memory>
 #include <utility>
+
+// Wraps a driver so that a test can make the server drop KORVO's session at a
+// chosen point, as a restart would: just before the first statement that
+// matches the armed pattern is sent (or, with after, just before the statement
+// that follows it). The statement then fails as it would for real.
+class TrippingDriver : public SqlDriver
+{
+public:
+    TrippingDriver(std::shared_ptr<SqlDriver> inner, std::function<void()> dropSessions)
+        : mInner(std::move(inner))
+        , mDrop(std::move(dropSessions))
+    {
+    }
+    void Arm(const QString &pattern, bool after)
+    {
+        mTrip = QRegularExpression(pattern, QRegularExpression::DotMatchesEverythingOption);
+        mAfter = after;
+        mArmed = true;
+        mPending = false;
+    }
+    void Disarm() { mArmed = mPending = false; }
+    bool Tripped() const { return mTripped; }
+    std::unique_ptr<SqlConnection> Open(const QString &connectionString) override
+    {
+        return std::make_unique<Connection>(*this, mInner->Open(connectionString));
+    }
+
+private:
+    class Connection : public SqlConnection
+    {
+    public:
+        Connection(TrippingDriver &driver, std::unique_ptr<SqlConnection> inner)
+            : mDriver(driver)
+            , mInner(std::move(inner))
+        {
+        }
+        bool IsOpen() const override { return mInner->IsOpen(); }
+        void Close() override { mInner->Close(); }
+        BatchResult Execute(const QString &sql) override
+        {
+            mDriver.Before(sql);
+            return mInner->Execute(sql);
+        }
+
+    private:
+        TrippingDriver &mDriver;
+        std::unique_ptr<SqlConnection> mInner;
+    };
+
+    void Before(const QString &sql)
+    {
+        if (!mArmed)
+            return;
+        const bool matches = mTrip.match(sql).hasMatch();
+        if (mPending || (matches && !mAfter)) {
+            mArmed = mPending = false;
+            mTripped = true;
+            mDrop();
+        } else if (matches) {
+            mPending = true; // the next statement fails
+        }
+    }
+
+    std::shared_ptr<SqlDriver> mInner;
+    std::function<void()> mDrop;
+    QRegularExpression mTrip;
+    bool mArmed = false, mAfter = false, mPending = false, mTripped = false;
+};
 
 class Backend
 {
@@ -37,6 +107,8 @@ public:
     std::unique_ptr<SvnTestRepository> repo;
     std::shared_ptr<KORVOSQL> sql;
     std::shared_ptr<KORVOVSS> vss;
+    std::shared_ptr<TrippingDriver> tripping; // the driver of sql
+    std::unique_ptr<SvnServe> served; // see ServeTwoUsers
 
     // "PostgreSQL" or "SQLServer"; null, with the reason as a warning, when a side is missing.
     static std::unique_ptr<Backend> Make(const QString &kind, bool withVSS = true)
@@ -52,6 +124,7 @@ public:
     ~Backend()
     {
         vss.reset();
+        served.reset();
         sql.reset();
         pg.reset();
         // Roles belong to the cluster: they go once their database is gone.
@@ -68,16 +141,73 @@ public:
     QString Database() const { return pg ? pg->Database : QStringLiteral("korvotest"); }
 
     // Binds a connection of another project (the session's own) to this database.
-    void Bind(KORVOSQL &other)
+    void Bind(KORVOSQL &other, const std::shared_ptr<SqlDriver> &driver = nullptr)
     {
         if (pg) {
             other.SetKind(ServerKind::PostgreSQL());
+            if (driver)
+                other.SetDriver(driver);
             other.OpenConnection(pg->Server, pg->Database, pg->UserName, pg->Password, KORVOSQL::UseNTNo, true);
             return;
         }
         other.SetKind(ServerKind::SQLServer());
-        other.SetDriver(scripted->driver());
+        other.SetDriver(driver ? driver : scripted->driver());
         other.OpenConnection("SQLTEST", Database(), "sa", "sa-pw", KORVOSQL::UseNTNo, true);
+    }
+
+    // --- A lost connection ---
+
+    // The server drops sql's session before the first statement matching the
+    // pattern is sent (after: before the statement that follows it).
+    void LoseConnectionAt(const QString &pattern, bool after = false) { tripping->Arm(pattern, after); }
+    // The server is back and sql reconnects with what it stored.
+    void Reconnect()
+    {
+        tripping->Disarm();
+        if (scripted)
+            scripted->start();
+        QCOMPARE(sql->OpenConnection(), QString());
+    }
+    // Words of the driver's own text for a dropped session.
+    QString LostConnectionText() const
+    {
+        return Pick("terminat|server closed the connection", "Communication link failure");
+    }
+
+    // --- A second user ---
+
+    // Serves the repository on svnserve to alice (pw1) and bob (pw2), moves
+    // vss (alice, same working folder) there and returns bob's connection,
+    // with a working folder of his own.
+    std::shared_ptr<KORVOVSS> ServeTwoUsers()
+    {
+        if (!repo->ServeUsers({ { "alice", "pw1" }, { "bob", "pw2" } }))
+            return nullptr;
+        served = std::make_unique<SvnServe>(repo->Root());
+        if (!served->IsRunning())
+            return nullptr;
+        const QString url = served->Url("repo");
+        if (!vss->OpenConnection(url, "alice", "pw1", Project, vss->GeneralWorkingFolder(), true, false).isEmpty())
+            return nullptr;
+        auto bob = std::make_shared<KORVOVSS>(ui);
+        if (!bob->OpenConnection(url, "bob", "pw2", Project, repo->Folder("work-bob"), true, false).isEmpty())
+            return nullptr;
+        return bob;
+    }
+    // What another program does to a check-out: "lock" (add --force to steal)
+    // or "unlock" an item, as the given svnserve user.
+    bool SvnAs(const QString &user, const QStringList &args, const QString &item)
+    {
+        QProcess p;
+        p.start("svn",
+            QStringList { "--non-interactive", "--no-auth-cache", "--config-dir", repo->Root() + "/.svnconfig-" + user,
+                "--username", user, "--password", user == QLatin1String("alice") ? "pw1" : "pw2" }
+                + args + QStringList { served->Url("repo") + "/Db/Objects/" + item });
+        if (!p.waitForFinished(30000) || p.exitCode() != 0) {
+            qWarning("svn %s: %s", qPrintable(args.join(' ')), p.readAllStandardError().constData());
+            return false;
+        }
+        return true;
     }
 
     // --- Versioned objects ---
@@ -328,14 +458,23 @@ private:
             pg = server.newDatabase(QStringLiteral("objects"));
             pg->exec("CREATE SCHEMA dbo");
             sql = std::make_shared<KORVOSQL>(ui, ServerKind::PostgreSQL());
+            // KORVO's sessions to this database end, and the call waits until they have.
+            PgTestDatabase *db = pg.get();
+            tripping = std::make_shared<TrippingDriver>(ServerKind::PostgreSQL()->DefaultDriver(), [db] {
+                db->superuserExec(QStringLiteral("SELECT pg_terminate_backend(pid, 10000) FROM pg_stat_activity "
+                                                 "WHERE datname = '%1' AND application_name = 'KORVO'")
+                                      .arg(db->Database));
+            });
         } else {
             scripted = std::make_unique<ScriptedSqlServer>();
             scripted->addDatabase(Database());
             scripted->addRole(Database(), "db_datareader", 16390); // a fixed role
             AddCatalogueStatements(*scripted);
             sql = std::make_shared<KORVOSQL>(ui);
+            ScriptedSqlServer *server = scripted.get();
+            tripping = std::make_shared<TrippingDriver>(server->driver(), [server] { server->stop(); });
         }
-        Bind(*sql);
+        Bind(*sql, tripping);
         if (!sql->ConnectionOpen())
             return QStringLiteral("no connection to the database");
         if (!withVSS)

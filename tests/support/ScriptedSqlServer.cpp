@@ -625,4 +625,16 @@ void ScriptedSqlServer::addBuiltInStatements()
                 throw serverError(50000, QStringLiteral("drop script names two objects"));
             return c.server.drop(c.db, c.match.captured(3), c.match.captured(4), true, c.session);
         });
+    // A statement run in a transaction that is rolled back: it fails as it would, and leaves the catalogue as it was.
+    addStatement(QStringLiteral("BEGIN TRANSACTION\r\n(.*)\r\nROLLBACK TRANSACTION"), [](Call &c) {
+        const Database before = c.db;
+        try {
+            c.server.execute(c.session, c.match.captured(1));
+        } catch (...) {
+            c.db = before;
+            throw;
+        }
+        c.db = before;
+        return done();
+    });
 }

@@ -11,7 +11,9 @@
 // one (0 otherwise); State the five-character SQLSTATE where known; Description
 // the text as the driver delivers it ("Line {n}: {message}" when the server
 // named a line of the text sent). Messages holds the server messages (PRINT,
-// NOTICE) that arrived before the error.
+// NOTICE) that arrived before the error. ConnectionLost is set by KORVOSQL
+// when the connection was gone after the statement failed (or had gone
+// earlier): nothing more can be sent until it is opened again.
 class SqlError : public std::exception
 {
 public:
@@ -31,6 +33,7 @@ public:
     QString Description;
     QString State;
     QStringList Messages;
+    bool ConnectionLost = false;
 
 private:
     QByteArray mWhat;

@@ -1,4 +1,7 @@
 #include "ServerKind.h"
+#include "StatementParts.h"
+
+using namespace StatementParts;
 
 // What the object operations (check-in, rename, rollback) ask of the kinds.
 
@@ -48,4 +51,67 @@ QString PostgreSQLKind::CreatingText(const QString &createText) const
         return createText.left(from) + createText.mid(to);
     }
     return createText;
+}
+
+QStringList SQLServerKind::RehearsalStatements(const QString &statement) const
+{
+    // A failing DROP ends only its own statement: the rollback still runs.
+    return { QStringLiteral("BEGIN TRANSACTION\r\n") + statement + QStringLiteral("\r\nROLLBACK TRANSACTION") };
+}
+
+QStringList PostgreSQLKind::RehearsalStatements(const QString &statement) const
+{
+    return { QStringLiteral("BEGIN; ") + statement + QStringLiteral("\n;ROLLBACK") };
+}
+
+namespace
+{
+
+bool IsRoutine(ObjectClass cls)
+{
+    return cls == ObjectClass::StoredProcedure || cls == ObjectClass::UserDefinedFunction;
+}
+
+} // namespace
+
+QString PostgreSQLKind::DropObjectScript(
+    ObjectClass cls, const QString &id, const QString &owner, const QString &name, const CatalogueReader &read) const
+{
+    bool numeric = false;
+    const qlonglong oid = id.trimmed().toLongLong(&numeric);
+    if (!IsRoutine(cls) || !numeric || !read)
+        return DropScript(cls, owner, name, read);
+    // The one routine of this oid, with its argument types; nothing when it is gone.
+    const auto rs = read(QStringLiteral("SELECT format('DROP %s IF EXISTS %I.%I(%s);', CASE p.prokind WHEN 'p' THEN "
+                                        "'PROCEDURE' ELSE 'FUNCTION' END, n.nspname, p.proname, "
+                                        "pg_catalog.pg_get_function_identity_arguments(p.oid)) AS \"Script\" FROM "
+                                        "pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace "
+                                        "WHERE p.oid = %1 AND p.prokind IN ('f','p')")
+                             .arg(oid < 0 || oid > 4294967295LL ? QStringLiteral("NULL") : QString::number(oid)));
+    return rs && !rs->Eof() ? rs->FieldText(QStringLiteral("Script")) : QString();
+}
+
+QString PostgreSQLKind::TextIdentityStatement(
+    ObjectClass cls, const QString &createText, const QString &temporaryName) const
+{
+    if (!IsRoutine(cls))
+        return QString();
+    const SQLKeywordPatterns keywords = CreatePatterns(cls);
+    QString written;
+    if (ReplaceObjectName(keywords, createText, temporaryName, written).isEmpty())
+        return QString();
+    const QStringList parts = SplitName(written);
+    // The throw-away routine goes where the text puts its own, so that it
+    // lands in the same schema (and one the user may create in).
+    const QString probeName
+        = parts.value(0).isEmpty() ? temporaryName : QuoteIdent(parts.value(0)) + QLatin1Char('.') + temporaryName;
+    const QString probe = ReplaceObjectName(keywords, createText, probeName, written);
+    return QStringLiteral("BEGIN; ") + probe
+        + QStringLiteral(
+            "\n;SELECT (SELECT p.oid::bigint FROM pg_catalog.pg_proc p WHERE p.pronamespace = "
+            "t.pronamespace AND p.proname = %1 AND p.proargtypes = t.proargtypes AND p.prokind = t.prokind) "
+            "AS id, format('%I.%I(%s)', n.nspname, %1::text, pg_catalog.oidvectortypes(t.proargtypes)) AS "
+            "\"Signature\" FROM pg_catalog.pg_proc t JOIN pg_catalog.pg_namespace n ON n.oid = "
+            "t.pronamespace WHERE t.proname = %2; ROLLBACK")
+              .arg(Quoted(parts.value(1)), Quoted(temporaryName));
 }

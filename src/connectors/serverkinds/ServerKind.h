@@ -112,9 +112,36 @@ public:
     // A text that drops the object if it exists.
     virtual QString DropScript(
         ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const = 0;
+    // A text that drops the object of this id if it exists. Kinds whose names
+    // identify objects drop by owner and name (DropScript); PostgreSQL drops a
+    // routine by its oid, with its argument types, and never a sibling overload.
+    virtual QString DropObjectScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
+        const CatalogueReader &read) const
+    {
+        Q_UNUSED(id);
+        return DropScript(cls, owner, name, read);
+    }
     // The statements that prove a CREATE text (already under a temporary name)
     // on the server and leave nothing behind. dropScript drops the temporary object.
     virtual QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const = 0;
+    // The statements that run a statement (a drop) in a transaction that is
+    // rolled back: they fail as the statement would, and change nothing.
+    virtual QStringList RehearsalStatements(const QString &statement) const = 0;
+    // The statement whose one row names the object a CREATE text makes or
+    // replaces, where the name alone does not identify it (PostgreSQL routines:
+    // one name, several argument lists): field "id" (NULL when there is none)
+    // and field "Signature", the object as the server writes it with its
+    // argument types. The text is made under temporaryName in a transaction
+    // that is rolled back, so that the server itself reads the argument types.
+    // Empty where the name identifies the object (ObjectLookupStatement).
+    virtual QString TextIdentityStatement(
+        ObjectClass cls, const QString &createText, const QString &temporaryName) const
+    {
+        Q_UNUSED(cls);
+        Q_UNUSED(createText);
+        Q_UNUSED(temporaryName);
+        return QString();
+    }
     // One permission statement; value 0 revoke, 1 grant, 2 deny, 3 owner (no
     // statement). action 1 EXECUTE, 2 SELECT, 3 INSERT, 4 UPDATE, 5 DELETE, 6 REFERENCES.
     virtual QString PermissionStatement(
@@ -281,6 +308,7 @@ public:
     QString DropScript(
         ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const override;
     QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const override;
+    QStringList RehearsalStatements(const QString &statement) const override;
     QString PermissionStatement(
         int action, int value, const QString &objectName, const QString &grantee) const override;
     bool SupportsDeny() const override { return true; }
@@ -365,7 +393,12 @@ public:
 
     QString DropScript(
         ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const override;
+    QString DropObjectScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
+        const CatalogueReader &read) const override;
     QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const override;
+    QStringList RehearsalStatements(const QString &statement) const override;
+    QString TextIdentityStatement(
+        ObjectClass cls, const QString &createText, const QString &temporaryName) const override;
     QString PermissionStatement(
         int action, int value, const QString &objectName, const QString &grantee) const override;
     bool SupportsDeny() const override { return false; }

@@ -65,8 +65,16 @@ ServerKind::VersionedStatements PostgreSQLKind::VersionedObjectStatements(Object
     if (cls == ObjectClass::Table)
         return s;
     const PgShape shape = PgShapeOf(cls);
-    s.DBQueryStart = QStringLiteral("SELECT %1::bigint AS id, %2::text AS name, n.nspname::text AS \"UserName\" ")
-                         .arg(shape.IdColumn, shape.NameColumn)
+    // Routines that share their name: field "signature" gives their argument
+    // types (NULL for a name of one routine), so that captions tell them apart.
+    const bool routine = cls == ObjectClass::StoredProcedure || cls == ObjectClass::UserDefinedFunction;
+    const QString signature = routine
+        ? QStringLiteral(", CASE WHEN (SELECT count(*) FROM pg_catalog.pg_proc q WHERE q.pronamespace = p.pronamespace "
+                         "AND q.proname = p.proname AND q.prokind IN ('f','p')) > 1 THEN "
+                         "pg_catalog.oidvectortypes(p.proargtypes) END AS signature")
+        : QString();
+    s.DBQueryStart = QStringLiteral("SELECT %1::bigint AS id, %2::text AS name, n.nspname::text AS \"UserName\"%3 ")
+                         .arg(shape.IdColumn, shape.NameColumn, signature)
         + shape.From + shape.Where;
     s.DBQueryByName = QStringLiteral(" AND %1 = ").arg(shape.NameColumn);
     s.DBQueryByOwner = QStringLiteral(" AND n.nspname = ");
@@ -94,7 +102,7 @@ ServerKind::VersionedStatements PostgreSQLKind::VersionedObjectStatements(Object
     // The owner comes with the list, so that a refresh needs no query per object.
     s.ListQuery = QStringLiteral("SELECT %1::bigint AS id, %2::text AS name, n.nspname::text AS owner%3 ")
                       .arg(shape.IdColumn, shape.NameColumn,
-                          cls == ObjectClass::Trigger ? QStringLiteral(", t.tgrelid::bigint AS parent_obj") : QString())
+                          cls == ObjectClass::Trigger ? QStringLiteral(", t.tgrelid::bigint AS parent_obj") : signature)
         + shape.From + shape.Where + QStringLiteral("ORDER BY 2, 1");
     if (cls == ObjectClass::Trigger)
         s.TriggerEventsQuery = QStringLiteral(

@@ -120,7 +120,11 @@ bool KORVOSQL::resolveUseNT(int useNT) const
 QString KORVOSQL::OpenConnection(const QString &server, const QString &database, const QString &userName,
     const QString &password, int useNT, bool silent)
 {
+    // A lost connection stays lost until a new one is open: a reconnect that
+    // fails must not turn it into a quietly closed one.
+    const std::optional<SqlError> lost = mLost;
     CloseConnection();
+    mLost = lost;
     const QString srv = server.isEmpty() ? mServer : server;
     const QString db = database.isEmpty() ? mDatabase : database;
     QString user = userName.isEmpty() ? mUserName : userName;
@@ -145,6 +149,7 @@ QString KORVOSQL::OpenConnection(const QString &server, const QString &database,
         return result;
     }
     mConn = Driver().Open(CreateConnectionString(srv, db, user, pwd, nt));
+    mLost.reset();
     mServer = srv;
     mDatabase = db;
     mUserName = user;
@@ -174,36 +179,60 @@ void KORVOSQL::CloseConnection()
     if (mConn)
         mConn->Close();
     mConn.reset();
+    mLost.reset();
 }
 
-void KORVOSQL::checkConnection()
+void KORVOSQL::checkConnection(SqlError *error)
 {
-    if (mConn && !mConn->IsOpen())
-        mConn.reset();
+    if (!mConn || mConn->IsOpen())
+        return;
+    mConn.reset();
+    if (error) {
+        error->ConnectionLost = true;
+        mLost = *error;
+    } else {
+        mLost = SqlError(0, QStringLiteral("KORVOSQL"), QStringLiteral("The connection to the server was lost"),
+            QStringLiteral("08006"));
+        mLost->ConnectionLost = true;
+    }
+}
+
+void KORVOSQL::throwIfLost() const
+{
+    if (mLost)
+        throw *mLost;
 }
 
 void KORVOSQL::ExecuteSQL(const QString &sql)
 {
+    throwIfLost();
     if (!mConn)
         return;
     refuseNul(sql);
     try {
         mConn->Execute(sql);
+    } catch (SqlError &error) {
+        checkConnection(&error);
+        throw;
     } catch (...) {
-        checkConnection();
+        checkConnection(nullptr);
         throw;
     }
 }
 
 std::shared_ptr<Recordset> KORVOSQL::OpenRecordset(const QString &sql)
 {
+    throwIfLost();
     if (!mConn)
         return nullptr;
     refuseNul(sql);
     try {
         return mConn->OpenRecordset(sql);
+    } catch (SqlError &error) {
+        checkConnection(&error);
+        throw;
     } catch (...) {
-        checkConnection();
+        checkConnection(nullptr);
         throw;
     }
 }
@@ -332,6 +361,7 @@ QString KORVOSQL::ExtractTableNameFromTrigger(const QString &text, const SQLKeyw
 
 QString KORVOSQL::DatabaseUserName()
 {
+    throwIfLost();
     if (!mConn)
         return QString();
     const auto rs = OpenRecordset(mKind->DatabaseUserNameStatement(sqlFMTOUT(mUserName.toLower(), 0)));

@@ -10,6 +10,7 @@
 #include <QVariant>
 
 #include <memory>
+#include <optional>
 
 // The road to the project's database: connection data, a connection opened
 // after a test connection, statements and read-only queries, and the object
@@ -20,6 +21,12 @@
 // SqlError (see SqlError.h). The others report failure in their result and
 // never throw. After any failure ConnectionOpen() tells whether the
 // connection is still there.
+//
+// A lost connection stays closed until the user opens it again: the statement
+// that found it gone throws with ConnectionLost set, and from then on every
+// statement, query and look-up throws the same at once, without reaching the
+// server (see docs/decisions.md). A connection that was closed on purpose, or
+// never opened, stays quiet: nothing is run, nothing is returned.
 class KORVOSQL
 {
 public:
@@ -61,6 +68,8 @@ public:
     bool UseWinNTAuth() const { return mUseWinNTAuth; }
     void SetUseWinNTAuth(bool value) { mUseWinNTAuth = value; }
     bool ConnectionOpen() const { return mConn != nullptr; }
+    // The connection went away under a statement; cleared by OpenConnection and CloseConnection.
+    bool ConnectionLost() const { return mLost.has_value(); }
     // The open connection; null while closed.
     SqlConnection *DBConn() const { return mConn.get(); }
     bool HasConnected() const { return mHasConnected; }
@@ -82,10 +91,10 @@ public:
         const QString &server, const QString &database, const QString &userName, const QString &password, bool useNT);
     void CloseConnection();
 
-    // Throws. Does nothing while the connection is closed.
+    // Throws. Does nothing while the connection is closed (throws while it is lost).
     void ExecuteSQL(const QString &sql);
     // Throws. The first row set of the statement, read into memory; null while
-    // the connection is closed, a closed recordset when no rows came.
+    // the connection is closed (throws while lost), a closed recordset when no rows came.
     std::shared_ptr<Recordset> OpenRecordset(const QString &sql);
 
     // Throw on server errors. Empty when not found or, for an id, when the name
@@ -111,7 +120,7 @@ public:
     QStringList ExtractOwnerAndItemName(const QString &name) const;
     // The table of a trigger as written in its text, or empty.
     QString ExtractTableNameFromTrigger(const QString &text, const SQLKeywordPatterns &patterns) const;
-    // Throws on server errors. Empty while closed.
+    // Throws on server errors. Empty while closed (throws while lost).
     QString DatabaseUserName();
     // Throws SqlError 1000 while the connection is closed; false when the probe fails.
     bool UserDefinedFunctionsAllowed();
@@ -133,8 +142,11 @@ public:
 
 private:
     bool resolveUseNT(int useNT) const;
-    // After a failed statement: is the connection still there?
-    void checkConnection();
+    // After a failed statement: is the connection still there? If not, it is
+    // dropped and the error marked as a lost connection.
+    void checkConnection(SqlError *error);
+    // Throws the loss again while the connection is lost.
+    void throwIfLost() const;
 
     UiServices &mUi;
     std::shared_ptr<const ServerKind> mKind;
@@ -146,6 +158,7 @@ private:
     QString mPassword;
     bool mStorePassword = false;
     std::unique_ptr<SqlConnection> mConn;
+    std::optional<SqlError> mLost; // the error that found the connection gone
     bool mHasConnected = false;
     bool mUseWinNTAuth = false;
 };

@@ -51,6 +51,7 @@ VssDatabase &KORVOVSS::Database()
 
 void KORVOVSS::Failed(bool silent, const QString &title, const QString &firstLine, const VssError &error)
 {
+    mLastError = firstLine + QLatin1Char('\n') + QLatin1Char('(') + error.Description() + QLatin1Char(')');
     if (!silent)
         mUi.critical(title, firstLine + QLatin1Char('\n') + QLatin1Char('(') + error.Description() + QLatin1Char(')'));
 }
@@ -191,6 +192,39 @@ QStringList KORVOVSS::Checkouts(const QString &item)
     return Database().Checkouts(item);
 }
 
+QString KORVOVSS::CheckInObstacle(const QString &item)
+{
+    try {
+        VssDatabase &db = Database();
+        const auto info = db.Item(item, false);
+        if (info.Status == VssDatabase::CheckedOutToOther)
+            return QStringLiteral("The item is checked out by %1 now: your check-out of it was taken over.")
+                .arg(info.LockOwner);
+        if (info.Status == VssDatabase::NotCheckedOut)
+            return QStringLiteral("The item is not checked out to you any more: your check-out of it was taken away.");
+        if (const auto newer = db.NewerThanWorkingCopy(item))
+            return QStringLiteral("The item was changed in source control after your check-out (version %1 by %2): "
+                                  "your working copy is older than the newest version.")
+                .arg(newer->Revision)
+                .arg(newer->Author);
+        return {};
+    } catch (const VssError &e) {
+        return QStringLiteral("Source control could not tell whether the item is checked out to you (%1).")
+            .arg(e.Description());
+    }
+}
+
+QString KORVOVSS::KeepText(const QString &item, const QString &content, bool aside)
+{
+    const QString path = GetItemFileName(aside ? item + QStringLiteral(".mine") : item);
+    try {
+        WorkingFiles::Overwrite(path, content);
+        return path;
+    } catch (const VssError &) {
+        return {};
+    }
+}
+
 bool KORVOVSS::ItemExists(const QString &item, bool deleted)
 {
     try {
@@ -274,6 +308,7 @@ QString KORVOVSS::ItemContentForVersion(const QString &item, long version, bool 
 
 bool KORVOVSS::AddItem(const QString &item, const QString &content, bool silent, const QString &comment)
 {
+    mLastError.clear();
     try {
         VssDatabase &db = Database();
         const QString local = GetItemFileName(item);
@@ -298,6 +333,7 @@ bool KORVOVSS::AddItem(const QString &item, const QString &content, bool silent,
 
 bool KORVOVSS::ChangeItemContent(const QString &item, const QString &content, const QString &comment, bool silent)
 {
+    mLastError.clear();
     try {
         VssDatabase &db = Database();
         const QString local = GetItemFileName(item);
@@ -315,6 +351,7 @@ bool KORVOVSS::ChangeItemContent(const QString &item, const QString &content, co
 
 bool KORVOVSS::RemoveItem(const QString &item, bool silent)
 {
+    mLastError.clear();
     try {
         VssDatabase &db = Database();
         WorkingFiles::ForceDelete(GetItemFileName(item));
@@ -329,6 +366,7 @@ bool KORVOVSS::RemoveItem(const QString &item, bool silent)
 
 bool KORVOVSS::RenameItem(const QString &oldName, const QString &newName, bool silent, bool onlyIfExists, bool deleted)
 {
+    mLastError.clear();
     try {
         VssDatabase &db = Database();
         if (!ItemExists(oldName, deleted) && onlyIfExists)
@@ -350,6 +388,7 @@ bool KORVOVSS::RenameItem(const QString &oldName, const QString &newName, bool s
 bool KORVOVSS::RenameItemWithNewContent(
     const QString &oldName, const QString &newName, const QString &content, const QString &comment, bool silent)
 {
+    mLastError.clear();
     try {
         VssDatabase &db = Database();
         if (db.Item(oldName, false).Status != VssDatabase::NotCheckedOut)
@@ -392,6 +431,7 @@ bool KORVOVSS::GetLatestVersion(const QString &item, bool silent)
 
 bool KORVOVSS::CheckOut(const QString &item, bool silent)
 {
+    mLastError.clear();
     try {
         VssDatabase &db = Database();
         if (db.Item(item, false).Status != VssDatabase::NotCheckedOut)
@@ -407,6 +447,7 @@ bool KORVOVSS::CheckOut(const QString &item, bool silent)
 
 bool KORVOVSS::CheckIn(const QString &item, const QString &content, const QString &comment, bool silent)
 {
+    mLastError.clear();
     try {
         VssDatabase &db = Database();
         if (db.Item(item, false).Status != VssDatabase::CheckedOutToMe)
@@ -428,6 +469,7 @@ bool KORVOVSS::CheckIn(const QString &item, const QString &content, const QStrin
 
 bool KORVOVSS::UndoCheckout(const QString &item, bool silent)
 {
+    mLastError.clear();
     try {
         VssDatabase &db = Database();
         if (db.Item(item, false).Status != VssDatabase::CheckedOutToMe)

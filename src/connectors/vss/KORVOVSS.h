@@ -78,6 +78,20 @@ public:
     // Who holds the check-out of an item, whoever it is. Throws VssError.
     QStringList Checkouts(const QString &item);
 
+    // Before a check-in changes anything anywhere: what stands in the way of
+    // committing the item's text (another user's check-out, a check-out taken
+    // away, a version newer than the one the working copy is based on, source
+    // control out of reach), as a sentence; empty when nothing does.
+    QString CheckInObstacle(const QString &item);
+    // Keeps a user's text that is not in source control yet: in the item's
+    // working file, or with aside in "<item>.mine" beside it, which no fetch
+    // overwrites. The path of the file that holds it; empty when it could not
+    // be written.
+    QString KeepText(const QString &item, const QString &content, bool aside);
+    // The description of the last failure of an operation with a failure box,
+    // shown or not; empty after the operation succeeded.
+    const QString &LastError() const { return mLastError; }
+
 private:
     VssDatabase &Database();
     void Failed(bool silent, const QString &title, const QString &firstLine, const VssError &error);
@@ -88,6 +102,7 @@ private:
     QString ReadThroughScratch(const QString &scratchName, const QByteArray &content);
 
     UiServices &mUi;
+    QString mLastError;
     QString mGeneralWorkingFolder;
     std::unique_ptr<VssDatabase> mDatabase;
     bool mHasConnected = false;

@@ -418,6 +418,16 @@ QByteArray SvnRepository::FileContent(const QString &path, long revision)
     return QByteArray(buf->data, qsizetype(buf->len));
 }
 
+SvnRepository::LastChange SvnRepository::LastChangeOf(const QString &path)
+{
+    Pool pool(mPool);
+    svn_dirent_t *dirent = nullptr;
+    Call(svn_ra_stat(Session(), utf8(path).constData(), SVN_INVALID_REVNUM, &dirent, pool));
+    if (!dirent)
+        throw VssError(QStringLiteral("'%1' was not found").arg(path), VssError::NotFound);
+    return { long(dirent->created_rev), fromSvn(dirent->last_author), fromSvnTime(dirent->time) };
+}
+
 static SvnRepository::Lock copyLock(const svn_lock_t *l)
 {
     return { fromSvn(l->path), fromSvn(l->token), fromSvn(l->owner), fromSvn(l->comment),
@@ -525,8 +535,9 @@ long SvnRepository::Commit(const QString &folder, const QString &message, const 
             throw VssError(QStringLiteral("The name '%1' is not valid").arg(c.Name), VssError::InvalidName);
         Check(svn_path_check_valid(dupInPool(pool, Join(folder, c.Name)), pool));
     }
-    // The base revision of every opened node: our own check-out guards the file,
-    // so no out-of-date test is wanted beyond what the lock gives.
+    // The base revision of every opened node: the latest, unless a change names
+    // the revision its text is based on (then a newer version makes the commit
+    // fail as out of date instead of being overwritten).
     const svn_revnum_t head = LatestRevision();
 
     apr_hash_t *revprops = apr_hash_make(pool);
@@ -577,7 +588,7 @@ long SvnRepository::Commit(const QString &folder, const QString &message, const 
                     SVN_ERR(editor->add_file(
                         path, dirs.last(), copyFrom, copyFrom ? c.CopyFromRev : SVN_INVALID_REVNUM, pool, &file));
                 else
-                    SVN_ERR(editor->open_file(path, dirs.last(), head, pool, &file));
+                    SVN_ERR(editor->open_file(path, dirs.last(), c.BaseRev >= 0 ? c.BaseRev : head, pool, &file));
                 const char *checksum = nullptr;
                 if (c.Content) {
                     svn_txdelta_window_handler_t handler;

@@ -61,6 +61,13 @@ public:
         QString Message;
     };
 
+    // The last change of a node: its revision, author and date.
+    struct LastChange {
+        long Revision = -1;
+        QString Author;
+        QDateTime Date; // UTC
+    };
+
     // One change of a commit, below the commit's folder.
     struct Change {
         enum Op { AddFile, ModifyFile, Delete, AddDir } Operation = ModifyFile;
@@ -68,6 +75,9 @@ public:
         std::optional<QByteArray> Content; // new text of a file; none keeps a copy's text
         QString CopyFrom; // session-relative path of a copy source
         long CopyFromRev = -1;
+        // ModifyFile: the revision the new text is based on; the commit fails
+        // as out of date when the file changed after it. -1: the latest.
+        long BaseRev = -1;
     };
 
     // connectTimeout (seconds) bounds the wait for an svn:// server to answer;
@@ -84,6 +94,7 @@ public:
     Kind CheckPath(const QString &path, long revision = Head);
     QList<DirEntry> ListDir(const QString &path, long revision = Head);
     QByteArray FileContent(const QString &path, long revision = Head);
+    LastChange LastChangeOf(const QString &path);
 
     // Locks on the files directly in a folder, keyed by file name.
     QHash<QString, Lock> FolderLocks(const QString &folder);

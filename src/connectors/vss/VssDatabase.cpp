@@ -328,18 +328,44 @@ QByteArray VssDatabase::Checkout(const QString &name)
 {
     const QString path = LiveItemPath(name);
     mRepo.LockFile(path, QString());
-    return mRepo.FileContent(path);
+    // Locked, the file cannot change under us: the latest revision is the base.
+    const long base = mRepo.LatestRevision();
+    QByteArray content = mRepo.FileContent(path, base);
+    mBase.insert(name, base);
+    return content;
+}
+
+long VssDatabase::BaseRevision(const QString &name, const SvnRepository::Lock &lock)
+{
+    const auto recorded = mBase.constFind(name);
+    if (recorded != mBase.cend())
+        return *recorded;
+    const SvnRepository::LastChange last = mRepo.LastChangeOf(ItemPath(name));
+    return last.Date <= lock.Created ? last.Revision : last.Revision - 1;
+}
+
+std::optional<SvnRepository::LastChange> VssDatabase::NewerThanWorkingCopy(const QString &name)
+{
+    const SvnRepository::Lock lock = RequireOwnLock(name);
+    const long base = BaseRevision(name, lock);
+    const SvnRepository::LastChange last = mRepo.LastChangeOf(ItemPath(name));
+    if (last.Revision > base)
+        return last;
+    return std::nullopt;
 }
 
 void VssDatabase::Checkin(const QString &name, const QByteArray &content, const QString &comment)
 {
     const QString path = ItemPath(name);
     const SvnRepository::Lock lock = RequireOwnLock(name);
-    if (mRepo.FileContent(path) == content)
+    if (mRepo.FileContent(path) == content) {
         mRepo.UnlockFile(path, lock.Token); // nothing to commit: only the check-out ends
-    else
-        mRepo.Commit(mFolder, comment, { { SvnRepository::Change::ModifyFile, name, content, {}, -1 } },
-            { { path, lock.Token } });
+    } else {
+        SvnRepository::Change change { SvnRepository::Change::ModifyFile, name, content, {}, -1 };
+        change.BaseRev = BaseRevision(name, lock);
+        mRepo.Commit(mFolder, comment, { change }, { { path, lock.Token } });
+    }
+    mBase.remove(name);
 }
 
 QByteArray VssDatabase::UndoCheckout(const QString &name)
@@ -347,6 +373,7 @@ QByteArray VssDatabase::UndoCheckout(const QString &name)
     const QString path = ItemPath(name);
     const SvnRepository::Lock lock = RequireOwnLock(name);
     mRepo.UnlockFile(path, lock.Token);
+    mBase.remove(name);
     return mRepo.FileContent(path);
 }
 
@@ -387,6 +414,7 @@ void VssDatabase::Rename(
         { { SvnRepository::Change::AddFile, newName, content, oldPath, head },
             { SvnRepository::Change::Delete, oldName, std::nullopt, {}, -1 } },
         tokens);
+    mBase.remove(oldName);
 }
 
 QList<VssDatabase::Label> VssDatabase::Labels()

@@ -68,11 +68,16 @@ public:
 
     // The latest text; of a deleted item, the text it had when it was deleted.
     QByteArray Get(const QString &name, bool deleted);
-    // Locks the item for the user and returns its latest text.
+    // Locks the item for the user and returns its latest text; the working
+    // copy made of it is based on that version.
     QByteArray Checkout(const QString &name);
-    // Commits the text and releases the user's lock; unchanged text only
-    // releases the lock.
+    // Commits the text against the version the user's working copy is based
+    // on and releases the user's lock; unchanged text only releases the lock.
+    // A newer version makes it fail as out of date.
     void Checkin(const QString &name, const QByteArray &content, const QString &comment);
+    // The change that makes the user's working copy of an item checked out to
+    // the user older than the newest version, if there is one.
+    std::optional<SvnRepository::LastChange> NewerThanWorkingCopy(const QString &name);
     // Releases the user's lock and returns the latest text.
     QByteArray UndoCheckout(const QString &name);
     void Add(const QString &name, const QByteArray &content, const QString &comment);
@@ -130,11 +135,16 @@ private:
     std::optional<SvnRepository::Lock> OwnLock(const QString &name);
     // The user's own lock; fails when the item is not checked out to the user.
     SvnRepository::Lock RequireOwnLock(const QString &name);
+    // The version the working copy of an item checked out to the user is based
+    // on: the one fetched at check-out; for a check-out this object did not
+    // make, the item's last change if it came before the lock, else one older.
+    long BaseRevision(const QString &name, const SvnRepository::Lock &lock);
     [[noreturn]] void NotFound(const QString &name) const;
 
     SvnRepository mRepo;
     QString mFolder;
     FolderScan mScan;
+    QHash<QString, long> mBase; // item -> revision of the check-out's text
     long mLabelsAt = -1;
     QString mLabelsFolder;
     QList<Label> mLabels;
