@@ -59,6 +59,7 @@ class TestOperations : public QObject, BackendTest
                 none.Results.append(std::make_shared<Recordset>(QStringList { "id" }, QList<QVariantList>(), -1));
                 return none;
             });
+    }
     // PostgreSQL: the procedure and its schema belong to others, so that KORVO's role cannot drop it.
     void notOwned(const QString &procedure)
     {
