@@ -498,15 +498,14 @@ bool KORVOObjectVSS::SyncRemove(int target)
         return mVSS && mVSS->RemoveItem(ItemName(), false);
     if (target != 2 || !mSQL)
         return false;
-    const QString title = QStringLiteral("Item not removed");
+    // A refused drop is the caller's to handle (synchronisation lets it reach the
+    // application's error box); only a lost connection stops here with its box.
     try {
         mSQL->ExecuteSQL(DropScript());
         return true;
     } catch (const SqlError &error) {
-        if (!ReportLost(title, error))
-            Box(UiServices::Icon::Critical, title,
-                QStringLiteral("Could not remove the item ") + Caption(true)
-                    + QStringLiteral(" from SQL\n\nError Description: ") + error.Description);
+        if (!ReportLost(QStringLiteral("Item not removed"), error))
+            throw;
         return false;
     }
 }

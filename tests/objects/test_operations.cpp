@@ -219,7 +219,10 @@ private Q_SLOTS:
             // The compile test finds a name to replace; the name part is empty.
             row("new object without a name", "Could not Check In Item",
                 "Item Name could not be extracted from Stored Procedure content!");
-            row("new object not located", "Could not Check In Item",
+            // PostgreSQL finds a new routine by its argument types, so only the
+            // scripted server can lose it.
+            if (!pg)
+                row("new object not located", "Could not Check In Item",
                 "Item Name could not be added to the Database! After creating the object, it could not be located in "
                 "the database!");
         }
@@ -631,11 +634,12 @@ private Q_SLOTS:
                 QTest::addRow("%s %s", kind, step) << kind << step << title << text << boxes;
             };
             row("blank text", "Could not Undelete Item", "The item's text in source control is blank.", 1);
-            row("not located", "Undelete Aborted",
-                "Cannot undelete the Item! After creating the object, it could not be located in the database!", 1);
-            // The connector's own box comes first.
-            row("source control", "Undelete Aborted",
-                "Cannot undelete the Item! There was a problem renaming the VSS file!", 2);
+            // PostgreSQL finds the routine by its argument types, so only the
+            // scripted server can lose it; a refused commit is in undeleteFailures.
+            if (QByteArray(kind) == "SQLServer")
+                row("not located", "Undelete Aborted",
+                    "Cannot undelete the Item! After creating the object, it could not be located in the database!",
+                    1);
             row("no owner in text", "", "", 0);
         }
     }
