@@ -259,9 +259,7 @@ void frmEditObjectText::CaretMoved(int column, int line)
 
 QWidget *frmEditObjectText::Frame()
 {
-    if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget()))
-        return sub;
-    return this;
+    return ChildFrame(this);
 }
 
 bool frmEditObjectText::IsActiveChild()
@@ -331,10 +329,7 @@ bool frmEditObjectText::CloseItem(bool force)
         return false;
     }
     mClosing = true;
-    if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget()))
-        sub->close();
-    else
-        close();
+    ChildFrame(this)->close();
     return true;
 }
 

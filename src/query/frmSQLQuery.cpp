@@ -292,10 +292,7 @@ bool frmSQLQuery::CloseItem(bool force)
         return false;
     }
     mClosing = true;
-    if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget()))
-        sub->close();
-    else
-        close();
+    ChildFrame(this)->close();
     return true;
 }
 
@@ -329,9 +326,7 @@ void frmSQLQuery::SetStatus(const QString &text)
 
 QWidget *frmSQLQuery::Frame()
 {
-    if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget()))
-        return sub;
-    return this;
+    return ChildFrame(this);
 }
 
 void frmSQLQuery::showEvent(QShowEvent *e)

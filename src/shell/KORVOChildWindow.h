@@ -3,6 +3,7 @@
 #include "KORVOObjectCollection.h"
 
 #include <QString>
+#include <QMdiSubWindow>
 #include <QVariant>
 #include <QWidget>
 
@@ -101,4 +102,13 @@ inline KORVOChildWindow *AsChildWindow(const QWidget *widget)
     if (!widget || !widget->property(kChildMarker).toBool())
         return nullptr;
     return static_cast<KORVOChildWindow *>(widget->property(kChildInterface).value<void *>());
+}
+
+// The window that frames a child: its sub-window in the multiple-document area,
+// or the child itself when it is shown on its own (as in tests).
+inline QWidget *ChildFrame(QWidget *child)
+{
+    if (auto *sub = qobject_cast<QMdiSubWindow *>(child->parentWidget()))
+        return sub;
+    return child;
 }

@@ -301,10 +301,7 @@ bool frmEditObjectPermissions::CloseItem(bool force)
     if (!force && !ConfirmPermissionsClose())
         return false;
     mClosing = true;
-    if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget()))
-        sub->close();
-    else
-        close();
+    ChildFrame(this)->close();
     return true;
 }
 
@@ -339,9 +336,7 @@ bool frmEditObjectPermissions::eventFilter(QObject *watched, QEvent *e)
 
 QWidget *frmEditObjectPermissions::Frame()
 {
-    if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget()))
-        return sub;
-    return this;
+    return ChildFrame(this);
 }
 
 void frmEditObjectPermissions::showEvent(QShowEvent *e)
