@@ -228,10 +228,13 @@ bool KORVOObjectVSS::TestItem(const QString &content, bool silent)
     }
 
     try {
-        const QStringList temporary = kind.SplitName(temporaryName);
-        std::shared_ptr<KORVOSQL> sql = mSQL;
-        const QString dropScript = kind.DropScript(mType.Class, temporary.value(0), temporary.value(1),
-            [sql](const QString &statement) { return sql->OpenRecordset(statement); });
+        QString dropScript;
+        if (kind.CompileCheckDrops()) {
+            const QStringList temporary = kind.SplitName(temporaryName);
+            std::shared_ptr<KORVOSQL> sql = mSQL;
+            dropScript = kind.DropScript(mType.Class, temporary.value(0), temporary.value(1),
+                [sql](const QString &statement) { return sql->OpenRecordset(statement); });
+        }
         for (const QString &statement : kind.CompileCheckStatements(replaced, dropScript))
             mSQL->ExecuteSQL(statement);
     } catch (const SqlError &error) {

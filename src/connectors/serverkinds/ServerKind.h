@@ -124,6 +124,9 @@ public:
     // The statements that prove a CREATE text (already under a temporary name)
     // on the server and leave nothing behind. dropScript drops the temporary object.
     virtual QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const = 0;
+    // Whether CompileCheckStatements uses its dropScript; where the check is
+    // rolled back there is nothing to drop and the script need not be written.
+    virtual bool CompileCheckDrops() const { return true; }
     // The statements that run a statement (a drop) in a transaction that is
     // rolled back: they fail as the statement would, and change nothing.
     virtual QStringList RehearsalStatements(const QString &statement) const = 0;
@@ -396,6 +399,7 @@ public:
     QString DropObjectScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
         const CatalogueReader &read) const override;
     QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const override;
+    bool CompileCheckDrops() const override { return false; }
     QStringList RehearsalStatements(const QString &statement) const override;
     QString TextIdentityStatement(
         ObjectClass cls, const QString &createText, const QString &temporaryName) const override;
