@@ -3,11 +3,13 @@
 #include "KORVODatabase.h"
 #include "KORVOVersionedObjects.h"
 #include "driver/SqlError.h"
+#include "sql/KORVOSQL.h"
 #include "ui/UiServices.h"
 
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QGridLayout>
+#include <QHash>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
@@ -111,10 +113,21 @@ void frmRecompile::Start()
 
         int step = 0;
         for (const auto &objects : std::as_const(chosen)) {
+            // The texts of the whole type in one query where the server offers
+            // it; an object it does not give is read on its own.
+            QHash<QString, QString> texts;
+            if (objects->Count() > 0 && objects->ActiveDBConnection()) {
+                try {
+                    objects->ActiveDBConnection()->GetObjectTexts(objects->Type().Class, texts);
+                } catch (const SqlError &) {
+                    texts.clear();
+                }
+            }
             for (const KORVOTypedObjectPtr &o : *objects) {
                 bool fine = false;
                 try {
-                    fine = o->Recompile();
+                    const auto text = texts.constFind(o->DBID());
+                    fine = text != texts.cend() ? o->RecompileText(*text) : o->Recompile();
                 } catch (const SqlError &) {
                     // A text that cannot be read counts as an error of this object only.
                 }

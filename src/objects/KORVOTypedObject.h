@@ -91,6 +91,8 @@ public:
     bool Rollback(long version, bool silent) { return mObject->Rollback(version, silent); }
     bool UnDelete(bool silent) { return mObject->UnDelete(silent); }
     bool Recompile(bool silent = true) { return mObject->Recompile(silent); }
+    // Recompile with the server's text already read, as a run reads a whole type's texts at once.
+    bool RecompileText(const QString &serverText, bool silent = true) { return mObject->TestItem(serverText, silent); }
 
     // The collection the object belongs to; the object does not keep it alive.
     std::shared_ptr<KORVOVersionedObjects> Collection() const { return mCollection.lock(); }
