@@ -25,6 +25,7 @@
 #include <QTreeWidget>
 
 #include <cstdio>
+#include <malloc.h>
 
 namespace
 {
@@ -106,6 +107,9 @@ bool expand(const QString &label, const Target &db, int count)
     QApplication::processEvents();
     main->Tree()->repaint();
     const double fill = ms(t);
+    const struct mallinfo2 heap = mallinfo2();
+    std::fprintf(stderr, "heap: arena %zu, mmapped %zu, in use %zu, free %zu, top %zu (kB)\n", heap.arena / 1024,
+        heap.hblkhd / 1024, heap.uordblks / 1024, heap.fordblks / 1024, heap.keepcost / 1024);
     std::fflush(stdout);
     std::printf("%6d procedures, %-30s first expansion %6.0f ms = session %6.0f ms (RefreshList, GetItemInfo) + "
                 "tree %5.0f ms; %d nodes; resident %4.0f MB\n",
@@ -142,9 +146,14 @@ bool run(const PgTestServer &server, int count)
     auto measure = [&](const QString &label, const QString &url, const QString &password, const QString &work) {
         QProcess child;
         child.setProcessChannelMode(QProcess::ForwardedChannels);
-        child.start(QCoreApplication::applicationFilePath(),
-            { QStringLiteral("--measure"), label, QString::number(count), db->Server, db->Database, db->UserName,
-              db->Password, url, QStringLiteral("alice"), password, repo.Folder(work) });
+        QStringList args { QStringLiteral("--measure"), label, QString::number(count), db->Server, db->Database,
+            db->UserName, db->Password, url, QStringLiteral("alice"), password, repo.Folder(work) };
+        // KORVO_BENCH_WRAP runs the measurement under a profiler, e.g. "heaptrack" or "valgrind --tool=massif".
+        QStringList wrap = QProcess::splitCommand(qEnvironmentVariable("KORVO_BENCH_WRAP"));
+        if (!wrap.isEmpty())
+            args.prepend(QCoreApplication::applicationFilePath());
+        const QString program = wrap.isEmpty() ? QCoreApplication::applicationFilePath() : wrap.takeFirst();
+        child.start(program, wrap + args);
         return child.waitForFinished(-1) && child.exitCode() == 0;
     };
     bool ok = measure(QStringLiteral("file://"), repo.Url(), QString(), QStringLiteral("work1"));
