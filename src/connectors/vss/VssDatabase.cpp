@@ -308,6 +308,11 @@ QByteArray VssDatabase::Get(const QString &name, bool deleted)
     return mRepo.FileContent(path);
 }
 
+QHash<QString, QByteArray> VssDatabase::GetAll()
+{
+    return mRepo.FolderContents(mFolder);
+}
+
 std::optional<SvnRepository::Lock> VssDatabase::OwnLock(const QString &name)
 {
     auto lock = mRepo.GetLock(ItemPath(name));
