@@ -1,7 +1,6 @@
 #include "KORVOSyncAnalysis.h"
 
 #include "KORVODatabase.h"
-#include "KORVOLatestTexts.h"
 #include "KORVOVSS.h"
 #include "KORVOVersionedObjects.h"
 #include "SQLParser.h"
@@ -27,6 +26,7 @@ const QList<KORVOSyncStep> &KORVOSyncAnalysis::BuildSteps()
     mDifferences.clear();
     mSteps.clear();
     mCurrent.reset();
+    mRepositoryTexts = {};
     const auto types = mDatabase.GetItemsForSyncronisation();
     for (const auto &type : *types) {
         mSteps.append(
@@ -64,7 +64,7 @@ void KORVOSyncAnalysis::Compare(int step, Observer &observer)
     // the project's texts come in one request; the comparison is that of
     // SQLAndVSSDiffer, with each side read on its own where the batch lacks it.
     QHash<QString, QString> serverTexts;
-    KORVOLatestTexts repositoryTexts;
+    mRepositoryTexts.Renew();
     const std::shared_ptr<KORVOSQL> &sql = mCurrent->ActiveDBConnection();
     if (sql && std::any_of(mCurrent->begin(), mCurrent->end(), [](const KORVOTypedObjectPtr &o) {
             return o->InSQL() && o->InVSS();
@@ -79,7 +79,7 @@ void KORVOSyncAnalysis::Compare(int step, Observer &observer)
         if (inSQL && inVSS) {
             const std::shared_ptr<KORVOSQL> &server = object->ActiveDBConnection();
             if (server && object->ActiveVSSConnection()) {
-                const QString latest = repositoryTexts.Of(*object);
+                const QString latest = mRepositoryTexts.Of(*object);
                 const auto text = serverTexts.constFind(object->DBID());
                 differs = !TextsEqual(
                     latest, text != serverTexts.cend() ? *text : server->GetObjectText(object->DBID()), true, true);

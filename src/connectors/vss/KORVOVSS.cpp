@@ -262,11 +262,20 @@ QString KORVOVSS::ItemContent(const QString &item, bool useWorkingCopy, long ver
     }
 }
 
-bool KORVOVSS::ItemContents(QHash<QString, QString> &texts)
+long KORVOVSS::LatestVersion()
+{
+    try {
+        return Database().Repository().LatestRevision();
+    } catch (const VssError &) {
+        return -1;
+    }
+}
+
+bool KORVOVSS::ItemContents(QHash<QString, QString> &texts, long *version)
 {
     texts.clear();
     try {
-        const QHash<QString, QByteArray> all = Database().GetAll();
+        const QHash<QString, QByteArray> all = Database().GetAll(version);
         texts.reserve(all.size());
         for (auto it = all.cbegin(); it != all.cend(); ++it) {
             try {

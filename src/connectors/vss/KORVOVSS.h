@@ -62,8 +62,11 @@ public:
     // the project, read in one request, keyed by item name, without touching the
     // working folder. An item whose text could not be read that way is left out
     // (its own ItemContent reports why). False, with texts empty, when the
-    // request failed.
-    bool ItemContents(QHash<QString, QString> &texts);
+    // request failed. version: see LatestVersion.
+    bool ItemContents(QHash<QString, QString> &texts, long *version = nullptr);
+    // A number that grows with every change made in source control: texts read
+    // at the number it still gives are still the latest. -1 when unknown.
+    long LatestVersion();
     bool AddItem(const QString &item, const QString &content, bool silent, const QString &comment);
     bool ChangeItemContent(const QString &item, const QString &content, const QString &comment, bool silent);
     bool RemoveItem(const QString &item, bool silent);

@@ -308,9 +308,12 @@ QByteArray VssDatabase::Get(const QString &name, bool deleted)
     return mRepo.FileContent(path);
 }
 
-QHash<QString, QByteArray> VssDatabase::GetAll()
+QHash<QString, QByteArray> VssDatabase::GetAll(long *revision)
 {
-    return mRepo.FolderContents(mFolder);
+    const long head = mRepo.LatestRevision();
+    if (revision)
+        *revision = head;
+    return mRepo.FolderContents(mFolder, head);
 }
 
 std::optional<SvnRepository::Lock> VssDatabase::OwnLock(const QString &name)
