@@ -271,7 +271,7 @@ QString KORVOSQL::GetObjectOwnerName(const QString &id, const Recordset &listRow
 
 QString KORVOSQL::GetObjectText(const QString &id)
 {
-    const QString name = GetObjectName(id, true);
+    const QString name = mKind->ObjectTextNeedsName() ? GetObjectName(id, true) : QString();
     const auto rs = OpenRecordset(mKind->ObjectTextStatement(id, name));
     QString text;
     if (!rs)
