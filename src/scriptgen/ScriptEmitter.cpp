@@ -93,6 +93,7 @@ ScriptEmitter::Result ScriptEmitter::Run(const QString &fileName)
     mScript.clear();
     mDependenciesRead = false;
     mNeeds.clear();
+    mLatest = {};
     // Objects of another database whose comparison closed its connection are
     // read again for their drop texts and dependencies; closed again afterwards.
     QList<KORVOSQL *> reopened;
@@ -183,9 +184,11 @@ QString ScriptEmitter::EntryText(Section section, const ScriptCreatorObject &ent
     case Section::Drop:
         return mKind.ScriptStatement(object.DropScript());
     case Section::Add:
-        return mKind.ScriptStatement(object.GetContent(1, entry.VersionNumber));
-    case Section::Update:
-        return mKind.ScriptStatement(object.GetContent(1, entry.VersionNumber, true));
+    case Section::Update: {
+        const bool asAlter = section == Section::Update;
+        return mKind.ScriptStatement(entry.VersionNumber == -1 ? mLatest.Of(object, asAlter)
+                                                               : object.GetContent(1, entry.VersionNumber, asAlter));
+    }
     case Section::Permissions:
         return mKind.ScriptStatementLines(object.GetPermissions(false, 0)->CreateScript(object.Name(), object.Owner()));
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KORVOLatestTexts.h"
+
 #include <QDateTime>
 #include <QHash>
 #include <QList>
@@ -53,6 +55,8 @@ private:
     const bool &mInterrupted;
     QString mScript;
     bool mDependenciesRead = false;
+    // The latest texts of the run, read a project at a time.
+    mutable KORVOLatestTexts mLatest;
     // Per entry, the entries it needs first.
     QHash<const ScriptCreatorObject *, QList<const ScriptCreatorObject *>> mNeeds;
 };

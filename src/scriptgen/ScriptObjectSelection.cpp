@@ -2,6 +2,7 @@
 
 #include "KORVODatabase.h"
 #include "KORVOHistoryData.h"
+#include "KORVOLatestTexts.h"
 #include "KORVOStepProgress.h"
 #include "KORVOVersionedObjects.h"
 #include "ScriptCreator.h"
@@ -276,6 +277,7 @@ ScriptObjectSelection::CompareResult ScriptObjectSelection::Compare(int &count, 
         }
         return nullptr;
     };
+    KORVOLatestTexts latest;
     long position = 0;
     for (const auto &mine : std::as_const(own)) {
         const auto theirs = sameType(others, mine->ObjectType());
@@ -291,7 +293,7 @@ ScriptObjectSelection::CompareResult ScriptObjectSelection::Compare(int &count, 
             if (match) {
                 const auto text = texts.constFind(match->DBID());
                 const QString theirText = text != texts.cend() ? *text : match->GetContent(2);
-                action = Stripped(object->GetContent(1)) == Stripped(theirText) ? 0 : ScriptCreatorObject::Update;
+                action = Stripped(latest.Of(*object)) == Stripped(theirText) ? 0 : ScriptCreatorObject::Update;
             }
             if (action) {
                 ScriptCreatorObjectPtr entry = list.Add();

@@ -26,6 +26,7 @@ const QList<KORVOSyncStep> &KORVOSyncAnalysis::BuildSteps()
     mDifferences.clear();
     mSteps.clear();
     mCurrent.reset();
+    mRepositoryTexts = {};
     const auto types = mDatabase.GetItemsForSyncronisation();
     for (const auto &type : *types) {
         mSteps.append(
@@ -59,17 +60,16 @@ void KORVOSyncAnalysis::Compare(int step, Observer &observer)
     const long count = mCurrent->Count();
     observer.CompareStarted(step, count);
 
-    // Where the server kind can, all the type's texts come in one statement; the
-    // comparison is that of SQLAndVSSDiffer, with the server's text taken from
-    // the batch.
+    // Where the server kind can, all the type's texts come in one statement, and
+    // the project's texts come in one request; the comparison is that of
+    // SQLAndVSSDiffer, with each side read on its own where the batch lacks it.
     QHash<QString, QString> serverTexts;
-    bool batch = false;
+    mRepositoryTexts.Renew();
     const std::shared_ptr<KORVOSQL> &sql = mCurrent->ActiveDBConnection();
-    const std::shared_ptr<KORVOVSS> &vss = mCurrent->ActiveVSSConnection();
-    if (sql && vss && std::any_of(mCurrent->begin(), mCurrent->end(), [](const KORVOTypedObjectPtr &o) {
+    if (sql && std::any_of(mCurrent->begin(), mCurrent->end(), [](const KORVOTypedObjectPtr &o) {
             return o->InSQL() && o->InVSS();
         }))
-        batch = sql->GetObjectTexts(mCurrent->Type().Class, serverTexts);
+        sql->GetObjectTexts(mCurrent->Type().Class, serverTexts);
 
     long done = 0;
     for (const KORVOTypedObjectPtr &object : *mCurrent) {
@@ -77,12 +77,15 @@ void KORVOSyncAnalysis::Compare(int step, Observer &observer)
         bool differs = false;
         // The texts are fetched only for objects on both sides.
         if (inSQL && inVSS) {
-            const auto text = serverTexts.constFind(object->DBID());
-            if (batch && text != serverTexts.cend())
+            const std::shared_ptr<KORVOSQL> &server = object->ActiveDBConnection();
+            if (server && object->ActiveVSSConnection()) {
+                const QString latest = mRepositoryTexts.Of(*object);
+                const auto text = serverTexts.constFind(object->DBID());
                 differs = !TextsEqual(
-                    vss->ItemContent(object->Generic().ItemName(), false, -1, false, false), *text, true, true);
-            else
+                    latest, text != serverTexts.cend() ? *text : server->GetObjectText(object->DBID()), true, true);
+            } else {
                 differs = object->SQLAndVSSDiffer();
+            }
         }
         if ((inSQL && inVSS && differs) || inSQL != inVSS) {
             const QString owner = object->Owner();

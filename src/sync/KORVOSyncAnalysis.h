@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KORVOLatestTexts.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -68,4 +70,6 @@ private:
     QList<KORVOSyncStep> mSteps;
     QList<KORVOSyncDifference> mDifferences;
     std::shared_ptr<KORVOVersionedObjects> mCurrent;
+    // The project's texts, read once for all types while nothing changes.
+    KORVOLatestTexts mRepositoryTexts;
 };

@@ -4,6 +4,7 @@
 #include "KORVOVSSItems.h"
 #include "ScriptedUi.h"
 #include "SvnFixtures.h"
+#include "SvnRepository.h"
 #include "WorkingFiles.h"
 
 #include <QDir>
@@ -131,6 +132,57 @@ private Q_SLOTS:
         QCOMPARE(actions, (QStringList { "Recovered", "Deleted", "Renamed", "Created" }));
         QCOMPARE(alice->ItemContentForVersion(u"201.sp"_s, first, false), u"one"_s);
         QCOMPARE(alice->Items(u"*.sp"_s, true, true)->Count(), 0);
+    }
+
+    // A folder's texts in one request, at an older revision and the latest;
+    // ItemContents agrees with ItemContent item by item.
+    void folderContents_data()
+    {
+        QTest::addColumn<bool>("served");
+        QTest::newRow("svnserve") << true;
+        QTest::newRow("file") << false;
+    }
+
+    void folderContents()
+    {
+        QFETCH(bool, served);
+        const QString folder = served ? u"FcServed"_s : u"FcFile"_s;
+        QVERIFY(mRepo->MakeFolders({ folder, folder + u"/Sub"_s, folder + u"Empty"_s }));
+        SvnRepository svn(url(served), u"alice"_s, u"pw1"_s);
+        const QByteArray accents = "CREATE VIEW v AS SELECT '\xc3\xa9\xe2\x82\xac'\r\n";
+        const QByteArray latin1 = "SELECT '\xe9'";
+        using C = SvnRepository::Change;
+        svn.Commit(folder, u"add"_s,
+            { { C::AddFile, u"1.sp"_s, QByteArray("one"), {}, -1 }, { C::AddFile, u"2.vw"_s, accents, {}, -1 },
+                { C::AddFile, u"3.sp"_s, latin1, {}, -1 }, { C::AddFile, u"4.sp"_s, QByteArray(), {}, -1 } });
+        svn.Commit(folder + u"/Sub"_s, u"deeper"_s, { { C::AddFile, u"9.sp"_s, QByteArray("not mine"), {}, -1 } });
+        const long asked = svn.LatestRevision();
+        svn.Commit(folder, u"later"_s,
+            { { C::AddFile, u"5.sp"_s, QByteArray("five"), {}, -1 }, { C::Delete, u"1.sp"_s, {}, {}, -1 } });
+
+        const QHash<QString, QByteArray> then { { u"1.sp"_s, "one" }, { u"2.vw"_s, accents },
+            { u"3.sp"_s, latin1 }, { u"4.sp"_s, QByteArray() } };
+        QCOMPARE(svn.FolderContents(folder, asked), then);
+        QHash<QString, QByteArray> now = then;
+        now.remove(u"1.sp"_s);
+        now.insert(u"5.sp"_s, "five");
+        QCOMPARE(svn.FolderContents(folder), now);
+        QVERIFY(svn.FolderContents(folder + u"Empty"_s).isEmpty());
+        // The session is back where it was.
+        QCOMPARE(svn.FileContent(folder + u"/5.sp"_s), QByteArray("five"));
+
+        ScriptedUi ui;
+        KORVOVSS vss(ui);
+        QCOMPARE(vss.OpenConnection(url(served), u"alice"_s, u"pw1"_s, u"$\\"_s + folder + u"\\"_s,
+                     mRepo->Folder(u"work-fc"_s + folder), true, false),
+            QString());
+        QHash<QString, QString> texts;
+        QVERIFY(vss.ItemContents(texts));
+        QCOMPARE(texts.keys().size(), 3); // 3.sp is not UTF-8
+        for (const QString &item : { u"2.vw"_s, u"4.sp"_s, u"5.sp"_s })
+            QCOMPARE(texts.value(item, u"missing"_s), vss.ItemContent(item, false, -1, true, false));
+        QVERIFY(!texts.contains(u"3.sp"_s));
+        QVERIFY(ui.boxes.isEmpty());
     }
 
     void wrongCredentials_data()

@@ -853,7 +853,8 @@ private Q_SLOTS:
         const QMap<QString, QString> at {
             { "compile", b->Pick("^BEGIN; CREATE PROCEDURE sptmp_", "^CREATE PROCEDURE \\[sptmp_") },
             { "replace", b->Pick("^CREATE OR REPLACE PROCEDURE", "^ALTER PROCEDURE") },
-            { "read back", "AS \"ObjectName\"" }, { "earlier", "." },
+            { "read back", b->Pick("pg_get_functiondef\\(p\\.oid\\) AS \"Text\"", "AS \"ObjectName\"") },
+            { "earlier", "." },
             { "after create", b->Pick("^CREATE PROCEDURE dbo\\.", "^CREATE PROCEDURE \\[dbo\\]") },
             { "create", b->Pick("^CREATE PROCEDURE dbo\\.usp_s", "^CREATE PROCEDURE \\[dbo\\]\\.\\[usp_s\\]") },
             { "drop", b->Pick("^DROP PROCEDURE", "^IF EXISTS .*DROP PROCEDURE \\[dbo\\]\\.\\[usp_l") }

@@ -5,6 +5,8 @@
 #include "KORVOSyncResultsModel.h"
 #include "KORVOWindows.h"
 #include "OffscreenDialogs.h"
+#include "SvnRepository.h"
+#include "VssDatabase.h"
 #include "frmSyncProcess.h"
 #include "frmSyncResults.h"
 #include "test_backend.h"
@@ -109,6 +111,12 @@ private Q_SLOTS:
         makeDifferences();
         // A file with a numeric name and no CREATE in it is shown under its file name, without a box.
         QVERIFY(b->AddFile("900000002.sp", "-- nothing to create here"));
+        // A file that is not UTF-8 gets its box and counts as differing; the rest goes on.
+        const QString latin = b->Create(ObjectClass::StoredProcedure, "p_f_latin");
+        SvnRepository(b->repo->Url(), "alice", {})
+            .Commit(VssDatabase::ProjectFolder(Backend::Project), "latin-1",
+                { { SvnRepository::Change::AddFile, latin + ".sp", QByteArray("SELECT '\xe9'"), {}, -1 } });
+        b->ExpectBox();
         KORVOSyncAnalysis analysis(*session);
         const auto &steps = analysis.BuildSteps();
         QCOMPARE(steps.size(), 8);
@@ -125,9 +133,12 @@ private Q_SLOTS:
             QStringList({ Procedure + ",1,1,1," + qualified("p_b_changed") + ",Stored Procedure",
                             Procedure + ",1,0,0," + qualified("p_c_sqlonly") + ",Stored Procedure",
                             Procedure + ",1,0,0," + qualified("p_e_sqlonly") + ",Stored Procedure",
+                            Procedure + ",1,1,1," + qualified("p_f_latin") + ",Stored Procedure",
                             Procedure + ",0,1,0," + qualified("p_d_vssonly") + ",Stored Procedure",
                             Procedure + ",0,1,0,900000002,Stored Procedure" })
                 .join('\n'));
+        QCOMPARE(b->ui.boxes.size(), 1);
+        QCOMPARE(b->ui.last().title, QString("Could not get Item Content"));
     }
 
     // Rows set by clicks and applied; failing rows stay with their marks and

@@ -70,6 +70,9 @@ public:
     // Field "Text" of all rows, concatenated, is the object's text. qualifiedName is
     // the object's name as ObjectNameStatement and FormatName made it (may be empty).
     virtual QString ObjectTextStatement(const QString &id, const QString &qualifiedName) const = 0;
+    // Whether ObjectTextStatement reads qualifiedName; where not, the name is
+    // not looked up first.
+    virtual bool ObjectTextNeedsName() const { return true; }
     // Field "DatabaseUserName": the database user (SQL Server) or default owner of
     // the connection. loginLiteral is the lower-cased login as sqlFMTOUT makes it.
     virtual QString DatabaseUserNameStatement(const QString &loginLiteral) const = 0;
@@ -376,6 +379,7 @@ public:
     QString ObjectNameStatement(const QString &idLiteral) const override;
     QString ObjectOwnerStatement(const QString &id) const override;
     QString ObjectTextStatement(const QString &id, const QString &qualifiedName) const override;
+    bool ObjectTextNeedsName() const override { return false; }
     QString ObjectTextsStatement(ObjectClass cls) const override;
     QString DatabaseUserNameStatement(const QString &loginLiteral) const override;
     QStringList FunctionProbeStatements() const override;

@@ -271,7 +271,7 @@ QString KORVOSQL::GetObjectOwnerName(const QString &id, const Recordset &listRow
 
 QString KORVOSQL::GetObjectText(const QString &id)
 {
-    const QString name = GetObjectName(id, true);
+    const QString name = mKind->ObjectTextNeedsName() ? GetObjectName(id, true) : QString();
     const auto rs = OpenRecordset(mKind->ObjectTextStatement(id, name));
     QString text;
     if (!rs)
@@ -286,12 +286,21 @@ bool KORVOSQL::GetObjectTexts(ObjectClass cls, QHash<QString, QString> &texts)
     const QString statement = mKind->ObjectTextsStatement(cls);
     if (statement.isEmpty())
         return false;
-    const auto rs = OpenRecordset(statement);
-    if (!rs)
+    try {
+        const auto rs = OpenRecordset(statement);
+        if (!rs)
+            return false;
+        for (; !rs->Eof(); rs->MoveNext())
+            texts[rs->FieldText(QStringLiteral("Id"))] += rs->FieldText(QStringLiteral("Text"));
+        return true;
+    } catch (const SqlError &error) {
+        // One object the server cannot give a text for fails the whole read:
+        // the objects are then read one at a time, and only that one fails.
+        if (error.ConnectionLost)
+            throw;
+        texts.clear();
         return false;
-    for (; !rs->Eof(); rs->MoveNext())
-        texts[rs->FieldText(QStringLiteral("Id"))] += rs->FieldText(QStringLiteral("Text"));
-    return true;
+    }
 }
 
 QString KORVOSQL::sqlFMTOUT(const QVariant &value, int type, bool addComma)

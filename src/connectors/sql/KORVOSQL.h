@@ -108,7 +108,8 @@ public:
     // Throws. The object's text as the server keeps it, unchanged.
     QString GetObjectText(const QString &id);
     // The texts of every object of the class by id, in one statement, where the
-    // server kind can read them so; false where it cannot.
+    // server kind can read them so; false where it cannot or the read failed.
+    // Throws only when the connection is lost.
     bool GetObjectTexts(ObjectClass cls, QHash<QString, QString> &texts);
 
     // A SQL literal with a leading blank. type: 0 text, 1 or 3 number, 2 date,

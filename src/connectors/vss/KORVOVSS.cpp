@@ -262,6 +262,35 @@ QString KORVOVSS::ItemContent(const QString &item, bool useWorkingCopy, long ver
     }
 }
 
+long KORVOVSS::LatestVersion()
+{
+    try {
+        return Database().Repository().LatestRevision();
+    } catch (const VssError &) {
+        return -1;
+    }
+}
+
+bool KORVOVSS::ItemContents(QHash<QString, QString> &texts, long *version)
+{
+    texts.clear();
+    try {
+        const QHash<QString, QByteArray> all = Database().GetAll(version);
+        texts.reserve(all.size());
+        for (auto it = all.cbegin(); it != all.cend(); ++it) {
+            try {
+                texts.insert(it.key(), WorkingFiles::DecodeText(it.value()));
+            } catch (const VssError &) {
+                // Not UTF-8: left to ItemContent, which says so.
+            }
+        }
+        return true;
+    } catch (const VssError &) {
+        texts.clear();
+        return false;
+    }
+}
+
 QString KORVOVSS::TemporaryName()
 {
     // Seeded afresh at each call, as the name only needs to differ from the last.

@@ -4,6 +4,7 @@
 #include "VssError.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -57,6 +58,15 @@ public:
     bool ItemIsDeleted(const QString &item);
     QString ItemContent(const QString &item, bool useWorkingCopy, long version, bool silent, bool deleted);
     QString ItemContentForVersion(const QString &item, long version, bool silent);
+    // What ItemContent(item, false, -1, true, false) gives for every live item of
+    // the project, read in one request, keyed by item name, without touching the
+    // working folder. An item whose text could not be read that way is left out
+    // (its own ItemContent reports why). False, with texts empty, when the
+    // request failed. version: see LatestVersion.
+    bool ItemContents(QHash<QString, QString> &texts, long *version = nullptr);
+    // A number that grows with every change made in source control: texts read
+    // at the number it still gives are still the latest. -1 when unknown.
+    long LatestVersion();
     bool AddItem(const QString &item, const QString &content, bool silent, const QString &comment);
     bool ChangeItemContent(const QString &item, const QString &content, const QString &comment, bool silent);
     bool RemoveItem(const QString &item, bool silent);

@@ -5,6 +5,7 @@
 #include <QUrl>
 
 #include <apr_general.h>
+#include <apr_md5.h>
 #include <apr_hash.h>
 #include <apr_tables.h>
 #include <svn_auth.h>
@@ -177,6 +178,74 @@ const char *dupInPool(apr_pool_t *pool, const QString &s)
     return apr_pstrdup(pool, utf8(s).constData());
 }
 
+// The editor of FolderContents: every file of the folder arrives as an added
+// file whose text is a delta against nothing.
+struct FolderEditBaton {
+    QHash<QString, QByteArray> *texts;
+};
+
+struct FolderFileBaton {
+    FolderEditBaton *edit;
+    const char *name;
+    svn_stringbuf_t *text;
+    unsigned char digest[APR_MD5_DIGESTSIZE];
+    bool applied;
+};
+
+svn_error_t *folderOpenRoot(void *editBaton, svn_revnum_t, apr_pool_t *, void **rootBaton)
+{
+    *rootBaton = editBaton;
+    return SVN_NO_ERROR;
+}
+
+// Sub-folders are not asked for; should one come, its files are passed over.
+svn_error_t *folderAddDirectory(const char *, void *, const char *, svn_revnum_t, apr_pool_t *, void **childBaton)
+{
+    *childBaton = nullptr;
+    return SVN_NO_ERROR;
+}
+
+svn_error_t *folderAddFile(const char *path, void *parentBaton, const char *, svn_revnum_t, apr_pool_t *filePool,
+    void **fileBaton)
+{
+    auto *b = static_cast<FolderFileBaton *>(apr_pcalloc(filePool, sizeof(FolderFileBaton)));
+    b->edit = static_cast<FolderEditBaton *>(parentBaton);
+    b->name = apr_pstrdup(filePool, path);
+    b->text = svn_stringbuf_create_empty(filePool);
+    *fileBaton = b;
+    return SVN_NO_ERROR;
+}
+
+svn_error_t *folderApplyTextDelta(void *fileBaton, const char *, apr_pool_t *pool,
+    svn_txdelta_window_handler_t *handler, void **handlerBaton)
+{
+    auto *b = static_cast<FolderFileBaton *>(fileBaton);
+    b->applied = true;
+    svn_txdelta_apply(svn_stream_empty(pool), svn_stream_from_stringbuf(b->text, pool), b->digest, b->name, pool,
+        handler, handlerBaton);
+    return SVN_NO_ERROR;
+}
+
+svn_error_t *folderCloseFile(void *fileBaton, const char *textChecksum, apr_pool_t *pool)
+{
+    auto *b = static_cast<FolderFileBaton *>(fileBaton);
+    if (textChecksum && b->applied) {
+        svn_checksum_t *expected = nullptr;
+        SVN_ERR(svn_checksum_parse_hex(&expected, svn_checksum_md5, textChecksum, pool));
+        const svn_checksum_t actual { b->digest, svn_checksum_md5 };
+        if (expected && !svn_checksum_match(expected, &actual))
+            return svn_checksum_mismatch_err(expected, &actual, pool, "Text of '%s' arrived damaged", b->name);
+    }
+    if (!b->edit)
+        return SVN_NO_ERROR;
+    try {
+        b->edit->texts->insert(QString::fromUtf8(b->name), QByteArray(b->text->data, qsizetype(b->text->len)));
+    } catch (...) {
+        return svn_error_create(APR_ENOMEM, nullptr, "Out of memory reading a folder's texts");
+    }
+    return SVN_NO_ERROR;
+}
+
 } // namespace
 
 struct SvnRepository::Auth {
@@ -326,12 +395,18 @@ void SvnRepository::Call(svn_error_t *err)
     for (svn_error_t *e = err; e && !drop; e = e->child)
         drop = APR_STATUS_IS_ECONNRESET(e->apr_err) || APR_STATUS_IS_EPIPE(e->apr_err)
             || APR_STATUS_IS_ECONNREFUSED(e->apr_err);
-    if (drop && mSessionPool) {
-        svn_pool_destroy(mSessionPool);
-        mSessionPool = nullptr;
-        mSession = nullptr;
-    }
+    if (drop)
+        DropSession();
     Check(err);
+}
+
+void SvnRepository::DropSession()
+{
+    if (!mSessionPool)
+        return;
+    svn_pool_destroy(mSessionPool);
+    mSessionPool = nullptr;
+    mSession = nullptr;
 }
 
 SvnRepository::~SvnRepository()
@@ -416,6 +491,46 @@ QByteArray SvnRepository::FileContent(const QString &path, long revision)
     svn_stream_t *stream = svn_stream_from_stringbuf(buf, pool);
     Call(svn_ra_get_file(Session(), utf8(path).constData(), revision, stream, nullptr, nullptr, pool));
     return QByteArray(buf->data, qsizetype(buf->len));
+}
+
+QHash<QString, QByteArray> SvnRepository::FolderContents(const QString &folder, long revision)
+{
+    Pool pool(mPool);
+    const svn_revnum_t rev = revision >= 0 ? svn_revnum_t(revision) : svn_revnum_t(LatestRevision());
+    svn_ra_session_t *session = Session();
+    const char *home = dupInPool(pool, mUrl);
+    const char *folderUrl = svn_path_url_add_component2(home, dupInPool(pool, folder), pool);
+    QHash<QString, QByteArray> texts;
+    FolderEditBaton editBaton { &texts };
+    svn_delta_editor_t *editor = svn_delta_default_editor(pool);
+    editor->open_root = folderOpenRoot;
+    editor->add_directory = folderAddDirectory;
+    editor->add_file = folderAddFile;
+    editor->apply_textdelta = folderApplyTextDelta;
+    editor->close_file = folderCloseFile;
+
+    // The session moves to the folder for the update and back afterwards. The
+    // report says we hold the folder empty at the revision asked for, so every
+    // file is sent whole.
+    auto fetch = [&]() -> svn_error_t * {
+        SVN_ERR(svn_ra_reparent(session, folderUrl, pool));
+        const svn_ra_reporter3_t *reporter = nullptr;
+        void *reportBaton = nullptr;
+        SVN_ERR(svn_ra_do_update3(session, &reporter, &reportBaton, rev, "", svn_depth_files, FALSE, FALSE, editor,
+            &editBaton, pool, pool));
+        if (svn_error_t *err = reporter->set_path(reportBaton, "", rev, svn_depth_files, TRUE, nullptr, pool)) {
+            svn_error_clear(reporter->abort_report(reportBaton, pool));
+            return err;
+        }
+        SVN_ERR(reporter->finish_report(reportBaton, pool));
+        return svn_ra_reparent(session, home, pool);
+    };
+    if (svn_error_t *err = fetch()) {
+        // Where the session stands after a failure is unknown: the next request opens a new one.
+        DropSession();
+        Check(err);
+    }
+    return texts;
 }
 
 SvnRepository::LastChange SvnRepository::LastChangeOf(const QString &path)
@@ -595,7 +710,12 @@ long SvnRepository::Commit(const QString &folder, const QString &message, const 
                     void *handlerBaton;
                     SVN_ERR(editor->apply_textdelta(file, nullptr, pool, &handler, &handlerBaton));
                     svn_string_t text { c.Content->constData(), apr_size_t(c.Content->size()) };
-                    SVN_ERR(svn_txdelta_send_string(&text, handler, handlerBaton, pool));
+                    // An empty text is the end of the delta alone: a window of
+                    // one empty instruction is refused over svn://.
+                    if (text.len > 0)
+                        SVN_ERR(svn_txdelta_send_string(&text, handler, handlerBaton, pool));
+                    else
+                        SVN_ERR(handler(nullptr, handlerBaton));
                     svn_checksum_t *md5;
                     SVN_ERR(svn_checksum(&md5, svn_checksum_md5, text.data, text.len, pool));
                     checksum = svn_checksum_to_cstring(md5, pool);

@@ -94,6 +94,10 @@ public:
     Kind CheckPath(const QString &path, long revision = Head);
     QList<DirEntry> ListDir(const QString &path, long revision = Head);
     QByteArray FileContent(const QString &path, long revision = Head);
+    // The texts of all files directly in a folder at one revision, keyed by file
+    // name, in one request (an update report of an empty folder, as an export
+    // makes it) instead of one request per file.
+    QHash<QString, QByteArray> FolderContents(const QString &folder, long revision = Head);
     LastChange LastChangeOf(const QString &path);
 
     // Locks on the files directly in a folder, keyed by file name.
@@ -134,6 +138,7 @@ private:
     svn_ra_session_t *Session();
     // As Check, dropping the session when its connection broke.
     void Call(svn_error_t *err);
+    void DropSession();
 
     struct Auth;
     QString mUrl;

@@ -308,6 +308,14 @@ QByteArray VssDatabase::Get(const QString &name, bool deleted)
     return mRepo.FileContent(path);
 }
 
+QHash<QString, QByteArray> VssDatabase::GetAll(long *revision)
+{
+    const long head = mRepo.LatestRevision();
+    if (revision)
+        *revision = head;
+    return mRepo.FolderContents(mFolder, head);
+}
+
 std::optional<SvnRepository::Lock> VssDatabase::OwnLock(const QString &name)
 {
     auto lock = mRepo.GetLock(ItemPath(name));

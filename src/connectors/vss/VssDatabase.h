@@ -68,6 +68,9 @@ public:
 
     // The latest text; of a deleted item, the text it had when it was deleted.
     QByteArray Get(const QString &name, bool deleted);
+    // The latest texts of all live items of the current project, keyed by
+    // name, read in one request; revision tells which version they are of.
+    QHash<QString, QByteArray> GetAll(long *revision = nullptr);
     // Locks the item for the user and returns its latest text; the working
     // copy made of it is based on that version.
     QByteArray Checkout(const QString &name);

@@ -55,9 +55,13 @@ QByteArray ReadBytes(const QString &path)
 
 QString ReadText(const QString &path)
 {
+    return DecodeText(ReadBytes(path));
+}
+
+QString DecodeText(const QByteArray &bytes)
+{
     // A byte that is not UTF-8 would become U+FFFD and be written back so:
     // refuse the text instead of changing it.
-    const QByteArray bytes = ReadBytes(path);
     QString text = QString::fromUtf8(bytes);
     const QByteArray again = text.toUtf8();
     if (again == bytes)

@@ -11,6 +11,9 @@ namespace WorkingFiles
 // The whole file; a missing or empty file gives "". Throws VssError for a file
 // that is not UTF-8, which could not come back out unchanged.
 QString ReadText(const QString &path);
+// The text of a file's bytes as ReadText gives it; throws VssError for bytes
+// that are not UTF-8.
+QString DecodeText(const QByteArray &bytes);
 // Creates the file anew (a new file replaces an old one), keeping a read-only
 // attribute that was set.
 void WriteNew(const QString &path, const QString &text);
