@@ -1189,6 +1189,7 @@ void mdiMain::UpdateWindowList()
         auto *entry = new QAction(QStringLiteral("&%1 %2").arg(count).arg(sub->windowTitle()), mnuWindows);
         entry->setObjectName(QStringLiteral("WINLIST:CHILD:%1").arg(i + 1));
         const int icon = int(child->CurrentIcon()) - 1;
+        entry->setData(icon); // the image's number, counted from 0
         if (icon >= 0 && icon < mImageNames.size())
             entry->setIcon(KORVOTreeIcon(mImageNames.at(icon)));
         entry->setCheckable(true);
