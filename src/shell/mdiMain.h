@@ -174,6 +174,9 @@ private:
     void ApplyFilter();
     void ShowNodeFiltered(QTreeWidgetItem *node);
 
+    // The object behind a node's tag and key, or nothing.
+    KORVODBObjectPtr ObjectAt(const QString &tag, const QString &key) const;
+    void ActivateChild(KORVOChildWindow *child);
     void NewItem(long index);
     void EditItem(const QString &tag, const QString &key);
     void DeleteItem();
