@@ -807,6 +807,18 @@ KORVODBObjectPtr mdiMain::ObjectAt(const QString &tag, const QString &key) const
     return mDatabase->GetObject(tag, key, fromDeleted);
 }
 
+mdiMain::Selection mdiMain::SelectedObject() const
+{
+    Selection selection;
+    selection.node = tvwDBT->currentItem();
+    if (!selection.node)
+        return selection;
+    selection.tag = NodeTag(selection.node);
+    selection.key = NodeKey(selection.node);
+    selection.object = ObjectAt(selection.tag, selection.key);
+    return selection;
+}
+
 void mdiMain::NewItem(long index)
 {
     if (!mDatabase || mNewItems.isEmpty())
@@ -846,11 +858,7 @@ void mdiMain::EditItem(const QString &tag, const QString &key)
 
 void mdiMain::DeleteItem()
 {
-    QTreeWidgetItem *node = tvwDBT->currentItem();
-    if (!node || !mDatabase)
-        return;
-    const QString tag = NodeTag(node), key = NodeKey(node);
-    KORVODBObjectPtr object = ObjectAt(tag, key);
+    const auto [node, tag, key, object] = SelectedObject();
     if (!object)
         return;
     const QString name = object->Owner().isEmpty()
@@ -871,11 +879,7 @@ void mdiMain::DeleteItem()
 
 void mdiMain::RenameItem()
 {
-    QTreeWidgetItem *node = tvwDBT->currentItem();
-    if (!node || !mDatabase)
-        return;
-    const QString tag = NodeTag(node), key = NodeKey(node);
-    KORVODBObjectPtr object = ObjectAt(tag, key);
+    const auto [node, tag, key, object] = SelectedObject();
     if (!object)
         return;
     QApplication::setOverrideCursor(Qt::ArrowCursor);
@@ -892,11 +896,8 @@ void mdiMain::RenameItem()
 
 void mdiMain::SourceControlFromTree(long command)
 {
-    QTreeWidgetItem *node = tvwDBT->currentItem();
-    if (!node || !mDatabase)
-        return;
-    const QString tag = NodeTag(node), key = NodeKey(node);
-    auto typed = std::dynamic_pointer_cast<KORVOTypedObject>(ObjectAt(tag, key));
+    const auto [node, tag, key, object] = SelectedObject();
+    auto typed = std::dynamic_pointer_cast<KORVOTypedObject>(object);
     if (!typed)
         return;
     bool done = false;
