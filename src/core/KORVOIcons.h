@@ -22,6 +22,8 @@ public:
     KORVOIcon Item(const QString &name) const;
     int Count() const { return int(mNames.size()); }
     const QList<QString> &Names() const { return mNames; }
+    // The name's place in the list, counted from 1; -1 for a name not there.
+    int Index(const QString &name) const;
 
 private:
     QList<QString> mNames;

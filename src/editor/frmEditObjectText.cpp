@@ -2,6 +2,7 @@
 #include "HelpKeys.h"
 
 #include "KORVODatabase.h"
+#include "KORVOIconImages.h"
 #include "KORVOMainWindowServices.h"
 #include "KORVOWindows.h"
 #include "SQLParser.h"
@@ -161,6 +162,10 @@ void frmEditObjectText::LoadObject(const QString &text)
         else
             mGetLatestAllowed = mCheckOutAllowed = true;
     }
+    const QString iconName = mItem->IconToUse();
+    mCurrentIcon = mDatabase.Icons() ? mDatabase.Icons()->Index(iconName) : -1;
+    if (mCurrentIcon > 0)
+        setWindowIcon(KORVOIconImage(iconName));
     RefreshCaption();
     lblStatus->setText(QStringLiteral("Ln 99999, Col 99999"));
     mPanelCaret->setFixedWidth(lblStatus->fontMetrics().horizontalAdvance(lblStatus->text()) + 12);

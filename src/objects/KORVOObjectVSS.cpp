@@ -254,6 +254,12 @@ QString KORVOObjectVSS::Caption(bool showOwner) const
     return showOwner && !Owner.isEmpty() ? Owner + QLatin1Char('.') + name : name;
 }
 
+QString KORVOObjectVSS::NodeText(bool showOwner) const
+{
+    const QString caption = Caption(showOwner);
+    return CheckedOutBy.isEmpty() ? caption : caption + QStringLiteral(" (Checked out by ") + CheckedOutBy + QLatin1Char(')');
+}
+
 void KORVOObjectVSS::AddOwnerItem(KORVODBTItems &items) const
 {
     if (!Owner.isEmpty())
@@ -388,7 +394,7 @@ KORVODBTItemPtr KORVOObjectVSS::Refresh(bool showOwner)
     auto item = std::make_shared<KORVODBTItem>(QStringLiteral("I") + DBID);
     item->Tag = mType.ObjectType;
     item->ImageName = IconToUse(false);
-    item->Text = Caption(showOwner);
+    item->Text = NodeText(showOwner);
     item->KeyChanged = DBID == oldID ? QString() : oldID;
     item->RemoveItem = !(InSQL && InVSS);
     if (!item->RemoveItem)

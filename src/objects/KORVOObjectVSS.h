@@ -161,6 +161,9 @@ public:
     // Owner + "." + Name with showOwner and an owner, else Name; with the
     // argument types in brackets when the object has a Signature.
     QString Caption(bool showOwner) const;
+    // The tree's text: the caption, and " (Checked out by {user})" while
+    // someone holds the check-out. Every path that sets a node's text uses it.
+    QString NodeText(bool showOwner) const;
 
     // Tells the typed object that a new object was checked in for the first time.
     void RaiseNewItemCreated();

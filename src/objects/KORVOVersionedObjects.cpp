@@ -329,10 +329,7 @@ void KORVOVersionedObjects::ReadListRow(KORVOTypedObject &object, const Recordse
 
 QString KORVOVersionedObjects::Caption(const KORVOTypedObject &object, bool showOwner) const
 {
-    QString caption = object.Generic().Caption(showOwner);
-    if (!object.CheckedOutBy().isEmpty())
-        caption += QStringLiteral(" (Checked out by ") + object.CheckedOutBy() + QLatin1Char(')');
-    return caption;
+    return object.Generic().NodeText(showOwner);
 }
 
 KORVODBTItemsPtr KORVOVersionedObjects::GetItemInfo(bool showOwner, const KORVODBObjectPtr &table)

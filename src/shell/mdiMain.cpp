@@ -177,18 +177,23 @@ void mdiMain::Show()
     show();
 }
 
-int mdiMain::TwipsToPixels(long twips, bool horizontal) const
+namespace
+{
+double ScreenDpi(bool horizontal)
 {
     const QScreen *screen = QApplication::primaryScreen();
-    const double dpi = screen ? (horizontal ? screen->logicalDotsPerInchX() : screen->logicalDotsPerInchY()) : 96.0;
-    return int(twips * dpi / 1440.0);
+    return screen ? (horizontal ? screen->logicalDotsPerInchX() : screen->logicalDotsPerInchY()) : 96.0;
+}
+} // namespace
+
+int mdiMain::TwipsToPixels(long twips, bool horizontal) const
+{
+    return int(twips * ScreenDpi(horizontal) / 1440.0);
 }
 
 long mdiMain::PixelsToTwips(int pixels, bool horizontal) const
 {
-    const QScreen *screen = QApplication::primaryScreen();
-    const double dpi = screen ? (horizontal ? screen->logicalDotsPerInchX() : screen->logicalDotsPerInchY()) : 96.0;
-    return std::lround(pixels * 1440.0 / dpi);
+    return std::lround(pixels * 1440.0 / ScreenDpi(horizontal));
 }
 
 void mdiMain::SetHeightTwips(long height)
@@ -574,11 +579,7 @@ void mdiMain::UpdateExtraPanel()
     QTreeWidgetItem *node = tvwDBT->currentItem();
     if (node && !node->isSelected())
         node = nullptr;
-    KORVODBObjectPtr object;
-    if (node && mDatabase) {
-        bool fromDeleted = false;
-        object = mDatabase->GetObject(NodeTag(node), NodeKey(node), fromDeleted);
-    }
+    const KORVODBObjectPtr object = node ? ObjectAt(NodeTag(node), NodeKey(node)) : nullptr;
     ebcExtraInfo->setUpdatesEnabled(false);
     ebcExtraInfo->RemoveItems(QStringLiteral("Item"));
     ebcExtraInfo->RemoveItems(QStringLiteral("Tools"), { QStringLiteral("REFRESH"), QStringLiteral("SYNC") });

@@ -174,6 +174,17 @@ private:
     void ApplyFilter();
     void ShowNodeFiltered(QTreeWidgetItem *node);
 
+    // The object behind a node's tag and key, or nothing.
+    KORVODBObjectPtr ObjectAt(const QString &tag, const QString &key) const;
+    struct Selection
+    {
+        QTreeWidgetItem *node = nullptr;
+        QString tag, key;
+        KORVODBObjectPtr object; // none without a session, a node or an object behind it
+    };
+    // The current node of the tree, its tag and key, and its object.
+    Selection SelectedObject() const;
+    void ActivateChild(KORVOChildWindow *child);
     void NewItem(long index);
     void EditItem(const QString &tag, const QString &key);
     void DeleteItem();

@@ -799,6 +799,26 @@ QString mdiMain::ExpandTemplate(const QString &text, const QString &tableOwner, 
     return out;
 }
 
+KORVODBObjectPtr mdiMain::ObjectAt(const QString &tag, const QString &key) const
+{
+    if (!mDatabase)
+        return nullptr;
+    bool fromDeleted = false;
+    return mDatabase->GetObject(tag, key, fromDeleted);
+}
+
+mdiMain::Selection mdiMain::SelectedObject() const
+{
+    Selection selection;
+    selection.node = tvwDBT->currentItem();
+    if (!selection.node)
+        return selection;
+    selection.tag = NodeTag(selection.node);
+    selection.key = NodeKey(selection.node);
+    selection.object = ObjectAt(selection.tag, selection.key);
+    return selection;
+}
+
 void mdiMain::NewItem(long index)
 {
     if (!mDatabase || mNewItems.isEmpty())
@@ -825,13 +845,11 @@ void mdiMain::EditItem(const QString &tag, const QString &key)
 {
     if (!mDatabase || tag.isEmpty())
         return;
-    bool fromDeleted = false;
-    auto typed = std::dynamic_pointer_cast<KORVOTypedObject>(mDatabase->GetObject(tag, key, fromDeleted));
+    auto typed = std::dynamic_pointer_cast<KORVOTypedObject>(ObjectAt(tag, key));
     if (!typed || !typed->IsEditable() || !typed->InSQL() || !typed->InVSS())
         return;
     if (KORVOChildWindow *open = FindOpenChild(tag, key, 1)) {
-        if (auto *sub = qobject_cast<QMdiSubWindow *>(open->Widget()->parentWidget()))
-            mMdi->setActiveSubWindow(sub);
+        ActivateChild(open);
         return;
     }
     if (KORVOChildWindow *child = mWindows->OpenObjectText(*this, *mDatabase, typed))
@@ -840,12 +858,7 @@ void mdiMain::EditItem(const QString &tag, const QString &key)
 
 void mdiMain::DeleteItem()
 {
-    QTreeWidgetItem *node = tvwDBT->currentItem();
-    if (!node || !mDatabase)
-        return;
-    const QString tag = NodeTag(node), key = NodeKey(node);
-    bool fromDeleted = false;
-    KORVODBObjectPtr object = mDatabase->GetObject(tag, key, fromDeleted);
+    const auto [node, tag, key, object] = SelectedObject();
     if (!object)
         return;
     const QString name = object->Owner().isEmpty()
@@ -859,22 +872,14 @@ void mdiMain::DeleteItem()
         return;
     if (!mDatabase->DeleteItem(tag, key))
         return;
-    for (long type : { 1L, 2L }) {
-        if (KORVOChildWindow *child = FindOpenChild(tag, key, type))
-            child->CloseItem(true);
-    }
+    NotifyChildren(tag, key, true);
     if (QTreeWidgetItem *again = FindNode(key); again && again->parent())
         RefreshNode(again->parent());
 }
 
 void mdiMain::RenameItem()
 {
-    QTreeWidgetItem *node = tvwDBT->currentItem();
-    if (!node || !mDatabase)
-        return;
-    const QString tag = NodeTag(node), key = NodeKey(node);
-    bool fromDeleted = false;
-    KORVODBObjectPtr object = mDatabase->GetObject(tag, key, fromDeleted);
+    const auto [node, tag, key, object] = SelectedObject();
     if (!object)
         return;
     QApplication::setOverrideCursor(Qt::ArrowCursor);
@@ -891,12 +896,8 @@ void mdiMain::RenameItem()
 
 void mdiMain::SourceControlFromTree(long command)
 {
-    QTreeWidgetItem *node = tvwDBT->currentItem();
-    if (!node || !mDatabase)
-        return;
-    const QString tag = NodeTag(node), key = NodeKey(node);
-    bool fromDeleted = false;
-    auto typed = std::dynamic_pointer_cast<KORVOTypedObject>(mDatabase->GetObject(tag, key, fromDeleted));
+    const auto [node, tag, key, object] = SelectedObject();
+    auto typed = std::dynamic_pointer_cast<KORVOTypedObject>(object);
     if (!typed)
         return;
     bool done = false;
@@ -945,8 +946,7 @@ void mdiMain::SyncroniseAction(QTreeWidgetItem *node, int action, int target)
 {
     if (!node || !mDatabase)
         return;
-    bool fromDeleted = false;
-    auto typed = std::dynamic_pointer_cast<KORVOTypedObject>(mDatabase->GetObject(NodeTag(node), NodeKey(node), fromDeleted));
+    auto typed = std::dynamic_pointer_cast<KORVOTypedObject>(ObjectAt(NodeTag(node), NodeKey(node)));
     if (!typed)
         return;
     switch (action) {
@@ -979,15 +979,12 @@ void mdiMain::EditPermissions(const QString &tag, const QString &key, const KORV
         k = child->ObjectKey();
         o = child->CurrentObject();
     }
-    if (!o) {
-        bool fromDeleted = false;
-        o = mDatabase->GetObject(t, k, fromDeleted);
-    }
+    if (!o)
+        o = ObjectAt(t, k);
     if (!o)
         return;
     if (KORVOChildWindow *open = FindOpenChild(t, k, 2)) {
-        if (auto *sub = qobject_cast<QMdiSubWindow *>(open->Widget()->parentWidget()))
-            mMdi->setActiveSubWindow(sub);
+        ActivateChild(open);
         return;
     }
     if (KORVOChildWindow *child = mWindows->OpenPermissions(*this, *mDatabase, t, k, o))
@@ -1092,6 +1089,12 @@ KORVOChildWindow *mdiMain::FindOpenChild(const QString &tag, const QString &key,
     return nullptr;
 }
 
+void mdiMain::ActivateChild(KORVOChildWindow *child)
+{
+    if (auto *sub = qobject_cast<QMdiSubWindow *>(child->Widget()->parentWidget()))
+        mMdi->setActiveSubWindow(sub);
+}
+
 void mdiMain::AddChild(QWidget *child)
 {
     if (!child)
@@ -1134,33 +1137,23 @@ void mdiMain::PushChildFocus()
 void mdiMain::UpdateCommands()
 {
     KORVOChildWindow *child = ActiveChild();
-    if (child) {
-        mCommandsOff = false;
-        for (const EditRow &row : EditRows) {
-            const bool on = (child->*row.can)();
-            if (row.button)
-                SetEnabled(mActions.value(QString::fromLatin1(row.button)), on);
-            SetEnabled(mActions.value(QString::fromLatin1(row.menu)), on);
-        }
-        const QString open = child->OpenFileText(), save = child->SaveFileText();
-        SetText(mActions.value(QStringLiteral("mnuOpenFile")), QLatin1Char('&') + open + QStringLiteral("\tCtrl+L"));
-        SetText(mActions.value(QStringLiteral("mnuSaveFile")), QLatin1Char('&') + save + QStringLiteral("\tCtrl+S"));
-        SetText(mActions.value(QStringLiteral("EDITBAR:OPENFILE")), open);
-        SetText(mActions.value(QStringLiteral("EDITBAR:SAVEFILE")), save);
-        return;
-    }
-    if (mCommandsOff)
+    // Without a child the commands go off once; later ticks return at once.
+    if (!child && mCommandsOff)
         return;
     for (const EditRow &row : EditRows) {
+        const bool on = child && (child->*row.can)();
         if (row.button)
-            SetEnabled(mActions.value(QString::fromLatin1(row.button)), false);
-        SetEnabled(mActions.value(QString::fromLatin1(row.menu)), false);
+            SetEnabled(mActions.value(QString::fromLatin1(row.button)), on);
+        SetEnabled(mActions.value(QString::fromLatin1(row.menu)), on);
     }
-    SetText(mActions.value(QStringLiteral("mnuOpenFile")), QStringLiteral("&Load\tCtrl+L"));
-    SetText(mActions.value(QStringLiteral("mnuSaveFile")), QStringLiteral("&Save\tCtrl+S"));
-    SetText(mActions.value(QStringLiteral("EDITBAR:OPENFILE")), QStringLiteral("Open"));
-    SetText(mActions.value(QStringLiteral("EDITBAR:SAVEFILE")), QStringLiteral("Save"));
-    mCommandsOff = true;
+    const QString open = child ? child->OpenFileText() : QStringLiteral("Load");
+    const QString save = child ? child->SaveFileText() : QStringLiteral("Save");
+    SetText(mActions.value(QStringLiteral("mnuOpenFile")), QLatin1Char('&') + open + QStringLiteral("\tCtrl+L"));
+    SetText(mActions.value(QStringLiteral("mnuSaveFile")), QLatin1Char('&') + save + QStringLiteral("\tCtrl+S"));
+    // The buttons' own words when no child names them.
+    SetText(mActions.value(QStringLiteral("EDITBAR:OPENFILE")), child ? open : QStringLiteral("Open"));
+    SetText(mActions.value(QStringLiteral("EDITBAR:SAVEFILE")), save);
+    mCommandsOff = !child;
 }
 
 void mdiMain::UpdateWindowList()
@@ -1189,6 +1182,7 @@ void mdiMain::UpdateWindowList()
         auto *entry = new QAction(QStringLiteral("&%1 %2").arg(count).arg(sub->windowTitle()), mnuWindows);
         entry->setObjectName(QStringLiteral("WINLIST:CHILD:%1").arg(i + 1));
         const int icon = int(child->CurrentIcon()) - 1;
+        entry->setData(icon); // the image's number, counted from 0
         if (icon >= 0 && icon < mImageNames.size())
             entry->setIcon(KORVOTreeIcon(mImageNames.at(icon)));
         entry->setCheckable(true);

@@ -3,15 +3,18 @@
 // the dialog to the window it was opened from.
 #include "HelpIntegration.h"
 #include "HelpKeys.h"
+#include "KORVODatabase.h"
 #include "KORVOSettings.h"
 #include "SQLTextEditor.h"
 #include "ScriptedUi.h"
+#include "StubCollections.h"
 #include "frmComment.h"
 #include "frmCompareText.h"
 #include "frmFindText.h"
 #include "frmItemDescription.h"
 #include "frmRenameObject.h"
 #include "frmSQLPassword.h"
+#include "frmScriptCreator.h"
 #include "frmUndelete.h"
 #include "frmVSSPassword.h"
 
@@ -21,6 +24,15 @@
 
 #include <functional>
 #include <memory>
+
+namespace
+{
+// "Page.htm" or "Page.htm#Anchor" of an opened URL.
+QString PageOf(const QUrl &url)
+{
+    return url.fileName() + (url.hasFragment() ? QStringLiteral("#") + url.fragment() : QString());
+}
+} // namespace
 
 using Maker = std::function<std::unique_ptr<QWidget>(UiServices &, KORVOSettings &, SQLTextEditor &)>;
 Q_DECLARE_METATYPE(Maker)
@@ -82,9 +94,47 @@ private Q_SLOTS:
         QTest::keyClick(target, Qt::Key_F1);
         qApp->removeEventFilter(&keys);
         QCOMPARE(opened.size(), 1);
-        const QString got = opened.first().fileName()
-            + (opened.first().hasFragment() ? QStringLiteral("#") + opened.first().fragment() : QString());
-        QCOMPARE(got, page);
+        QCOMPARE(PageOf(opened.first()), page);
+    }
+
+    // The wizard handles F1 itself: one topic for every page, opened once.
+    void scriptWizardPagesOpenItsTopic_data()
+    {
+        QTest::addColumn<QString>("page");
+        for (const char *page : { "fraStart", "fraVSS", "fraAnotherDB", "fraCustom", "fraProgress", "fraFinish" })
+            QTest::newRow(page) << page;
+    }
+    void scriptWizardPagesOpenItsTopic()
+    {
+        QFETCH(QString, page);
+        QTemporaryDir dir;
+        qputenv("KORVO_DATA_DIR", QFile::encodeName(dir.path()));
+        ScriptedUi ui;
+        KORVODatabase session(ui, std::make_shared<StubCollectionFactory>(), {}, dir.filePath(QStringLiteral("s.conf")));
+        QList<QUrl> opened;
+        HelpIntegration help(ui, QStringLiteral(KORVO_SOURCE_DIR "/help"), [&](const QUrl &url) {
+            opened.append(url);
+            return true;
+        });
+        HelpKeys keys(help);
+        qApp->installEventFilter(&keys);
+        frmScriptCreator wizard(session, &help);
+        wizard.show();
+        auto *shown = wizard.findChild<QWidget *>(page);
+        QVERIFY(shown);
+        wizard.CurrentFrame()->hide();
+        shown->show();
+        QWidget *target = shown;
+        for (QWidget *w : shown->findChildren<QWidget *>()) {
+            if (w->focusPolicy() != Qt::NoFocus && w->isVisibleTo(shown)) {
+                target = w;
+                break;
+            }
+        }
+        QTest::keyClick(target, Qt::Key_F1);
+        qApp->removeEventFilter(&keys);
+        QCOMPARE(opened.size(), 1);
+        QCOMPARE(PageOf(opened.first()), "ScriptGenerator.htm");
     }
 
     void topicStopsAtTheWindow()

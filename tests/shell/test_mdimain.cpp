@@ -1,17 +1,26 @@
 // The main window on a real database and repository (both server kinds): the
-// tree fetched lazily and refreshed by expanded keys, rename and delete from the
-// tree, the popup's entries; and, with small fake children, the key table, the
-// polling of the commands, the child look-up, closing, status texts and sizes.
+// tree fetched lazily and refreshed by expanded keys, node texts, rename and
+// delete from the tree, the popup's and panel's entries and pictures, New, the
+// window list of real children, other projects opened from the menu; and, with
+// small fake children, the key table, the polling of the commands, the child
+// look-up, closing, status texts, sizes, drags, help and the desktop's links.
 #include "HelpIntegration.h"
+#include "KORVOAllWindows.h"
 #include "KORVODatabase.h"
 #include "KORVOExplorerBar.h"
+#include "KORVOIconImages.h"
 #include "KORVOObjectFactory.h"
 #include "KORVOProject.h"
+#include "KORVOTypedObject.h"
+#include "UserDataFolder.h"
+#include "frmAbout.h"
 #include "OffscreenDialogs.h"
 #include "mdiMain.h"
 #include "test_backend.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QDesktopServices>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -22,31 +31,67 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
+#include <QUrlQuery>
 
 namespace
 {
 
+// Records what the main window opens; with real set, opens the real windows too.
 class RecordingWindows : public KORVOWindows
 {
 public:
     QStringList calls;
-    KORVOChildWindow *OpenObjectText(KORVOMainWindowServices &, KORVODatabase &, const KORVODBObjectPtr &o) override
+    KORVOWindows *real = nullptr;
+    KORVOChildWindow *NewObjectText(KORVOMainWindowServices &, KORVODatabase &, const KORVODBObjectPtr &o,
+                                    const QString &text) override
+    {
+        calls << QStringLiteral("new %1 %2").arg(std::static_pointer_cast<KORVOTypedObject>(o)->ObjectType(), text);
+        return nullptr;
+    }
+    KORVOChildWindow *OpenObjectText(KORVOMainWindowServices &m, KORVODatabase &d, const KORVODBObjectPtr &o) override
     {
         calls << QStringLiteral("text ") + o->Name();
-        return nullptr;
+        return real ? real->OpenObjectText(m, d, o) : nullptr;
     }
-    KORVOChildWindow *OpenPermissions(KORVOMainWindowServices &, KORVODatabase &, const QString &tag,
-                                      const QString &key, const KORVODBObjectPtr &) override
+    KORVOChildWindow *OpenPermissions(KORVOMainWindowServices &m, KORVODatabase &d, const QString &tag,
+                                      const QString &key, const KORVODBObjectPtr &o) override
     {
         calls << QStringLiteral("permissions %1|%2").arg(tag, key);
-        return nullptr;
+        return real ? real->OpenPermissions(m, d, tag, key, o) : nullptr;
     }
-    KORVOChildWindow *OpenQuery(KORVOMainWindowServices &, KORVODatabase &) override
+    KORVOChildWindow *OpenQuery(KORVOMainWindowServices &m, KORVODatabase &d) override
     {
         calls << QStringLiteral("query");
-        return nullptr;
+        return real ? real->OpenQuery(m, d) : nullptr;
     }
 };
+
+// Catches what the desktop would open, so that no browser or mail program starts.
+class UrlCatcher : public QObject
+{
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+    UrlCatcher()
+    {
+        for (const char *scheme : { "http", "https", "mailto" })
+            QDesktopServices::setUrlHandler(QLatin1String(scheme), this, "open");
+    }
+    ~UrlCatcher() override
+    {
+        for (const char *scheme : { "http", "https", "mailto" })
+            QDesktopServices::unsetUrlHandler(QLatin1String(scheme));
+    }
+public Q_SLOTS:
+    void open(const QUrl &url) { urls << url; }
+};
+
+// Whether the icon is one of KORVO's pictures rather than that of an unknown name.
+bool KnownPicture(const QIcon &icon)
+{
+    const auto render = [](const QIcon &i) { return i.pixmap(QSize(16, 16), 1.0).toImage(); };
+    return !icon.isNull() && render(icon) != render(KORVOIconImage(QStringLiteral("-")));
+}
 
 // A child that answers every Can... alike and logs the operations it gets.
 class FakeChild : public QWidget, public KORVOChildWindow
@@ -129,6 +174,7 @@ class TestMdiMain : public QObject
     std::unique_ptr<Backend> b;
     QTemporaryDir settings;
     RecordingWindows windows;
+    KORVOAllWindows realWindows;
     QStringList opened; // pages the help object was asked for
     std::unique_ptr<HelpIntegration> help;
     std::unique_ptr<KORVODatabase> session;
@@ -143,6 +189,7 @@ class TestMdiMain : public QObject
             return false;
         if (before)
             before();
+        QFile::remove(settings.filePath("korvo.conf")); // no projects stored by an earlier row
         help = std::make_unique<HelpIntegration>(b->ui, settings.path(), [this](const QUrl &url) {
             opened << url.fileName();
             return true;
@@ -183,8 +230,10 @@ class TestMdiMain : public QObject
     }
 
 private Q_SLOTS:
+    void initTestCase() { qputenv("KORVO_DATA_DIR", QFile::encodeName(settings.filePath("data"))); }
     void cleanup()
     {
+        windows.real = nullptr;
         session.reset();
         b.reset();
         main = nullptr;
@@ -325,6 +374,16 @@ private Q_SLOTS:
             QTest::addRow("%s folder", kind) << kind << "folder"
                                              << QStringList { "mnuNewItem", "mnuSpacer_2" } + tail
                                              << QStringList { "NoItem", "RefreshNode" };
+            QTest::addRow("%s only in SQL", kind)
+                << kind << "sql"
+                << QStringList { "mnuNewItem", "mnuSpacer_2", "mnuPopupEditPermission", "mnuSpacer_4", "mnuVSSAdd",
+                                 "mnuSQLRemove", "mnuSpacer_5" }
+                       + tail
+                << QStringList { "RefreshNode", "mnuPopupEditPermission", "mnuPopupAddToVSS", "mnuPopupDeleteFromSQL" };
+            QTest::addRow("%s only in VSS", kind)
+                << kind << "vss"
+                << QStringList { "mnuNewItem", "mnuSpacer_2", "mnuSQLAdd", "mnuVSSRemove", "mnuSpacer_5" } + tail
+                << QStringList { "RefreshNode", "mnuPopupAddToSQL", "mnuPopupDeleteFromVSS" };
         }
     }
     void popupAndPanelFollowTheFlags()
@@ -333,7 +392,11 @@ private Q_SLOTS:
         QFETCH(QStringList, popup);
         QFETCH(QStringList, panel);
         QString id;
-        if (!open([&] { id = b->Versioned("p_menu"); }))
+        if (!open([&] {
+                id = state == "sql" ? b->Create(ObjectClass::StoredProcedure, "p_menu") : b->Versioned("p_menu");
+                if (state == "vss")
+                    b->Drop(ObjectClass::StoredProcedure, "p_menu");
+            }))
             QSKIP("no backend");
         expand(folder()->data(0, Qt::UserRole).toString());
         QTreeWidgetItem *n = state == "folder" ? folder() : node("I" + id);
@@ -345,6 +408,194 @@ private Q_SLOTS:
         QCOMPARE(VisibleEntries(main->PreparePopup(n)), popup);
         QCOMPARE(main->ExtraPanel()->ItemKeys("Item"), panel);
         QCOMPARE(main->ExtraPanel()->ItemKeys("Tools"), QStringList({ "REFRESH", "SYNC" }));
+        // Every entry shows one of KORVO's pictures, none the picture of a missing name.
+        for (const QString &group : { QStringLiteral("Item"), QStringLiteral("Tools") }) {
+            for (const QString &key : main->ExtraPanel()->ItemKeys(group)) {
+                if (key != "NoItem")
+                    QVERIFY2(KnownPicture(main->ExtraPanel()->Item(group, key)->icon(0)), qPrintable(key));
+            }
+        }
+        for (QAction *entry : main->NewMenu()->actions())
+            QVERIFY2(KnownPicture(entry->icon()), qPrintable(entry->text()));
+    }
+
+    void nodeTextNamesTheCheckOut_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<bool>("owner");
+        QTest::addColumn<QString>("text");
+        const QString by = " (Checked out by alice)";
+        for (const char *kind : { "PostgreSQL", "SQLServer" }) {
+            QTest::addRow("%s check out", kind) << kind << "check out" << false << "p_text" + by;
+            QTest::addRow("%s check out, owner", kind) << kind << "check out" << true << "dbo.p_text" + by;
+            QTest::addRow("%s check in, owner", kind) << kind << "check in" << true << "dbo.p_text";
+            QTest::addRow("%s refresh tree, owner", kind) << kind << "refresh tree" << true << "dbo.p_text" + by;
+            QTest::addRow("%s rename, owner", kind) << kind << "rename" << true << "dbo.p_new";
+        }
+    }
+    void nodeTextNamesTheCheckOut()
+    {
+        QFETCH(QString, action);
+        QFETCH(bool, owner);
+        QFETCH(QString, text);
+        QString id;
+        if (!open([&] { id = b->Versioned("p_text"); }))
+            QSKIP("no backend");
+        session->SetShowOwnerNameInName(owner);
+        expand(folder()->data(0, Qt::UserRole).toString());
+        main->Tree()->setCurrentItem(node("I" + id));
+        if (action == "rename") {
+            WhenModal([](QDialog &d) {
+                SetText(d, "txtNewName", "p_new");
+                Click(d, "cmdRename");
+            });
+            b->ui.answer(UiServices::Answer::Ok); // "Item Successfully Renamed"
+            main->DoCommand(43, "mnuRenameItem");
+            id = b->Id("p_new");
+        } else {
+            main->DoCommand(8, "mnuPopupCheckOut");
+            if (action == "check in")
+                main->DoCommand(7, "mnuPopupCheckIn");
+            if (action == "refresh tree")
+                main->DoCommand(16);
+        }
+        QVERIFY(node("I" + id));
+        QCOMPARE(node("I" + id)->text(0), text);
+    }
+
+    void newOpensTheTypesDefaultText_data() { AddKindRows({ "procedure", "trigger of the selected table" }); }
+    void newOpensTheTypesDefaultText()
+    {
+        QFETCH(QString, row);
+        QString table;
+        if (!open([&] { table = b->CreateTable("dbo", "t_new"); }))
+            QSKIP("no backend");
+        const QString text = "<TABLEWITHOWNER>|<TABLE>|<TABLEOWNER>|<DONEBYVSS>";
+        QVERIFY(session->SetDefaultText("StoredProcedures", text));
+        QVERIFY(session->SetDefaultText("Triggers", text));
+        QStringList entries;
+        for (QAction *entry : main->NewMenu()->actions())
+            entries << entry->objectName() + '=' + entry->text();
+        QCOMPARE(entries, QStringList({ "NEWITEM:1=New &Stored Procedure", "NEWITEM:2=New &User Defined Function",
+                                        "NEWITEM:3=New &View", "NEWITEM:4=New &Trigger" }));
+        if (row == "procedure") {
+            main->DoCommand(1); // index 0: the first row
+            QCOMPARE(windows.calls, QStringList { "new StoredProcedure |||alice" });
+            return;
+        }
+        expand(session->Tables()->ObjectType());
+        main->Tree()->setCurrentItem(node("I" + table));
+        main->NewMenu()->actions().last()->trigger();
+        QCOMPARE(windows.calls, QStringList { "new Trigger dbo.t_new|t_new|dbo|alice" });
+    }
+
+    void windowListShowsTheChildrensIcons_data() { AddKindRows(); }
+    void windowListShowsTheChildrensIcons()
+    {
+        QString id;
+        if (!open([&] { id = b->Versioned("p_icon"); }))
+            QSKIP("no backend");
+        windows.real = &realWindows;
+        expand(folder()->data(0, Qt::UserRole).toString());
+        main->Tree()->setCurrentItem(node("I" + id));
+        main->DoCommand(2);
+        main->DoCommand(33, "mnuPopupEditPermission");
+        QCOMPARE(main->Children().size(), 2);
+        main->DoCommand(40);
+        QList<int> icons;
+        for (QAction *a : main->findChild<QMenu *>("mnuWindows")->actions()) {
+            if (a->objectName().startsWith("WINLIST:CHILD:") && !a->isSeparator())
+                icons << a->data().toInt();
+        }
+        bool fromDeleted = false;
+        auto object = std::static_pointer_cast<KORVOTypedObject>(
+            session->GetObject("StoredProcedure", "I" + id, fromDeleted));
+        const QList<int> expected { main->GetIconIndex(object->IconToUse(), true),
+                                    main->GetIconIndex("PERMISSIONS", true) };
+        QVERIFY(expected.at(0) >= 0);
+        QCOMPARE(icons, expected);
+    }
+
+    void projectCommandsOpenAnotherProject_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<int>("command");
+        QTest::addColumn<QString>("choice"); // the recent-project entry, or the browser's row
+        QTest::addColumn<bool>("refuse");
+        QTest::addColumn<QString>("project");
+        // Stored projects reopen by their connection settings, which only PostgreSQL has here.
+        QTest::newRow("35 the open project") << "PostgreSQL" << 35 << "RECENT:1" << false << "Shop";
+        QTest::newRow("35 another") << "PostgreSQL" << 35 << "RECENT:2" << false << "Other";
+        QTest::newRow("35 a child refuses") << "PostgreSQL" << 35 << "RECENT:2" << true << "Shop";
+        QTest::newRow("41 another") << "PostgreSQL" << 41 << "Other" << false << "Other";
+    }
+    void projectCommandsOpenAnotherProject()
+    {
+        QFETCH(int, command);
+        QFETCH(QString, choice);
+        QFETCH(bool, refuse);
+        QFETCH(QString, project);
+        if (!open())
+            QSKIP("no backend");
+        for (const char *name : { "Shop", "Other" }) {
+            auto p = std::make_shared<KORVOProject>(b->ui);
+            p->Name = QLatin1String(name);
+            p->SQL()->SetKind(ServerKind::PostgreSQL());
+            p->SQL()->SetServer(b->pg->Server);
+            p->SQL()->SetDatabase(b->pg->Database);
+            p->SQL()->SetUserName(b->pg->UserName);
+            p->SQL()->SetPassword(b->pg->Password);
+            p->SQL()->SetStorePassword(true);
+            p->VSS()->IniFile = b->repo->Url();
+            p->VSS()->UserName = QStringLiteral("alice");
+            p->VSS()->StorePassword = true;
+            p->VSS()->Project = Backend::Project;
+            p->VSS()->SetGeneralWorkingFolder(b->repo->Folder("main"));
+            session->SaveProject(p);
+        }
+        main->InitDBT(0); // the recent-projects table from the store
+        QAction *recent = main->findChild<QAction *>("RECENT:2");
+        QVERIFY(recent);
+        QCOMPARE(recent->text(), "&2 - Other");
+        child(1, "StoredProcedure", "I1")->refuse = refuse;
+        main->Tree()->setCurrentItem(main->Tree()->topLevelItem(0));
+        b->ui.setLenient(true);
+        if (command == 41) {
+            WhenModal([choice](QDialog &d) {
+                auto *list = Control<QTreeWidget>(d, "lvwProjects");
+                list->setCurrentItem(list->findItems(choice, Qt::MatchExactly).value(0));
+                Click(d, "cmdOpen");
+            });
+        }
+        main->DoCommand(command, command == 35 ? choice : "mnuProjectBrowser");
+        QCOMPARE(session->Project()->Name, project);
+        QVERIFY(main->isVisible());
+        const bool changed = project != "Shop";
+        QCOMPARE(main->Children().size(), changed ? 0 : 1);
+        if (changed) {
+            QCOMPARE(main->windowTitle(), "Other - KORVO");
+            QVERIFY(!main->Tree()->currentItem());
+            QVERIFY(node(session->StoredProcedures()->ObjectType()));
+        }
+    }
+
+    void barLayoutIsKeptOnlyWhenAsked_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::newRow("PostgreSQL") << "PostgreSQL"; // the server plays no part
+    }
+    void barLayoutIsKeptOnlyWhenAsked()
+    {
+        QFile::remove(mdiMain::BarLayoutFile());
+        if (!open())
+            QSKIP("no backend");
+        QVERIFY(main->CloseProject());
+        QVERIFY(!QFile::exists(mdiMain::BarLayoutFile())); // neither opening nor closing writes it
+        const QString layout = "<bars>\n  <bar name=\"DBTBAR\" visible=\"1\"/>\n</bars>\n";
+        QVERIFY(main->SaveBarLayout(layout));
+        QVERIFY(QFile::exists(settings.filePath("data/" + LoggedOnUserName() + "/barlayout.xml")));
+        QCOMPARE(main->LoadBarLayout(), layout);
     }
 
     void doubleClickOnPermissionsFolderUsesTheObject_data() { AddKindRows(); }
@@ -424,6 +675,39 @@ private Q_SLOTS:
             effects << "help";
         effects << windows.calls;
         QCOMPARE(effects.join(','), effect);
+    }
+
+    // The help menu opens the main window's page, or the tree's when the tree has the focus.
+    void helpMenuOpensTheMainWindowsTopic_data()
+    {
+        QTest::addColumn<bool>("treeFocused");
+        QTest::addColumn<QString>("page");
+        QTest::newRow("contents") << false << "TheIDE.htm";
+        QTest::newRow("contents, tree focused") << true << "DBT.htm";
+    }
+    void helpMenuOpensTheMainWindowsTopic()
+    {
+        QFETCH(bool, treeFocused);
+        QFETCH(QString, page);
+        QFile index(settings.filePath("index.html"));
+        QVERIFY(index.open(QIODevice::WriteOnly));
+        index.close();
+        ScriptedUi ui;
+        HelpIntegration help(ui, settings.path(), [this](const QUrl &url) {
+            opened << url.fileName();
+            return true;
+        });
+        mdiMain window(windows, &help);
+        window.show();
+        QApplication::setActiveWindow(&window);
+        if (treeFocused)
+            window.Tree()->setFocus();
+        else
+            window.findChild<QLineEdit *>("txtFilter")->setFocus();
+        QTRY_COMPARE(window.Tree()->hasFocus(), treeFocused);
+        opened.clear();
+        window.Action("mnuHelpContents")->trigger();
+        QCOMPARE(opened, QStringList { page });
     }
 
     void commandsFollowTheActiveChild()
@@ -622,6 +906,81 @@ private Q_SLOTS:
         QVERIFY(!db.DBTVisible());
         window.DoCommand(36);
         QVERIFY(window.findChild<QWidget *>("picBG")->isVisible());
+    }
+
+    void dragCarriesTheTextOrTheFields_data()
+    {
+        QTest::addColumn<bool>("subnodes");
+        QTest::addColumn<QString>("tag");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("table") << false << "Table" << "orders";
+        QTest::newRow("table, subnodes") << true << "Table" << "id,\nlabel";
+        QTest::newRow("procedure, subnodes") << true << "StoredProcedure" << "orders";
+    }
+    void dragCarriesTheTextOrTheFields()
+    {
+        QFETCH(bool, subnodes);
+        QFETCH(QString, tag);
+        QFETCH(QString, text);
+        mdiMain window;
+        if (subnodes)
+            window.DoCommand(69);
+        QCOMPARE(window.Action("mnuDragSub")->isChecked(), subnodes);
+        KORVODBTItems items;
+        KORVODBTItemPtr table = items.Add("I7");
+        table->Text = "orders";
+        table->Tag = tag;
+        table->Children().Add("OWNER7")->Text = "dbo"; // a leaf, no field
+        for (const char *field : { "id", "label" }) {
+            KORVODBTItemPtr f = table->Children().Add(QStringLiteral("F7_field_") + field);
+            f->Text = QLatin1String(field);
+            f->Children().Add(f->Key + "_1")->Text = "int";
+        }
+        KORVODBTItemPtr triggers = table->Children().Add("T7"); // a folder, not fetched
+        triggers->Tag = "Triggers";
+        triggers->Children().Add("T7_tmp")->Tag = "temp";
+        auto *root = new QTreeWidgetItem(window.Tree());
+        window.FillNode(root, items);
+        QCOMPARE(window.DragText(root->child(0)), text);
+    }
+
+    void linksGoThroughTheDesktop_data()
+    {
+        QTest::addColumn<int>("command");
+        QTest::addColumn<QString>("button"); // in the About box
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<QString>("subject");
+        const QString web = frmAbout::WebsiteUrl().toString(), mail = frmAbout::MailUrl().toString();
+        QTest::newRow("about, web") << 44 << "cmdWeb" << web << "";
+        QTest::newRow("about, mail") << 44 << "cmdMail" << mail << "";
+        QTest::newRow("website") << 51 << "" << web << "";
+        QTest::newRow("bug, high") << 45 << "" << mail << "Bug Report - Importance: HIGH";
+        QTest::newRow("bug, low") << 47 << "" << mail << "Bug Report - Importance: Low";
+        QTest::newRow("feature, normal") << 49 << "" << mail << "Feature Request - Importance: Normal";
+    }
+    void linksGoThroughTheDesktop()
+    {
+        QFETCH(int, command);
+        QFETCH(QString, button);
+        QFETCH(QString, url);
+        QFETCH(QString, subject);
+        UrlCatcher desktop;
+        mdiMain window;
+        QString version;
+        if (command == 44) {
+            WhenModal([&](QDialog &d) {
+                version = Control<QLabel>(d, "lblVersion")->text();
+                Click(d, button);
+                Click(d, "cmdOK");
+            });
+        }
+        window.DoCommand(command, {}, 23);
+        QCOMPARE(desktop.urls.size(), 1);
+        const QUrl opened = desktop.urls.first();
+        QCOMPARE(opened.adjusted(QUrl::RemoveQuery).toString(), url);
+        QCOMPARE(QUrlQuery(opened).queryItemValue("subject", QUrl::FullyDecoded), subject);
+        if (command == 44) // the version the program was built with
+            QVERIFY(version.endsWith(QStringLiteral(" %1.%2").arg(KORVO_VERSION_MAJOR).arg(KORVO_VERSION_MINOR)));
     }
 
     void templateAndCaptions()

@@ -122,7 +122,11 @@ void frmEditObjectPermissions::LoadPermissions()
 {
     WaitCursor wait(Ui());
     RefreshCaption();
-    setWindowIcon(KORVOIconImage(QStringLiteral("PERMISSIONS")));
+    const int icon = mDatabase.Icons() ? mDatabase.Icons()->Index(QStringLiteral("PERMISSIONS")) : -1;
+    if (icon >= 0) {
+        setWindowIcon(KORVOIconImage(QStringLiteral("PERMISSIONS")));
+        mCurrentIcon = icon;
+    }
 
     grdPermission->clear();
     grdPermission->setRowCount(0);

@@ -54,7 +54,7 @@ public:
     long FormType() const override { return 2; }
     QString ObjectKey() const override;
     QString ObjectTag() const override;
-    long CurrentIcon() const override { return 0; }
+    long CurrentIcon() const override { return mCurrentIcon; }
     KORVODBObjectPtr CurrentObject() const override { return mItem; }
     bool CanPermissions() const override { return false; }
     bool CanDescription() const override { return false; }
@@ -105,6 +105,7 @@ private:
 
     KORVOMainWindowServices &mMain;
     KORVODatabase &mDatabase;
+    long mCurrentIcon = 0;
     KORVOTypedObjectPtr mItem;
     KORVOPermissionsPtr mPermissions;
     QList<int> mActions; // the action of each right column, in order
