@@ -1,14 +1,10 @@
 #include "frmDocumentGenerationProgress.h"
 
 #include "HelpIntegration.h"
+#include "KORVOStepList.h"
 #include "UiServices.h"
 
-#include <QApplication>
 #include <QCloseEvent>
-#include <QHeaderView>
-#include <QLabel>
-#include <QProgressBar>
-#include <QStyle>
 #include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -29,20 +25,12 @@ frmDocumentGenerationProgress::frmDocumentGenerationProgress(UiServices &ui, Hel
 {
     setObjectName(QStringLiteral("frmDocumentGenerationProgress"));
     setWindowTitle(QStringLiteral("Document Generation ..."));
-    mSteps = new QTreeWidget(this);
-    mSteps->setObjectName(QStringLiteral("lvwSteps"));
-    mSteps->setHeaderLabels({ QString(), QStringLiteral("Step"), QStringLiteral("Status") });
-    mSteps->setRootIsDecorated(false);
-    mSteps->setColumnWidth(0, Twips(320));
-    mSteps->setColumnWidth(1, Twips(6090));
-    mSteps->setColumnWidth(2, Twips(2640));
-    mBar = new QProgressBar(this);
-    mBar->setObjectName(QStringLiteral("pbrCurrent"));
-    mBar->setTextVisible(true);
+    mSteps = new KORVOStepList(this);
+    // This window is wider than the script generator's.
+    mSteps->Steps()->setColumnWidth(1, Twips(6090));
+    mSteps->Steps()->setColumnWidth(2, Twips(2640));
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(mSteps);
-    layout->addWidget(new QLabel(QStringLiteral("Status:"), this));
-    layout->addWidget(mBar);
     resize(Twips(9400), 360);
 
     mTmrAll = new QTimer(this);
@@ -71,8 +59,7 @@ int frmDocumentGenerationProgress::Start(
     DocGenSource &source, const DocGenProject &project, DocGenModule *module, QTimer *timer)
 {
     mDone = false;
-    mSteps->clear();
-    mStepCount = mCurrentStep = 0;
+    mSteps->ClearSteps();
     mRun = std::make_unique<DocGenRun>(source, project, module, *this);
     mRun->ListSteps();
     timer->start();
@@ -100,51 +87,22 @@ void frmDocumentGenerationProgress::RunJob()
 
 void frmDocumentGenerationProgress::AddStep(const QString &key, const QString &text)
 {
-    auto *row = new QTreeWidgetItem(mSteps);
-    row->setData(0, Qt::UserRole, key);
-    row->setText(1, QStringLiteral("Step %1 - %2").arg(++mStepCount).arg(text));
-    row->setText(2, QStringLiteral("Not Started"));
+    mSteps->AddStep(key, text);
 }
 
 void frmDocumentGenerationProgress::NextStep()
 {
-    if (mCurrentStep > 0) {
-        if (QTreeWidgetItem *row = mSteps->topLevelItem(mCurrentStep - 1)) {
-            row->setText(2, QStringLiteral("Completed"));
-            row->setIcon(0, style()->standardIcon(QStyle::SP_DialogApplyButton));
-        }
-    }
-    ++mCurrentStep;
-    if (QTreeWidgetItem *row = mSteps->topLevelItem(mCurrentStep - 1)) {
-        row->setText(2, QStringLiteral("Initialising"));
-        row->setIcon(0, style()->standardIcon(QStyle::SP_ArrowRight));
-        mSteps->setCurrentItem(row);
-        mSteps->scrollToItem(row);
-    }
-    mBar->setValue(0);
-    mBar->setFormat(QString());
-    repaint();
-    QApplication::processEvents();
+    mSteps->NextStep();
 }
 
 void frmDocumentGenerationProgress::SetProgressMax(int maximum)
 {
-    mBar->setMinimum(0);
-    mBar->setMaximum(maximum > 0 ? maximum : 1);
+    mSteps->SetProgressMax(maximum);
 }
 
 void frmDocumentGenerationProgress::SetProgress(int value, const QString &text)
 {
-    QString percent = QStringLiteral("0%");
-    if (mBar->maximum() >= 1 && value >= 1)
-        percent = QString::number(qRound(100.0 * value / mBar->maximum())) + QLatin1Char('%');
-    const QString prefix = text.isEmpty() ? QString() : text + QStringLiteral(": ");
-    mBar->setFormat(prefix + percent);
-    if (QTreeWidgetItem *row = mSteps->topLevelItem(mCurrentStep - 1))
-        row->setText(2, QStringLiteral("Progress: ") + percent);
-    if (value <= mBar->maximum())
-        mBar->setValue(value);
-    QApplication::processEvents();
+    mSteps->SetProgress(value, text);
 }
 
 void frmDocumentGenerationProgress::keyPressEvent(QKeyEvent *event)

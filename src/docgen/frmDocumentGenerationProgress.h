@@ -6,14 +6,13 @@
 #include <QDialog>
 
 class HelpIntegration;
-class QLabel;
-class QProgressBar;
+class KORVOStepList;
 class QTimer;
-class QTreeWidget;
 class UiServices;
 
-// Runs a documentation job modally: lists its steps, starts from a timer so
-// that the window paints first, and closes itself when the run has ended.
+// Runs a documentation job modally: lists its steps in the generators' step
+// list, starts from a timer so that the window paints first, and closes itself
+// when the run has ended.
 class frmDocumentGenerationProgress : public QDialog, public DocGenSteps
 {
 public:
@@ -41,12 +40,9 @@ private:
 
     UiServices &mUi;
     HelpIntegration *mHelp;
-    QTreeWidget *mSteps;
-    QProgressBar *mBar;
+    KORVOStepList *mSteps;
     QTimer *mTmrAll, *mTmrModule;
     std::unique_ptr<DocGenRun> mRun;
-    int mCurrentStep = 0;
-    int mStepCount = 0;
     bool mDone = false;
     bool mRunning = false;
 };

@@ -14,14 +14,10 @@
 #include "sql/KORVOSQL.h"
 
 #include <QAction>
-#include <QApplication>
-#include <QClipboard>
-#include <QCloseEvent>
 #include <QFile>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
-#include <QMimeData>
 #include <QStatusBar>
 #include <QVBoxLayout>
 
@@ -34,17 +30,10 @@ constexpr long kKeyContext = 35;
 } // namespace
 
 frmEditObjectText::frmEditObjectText(KORVOMainWindowServices &main, KORVODatabase &database, QWidget *parent)
-    : QWidget(parent)
-    , mMain(main)
-    , mDatabase(database)
+    : SQLEditorChild(main, database, kKeyContext, parent)
 {
     HelpKeys::SetTopic(this, 35);
     setObjectName(QStringLiteral("frmEditObjectText"));
-    MarkAsChild(*this);
-    setAttribute(Qt::WA_DeleteOnClose);
-
-    txtSQL = new SQLTextEditor(database.Ui(), this);
-    txtSQL->setObjectName(QStringLiteral("txtSQL"));
     sbStatus = new QStatusBar(this);
     sbStatus->setObjectName(QStringLiteral("sbStatus"));
     auto makePanel = [this](const QString &name, int stretch) {
@@ -76,18 +65,6 @@ frmEditObjectText::frmEditObjectText(KORVOMainWindowServices &main, KORVODatabas
     connect(compare, &QAction::triggered, this, &frmEditObjectText::CompareWithVSS);
     txtSQL->AddContextAction(compare);
 
-    // The main window polls CanPaste on every tick: follow the clipboard instead of asking it.
-    auto clipboardChanged = [this] {
-        const QMimeData *data = QApplication::clipboard()->mimeData();
-        mClipboardHasText = data && data->hasText();
-    };
-    connect(QApplication::clipboard(), &QClipboard::dataChanged, this, clipboardChanged);
-    clipboardChanged();
-
-    connect(txtSQL, &SQLTextEditor::bcCaretMove, this,
-        [this](int, int, int column, int line) { CaretMoved(column, line); });
-    connect(txtSQL, &SQLTextEditor::bcGotFocus, this, [this] { mHasFocus = true; });
-    connect(txtSQL, &SQLTextEditor::bcLostFocus, this, [this] { mHasFocus = false; });
     auto activate = [this] {
         if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget()); sub && sub->mdiArea())
             sub->mdiArea()->setActiveSubWindow(sub);
@@ -98,24 +75,9 @@ frmEditObjectText::frmEditObjectText(KORVOMainWindowServices &main, KORVODatabas
         if (IsActiveChild() && !txtSQL->HasFocus())
             txtSQL->setFocus();
     });
-    connect(txtSQL, &SQLTextEditor::bcKeyDown, this,
-        [this](int &key, int shift) { mMain.KeyPreview(true, key, shift, kKeyContext); });
-    connect(txtSQL, &SQLTextEditor::bcKeyUp, this,
-        [this](int &key, int shift) { mMain.KeyPreview(false, key, shift, kKeyContext); });
 }
 
 frmEditObjectText::~frmEditObjectText() = default;
-
-UiServices &frmEditObjectText::Ui() const
-{
-    return mDatabase.Ui();
-}
-
-QString frmEditObjectText::PanelText(const QString &panel) const
-{
-    const auto *label = findChild<QLabel *>(panel);
-    return label ? label->text() : QString();
-}
 
 // --- Opening and loading ---
 
@@ -137,7 +99,7 @@ void frmEditObjectText::Open(const KORVOTypedObjectPtr &object, const QString &t
     const auto &sql = mItem->ActiveDBConnection();
     txtSQL->SetServerKind(sql && sql->Kind().KindId() == ServerKind::Id::PostgreSQL);
     SetStatus(QString());
-    mHasFocus = mClosing = false;
+    mClosing = false;
     LoadObject(text);
     // The main window shows the window; its size follows once it is shown.
     ApplyChildSize();
@@ -202,31 +164,6 @@ QString frmEditObjectText::ObjectTag() const
     return mItem ? mItem->ObjectType() : QString();
 }
 
-bool frmEditObjectText::CanCut() const
-{
-    return !txtSQL->Locked() && txtSQL->HasSelection();
-}
-
-bool frmEditObjectText::CanCopy() const
-{
-    return txtSQL->HasSelection();
-}
-
-bool frmEditObjectText::CanPaste() const
-{
-    return !txtSQL->Locked() && mClipboardHasText;
-}
-
-bool frmEditObjectText::CanUndo() const
-{
-    return txtSQL->CanUndo();
-}
-
-bool frmEditObjectText::CanRedo() const
-{
-    return txtSQL->CanRedo();
-}
-
 // --- Status bar and layout ---
 
 void frmEditObjectText::SetStatus(const QString &text)
@@ -258,13 +195,8 @@ void frmEditObjectText::RefreshStatusBar()
 
 void frmEditObjectText::CaretMoved(int column, int line)
 {
-    lblStatus->setText(QStringLiteral("Ln %1, Col %2").arg(line + 1).arg(column + 1));
+    lblStatus->setText(CaretText(column, line));
     mPanelCaret->setText(lblStatus->text());
-}
-
-QWidget *frmEditObjectText::Frame()
-{
-    return ChildFrame(this);
 }
 
 bool frmEditObjectText::IsActiveChild()
@@ -273,55 +205,21 @@ bool frmEditObjectText::IsActiveChild()
     return sub ? sub->mdiArea() && sub->mdiArea()->activeSubWindow() == sub : isActiveWindow();
 }
 
-void frmEditObjectText::ApplyChildSize()
+void frmEditObjectText::FirstShown()
 {
-    // The sizes are kept in twips.
-    QWidget *frame = Frame();
-    const double twipsX = 1440.0 / logicalDpiX();
-    const double twipsY = 1440.0 / logicalDpiY();
-    if (!frame->isMaximized())
-        frame->resize(int(mDatabase.ChildWindowWidth() / twipsX), int(mDatabase.ChildWindowHeight() / twipsY));
-    if (frame != this && mDatabase.ChildWindowState() == 2)
-        frame->showMaximized();
-}
-
-void frmEditObjectText::showEvent(QShowEvent *e)
-{
-    QWidget::showEvent(e);
-    if (std::exchange(mSizeApplied, true))
-        return;
-    // Now inside the main window's frame, if there is one.
-    ApplyChildSize();
-    if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget())) {
+    if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget()))
         connect(sub, &QMdiSubWindow::aboutToActivate, this, &frmEditObjectText::RefreshStatusBar);
-        // The frame changes its state after its size.
-        connect(sub, &QMdiSubWindow::windowStateChanged, this, &frmEditObjectText::StoreChildSize);
-    }
     RefreshStatusBar();
-    mLoading = false;
 }
 
 void frmEditObjectText::resizeEvent(QResizeEvent *e)
 {
-    QWidget::resizeEvent(e);
+    SQLEditorChild::resizeEvent(e);
     QWidget *frame = Frame();
     if (frame->isMinimized())
         return;
     sbStatus->setSizeGripEnabled(!frame->isMaximized());
-    StoreChildSize();
     mPanelCaret->setFixedWidth(lblStatus->fontMetrics().horizontalAdvance(lblStatus->text()) + 12);
-}
-
-void frmEditObjectText::StoreChildSize()
-{
-    QWidget *frame = Frame();
-    if (mLoading || !isVisible() || frame->isMinimized())
-        return;
-    mDatabase.SetChildWindowState(frame->isMaximized() ? 2 : 0);
-    if (!frame->isMaximized()) {
-        mDatabase.SetChildWindowWidth(qRound(frame->width() * 1440.0 / logicalDpiX()));
-        mDatabase.SetChildWindowHeight(qRound(frame->height() * 1440.0 / logicalDpiY()));
-    }
 }
 
 // --- Closing ---
@@ -329,24 +227,11 @@ void frmEditObjectText::StoreChildSize()
 bool frmEditObjectText::CloseItem(bool force)
 {
     SetStatus(QStringLiteral("Closing Item"));
-    if (!force && !ConfirmClose()) {
+    if (!CloseChild(force)) {
         SetStatus(QString());
         return false;
     }
-    mClosing = true;
-    ChildFrame(this)->close();
     return true;
-}
-
-void frmEditObjectText::closeEvent(QCloseEvent *e)
-{
-    if (!mClosing && !ConfirmClose()) {
-        e->ignore();
-        return;
-    }
-    mClosing = true;
-    ClearChildMarker(this);
-    QWidget::closeEvent(e);
 }
 
 bool frmEditObjectText::ConfirmClose()
@@ -544,63 +429,4 @@ void frmEditObjectText::CompareWithVSS()
     WaitCursor wait(Ui());
     mMain.Windows().Compare(
         this, mDatabase, txtSQL->Text(), mItem->GetContent(1), QStringLiteral("SQL"), QStringLiteral("VSS"));
-}
-
-// --- Editing ---
-
-void frmEditObjectText::Undo()
-{
-    txtSQL->Undo();
-}
-
-void frmEditObjectText::Redo()
-{
-    txtSQL->Redo();
-}
-
-void frmEditObjectText::CopyText()
-{
-    txtSQL->bcCopy();
-}
-
-void frmEditObjectText::CutText()
-{
-    if (!txtSQL->Locked())
-        txtSQL->bcCut();
-}
-
-void frmEditObjectText::PasteText()
-{
-    txtSQL->bcPaste();
-}
-
-void frmEditObjectText::Find(bool next, bool previous)
-{
-    if (next)
-        txtSQL->FindNext();
-    else if (previous)
-        txtSQL->FindPrevious();
-    else
-        txtSQL->Find();
-}
-
-void frmEditObjectText::FindNext()
-{
-    txtSQL->FindNext();
-}
-
-void frmEditObjectText::FindPrevious()
-{
-    txtSQL->FindPrevious();
-}
-
-void frmEditObjectText::Replace()
-{
-    txtSQL->Replace();
-}
-
-void frmEditObjectText::SetFocusOfChild()
-{
-    if (!txtSQL->HasFocus())
-        txtSQL->setFocus();
 }

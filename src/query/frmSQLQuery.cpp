@@ -9,13 +9,9 @@
 #include "sql/KORVOSQL.h"
 #include "vss/KORVOVSS.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QCloseEvent>
 #include <QFile>
 #include <QLabel>
-#include <QMdiSubWindow>
-#include <QMimeData>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QToolBar>
@@ -32,13 +28,9 @@ constexpr long kKeyContext = 56; // the query window's help topic
 } // namespace
 
 frmSQLQuery::frmSQLQuery(KORVOMainWindowServices &main, KORVODatabase &database, QWidget *parent)
-    : QWidget(parent)
-    , mMain(main)
-    , mDatabase(database)
+    : SQLEditorChild(main, database, kKeyContext, parent)
 {
     setObjectName(QStringLiteral("frmSQLQuery"));
-    MarkAsChild(*this);
-    setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(QStringLiteral("SQL Query Window"));
 
     tbrQuery = new QToolBar(QStringLiteral("SQL Query Toolbar"), this);
@@ -73,8 +65,6 @@ frmSQLQuery::frmSQLQuery(KORVOMainWindowServices &main, KORVODatabase &database,
     mSplitter->setChildrenCollapsible(false);
     picText = new QWidget(mSplitter);
     picText->setObjectName(QStringLiteral("picText"));
-    txtSQL = new SQLTextEditor(database.Ui(), picText);
-    txtSQL->setObjectName(QStringLiteral("txtSQL"));
     auto *textLayout = new QVBoxLayout(picText);
     textLayout->setContentsMargins(0, 0, 0, 0);
     textLayout->addWidget(txtSQL);
@@ -107,22 +97,6 @@ frmSQLQuery::frmSQLQuery(KORVOMainWindowServices &main, KORVODatabase &database,
     layout->addWidget(mSplitter, 1);
     layout->addWidget(sbStatus);
 
-    auto clipboardChanged = [this] {
-        const QMimeData *data = QApplication::clipboard()->mimeData();
-        mClipboardHasText = data && data->hasText();
-    };
-    connect(QApplication::clipboard(), &QClipboard::dataChanged, this, clipboardChanged);
-    clipboardChanged();
-
-    connect(txtSQL, &SQLTextEditor::bcCaretMove, this, [this](int, int, int column, int line) {
-        mPanelCaret->setText(QStringLiteral("Ln %1, Col %2").arg(line + 1).arg(column + 1));
-    });
-    connect(txtSQL, &SQLTextEditor::bcGotFocus, this, [this] { mHasFocus = true; });
-    connect(txtSQL, &SQLTextEditor::bcLostFocus, this, [this] { mHasFocus = false; });
-    connect(txtSQL, &SQLTextEditor::bcKeyDown, this,
-        [this](int &key, int shift) { mMain.KeyPreview(true, key, shift, kKeyContext); });
-    connect(txtSQL, &SQLTextEditor::bcKeyUp, this,
-        [this](int &key, int shift) { mMain.KeyPreview(false, key, shift, kKeyContext); });
     connect(grdResults, &multiGrid::runningChanged, this, [this](bool running) {
         mParse->setEnabled(!running);
         mExecute->setEnabled(!running);
@@ -135,15 +109,9 @@ frmSQLQuery::frmSQLQuery(KORVOMainWindowServices &main, KORVODatabase &database,
 
 frmSQLQuery::~frmSQLQuery() = default;
 
-UiServices &frmSQLQuery::Ui() const
+void frmSQLQuery::CaretMoved(int column, int line)
 {
-    return mDatabase.Ui();
-}
-
-QString frmSQLQuery::PanelText(const QString &panel) const
-{
-    const auto *label = findChild<QLabel *>(panel);
-    return label ? label->text() : QString();
+    mPanelCaret->setText(CaretText(column, line));
 }
 
 long frmSQLQuery::CurrentIcon() const
@@ -154,7 +122,6 @@ long frmSQLQuery::CurrentIcon() const
 
 void frmSQLQuery::OpenSQLQuery()
 {
-    mLoading = true;
     const KORVOProjectPtr &project = mDatabase.Project();
     txtSQL->SetServerKind(project && project->SQL()->Kind().KindId() == ServerKind::Id::PostgreSQL);
     // The editor works on an empty scratch file; the user's file is QueryFileName.
@@ -169,7 +136,6 @@ void frmSQLQuery::OpenSQLQuery()
     }
     SetPanelVisible(false);
     RefreshCaption();
-    mLoading = false;
 }
 
 void frmSQLQuery::RefreshCaption()
@@ -264,8 +230,10 @@ bool frmSQLQuery::SaveText(bool showMessage)
 
 // --- Closing ---
 
-bool frmSQLQuery::ConfirmSave()
+bool frmSQLQuery::ConfirmClose()
 {
+    if (grdResults->IsRunning())
+        return false;
     if (!txtSQL->IsModified())
         return true;
     switch (Ui().messageBox(UiServices::Icon::Question, QStringLiteral("Save SQL"),
@@ -287,18 +255,11 @@ bool frmSQLQuery::CloseItem(bool force)
         return false;
     }
     SetStatus(QStringLiteral("Closing SQL Query Window"));
-    if (!force && !ConfirmSave()) {
+    if (!CloseChild(force)) {
         SetStatus(kReady);
         return false;
     }
-    mClosing = true;
-    ChildFrame(this)->close();
     return true;
-}
-
-bool frmSQLQuery::QueryClose()
-{
-    return !grdResults->IsRunning() && ConfirmSave();
 }
 
 void frmSQLQuery::closeEvent(QCloseEvent *e)
@@ -308,126 +269,12 @@ void frmSQLQuery::closeEvent(QCloseEvent *e)
         e->ignore();
         return;
     }
-    if (!mClosing && !ConfirmSave()) {
-        e->ignore();
-        return;
-    }
-    mClosing = true;
-    ClearChildMarker(this);
-    QWidget::closeEvent(e);
+    SQLEditorChild::closeEvent(e);
 }
 
-// --- Size and status ---
+// --- Status ---
 
 void frmSQLQuery::SetStatus(const QString &text)
 {
     mPanelStatus->setText(text);
-}
-
-QWidget *frmSQLQuery::Frame()
-{
-    return ChildFrame(this);
-}
-
-void frmSQLQuery::showEvent(QShowEvent *e)
-{
-    QWidget::showEvent(e);
-    if (std::exchange(mSizeApplied, true))
-        return;
-    // The size is kept in twips, shared with the text window.
-    QWidget *frame = Frame();
-    if (!frame->isMaximized())
-        frame->resize(int(mDatabase.ChildWindowWidth() * logicalDpiX() / 1440.0),
-            int(mDatabase.ChildWindowHeight() * logicalDpiY() / 1440.0));
-    if (auto *sub = qobject_cast<QMdiSubWindow *>(parentWidget())) {
-        if (mDatabase.ChildWindowState() == 2)
-            sub->showMaximized();
-        connect(sub, &QMdiSubWindow::windowStateChanged, this, &frmSQLQuery::StoreChildSize);
-    }
-}
-
-void frmSQLQuery::resizeEvent(QResizeEvent *e)
-{
-    QWidget::resizeEvent(e);
-    StoreChildSize();
-}
-
-void frmSQLQuery::StoreChildSize()
-{
-    QWidget *frame = Frame();
-    if (mLoading || !mSizeApplied || !isVisible() || frame->isMinimized())
-        return;
-    mDatabase.SetChildWindowState(frame->isMaximized() ? 2 : 0);
-    if (!frame->isMaximized()) {
-        mDatabase.SetChildWindowWidth(qRound(frame->width() * 1440.0 / logicalDpiX()));
-        mDatabase.SetChildWindowHeight(qRound(frame->height() * 1440.0 / logicalDpiY()));
-    }
-}
-
-// --- Editing, passed to the editor ---
-
-bool frmSQLQuery::CanCut() const
-{
-    return txtSQL->HasSelection() && !txtSQL->Locked();
-}
-bool frmSQLQuery::CanCopy() const
-{
-    return txtSQL->HasSelection();
-}
-bool frmSQLQuery::CanPaste() const
-{
-    return mClipboardHasText && !txtSQL->Locked();
-}
-bool frmSQLQuery::CanUndo() const
-{
-    return txtSQL->CanUndo();
-}
-bool frmSQLQuery::CanRedo() const
-{
-    return txtSQL->CanRedo();
-}
-void frmSQLQuery::Undo()
-{
-    txtSQL->Undo();
-}
-void frmSQLQuery::Redo()
-{
-    txtSQL->Redo();
-}
-void frmSQLQuery::CopyText()
-{
-    txtSQL->bcCopy();
-}
-void frmSQLQuery::CutText()
-{
-    txtSQL->bcCut();
-}
-void frmSQLQuery::PasteText()
-{
-    txtSQL->bcPaste();
-}
-void frmSQLQuery::Find(bool next, bool previous)
-{
-    if (next)
-        txtSQL->FindNext();
-    else if (previous)
-        txtSQL->FindPrevious();
-    else
-        txtSQL->Find();
-}
-void frmSQLQuery::FindNext()
-{
-    txtSQL->FindNext();
-}
-void frmSQLQuery::FindPrevious()
-{
-    txtSQL->FindPrevious();
-}
-void frmSQLQuery::Replace()
-{
-    txtSQL->Replace();
-}
-void frmSQLQuery::SetFocusOfChild()
-{
-    txtSQL->setFocus();
 }

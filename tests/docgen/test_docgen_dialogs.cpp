@@ -2,9 +2,11 @@
 #include "DocGenTestSource.h"
 #include "OffscreenDialogs.h"
 #include "frmDocumentGenerationStart.h"
+#include "KORVOStepList.h"
 #include "frmModuleMaint.h"
 
 #include <QCheckBox>
+#include <QProgressBar>
 #include <QFile>
 #include <QPlainTextEdit>
 #include <QRadioButton>
@@ -151,6 +153,38 @@ private Q_SLOTS:
         QVERIFY(doc.open(QIODevice::ReadOnly));
         QVERIFY(doc.readAll().contains("<td>usp_a</td>"));
         ui.setLenient(true);
+    }
+
+    // The shared step list as the progress window drives it: the bar's text and
+    // the running step's status.
+    void stepProgress_data()
+    {
+        QTest::addColumn<int>("maximum");
+        QTest::addColumn<int>("value");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("bar");
+        QTest::addColumn<QString>("status");
+        QTest::newRow("half with text") << 4 << 2 << "Scanning" << "Scanning: 50%" << "Progress: 50%";
+        QTest::newRow("rounded") << 3 << 2 << "" << "67%" << "Progress: 67%";
+        QTest::newRow("nothing yet") << 10 << 0 << "Writing" << "Writing: 0%" << "Progress: 0%";
+        QTest::newRow("no maximum") << 0 << 1 << "" << "100%" << "Progress: 100%";
+    }
+    void stepProgress()
+    {
+        QFETCH(int, maximum);
+        QFETCH(int, value);
+        QFETCH(QString, text);
+        KORVOStepList list;
+        list.AddStep(QStringLiteral("A"), QStringLiteral("Scan"));
+        list.AddStep(QStringLiteral("B"), QStringLiteral("Write"));
+        list.NextStep();
+        list.NextStep();
+        list.SetProgressMax(maximum);
+        list.SetProgress(value, text);
+        QTEST(list.Bar()->text(), "bar");
+        QTEST(list.Steps()->topLevelItem(1)->text(2), "status");
+        QCOMPARE(list.Steps()->topLevelItem(0)->text(2), QStringLiteral("Completed"));
+        QCOMPARE(list.Steps()->topLevelItem(1)->text(1), QStringLiteral("Step 2 - Write"));
     }
 
     void moduleSaveChecks_data()

@@ -2,6 +2,9 @@
 
 #include <QRegularExpression>
 
+#include <chrono>
+#include <thread>
+
 #include <sql.h>
 #include <sqlext.h>
 #include <sqlucode.h>
@@ -119,6 +122,11 @@ public:
             throw error;
         }
         mOpen = true;
+        // Drivers that can run a statement without blocking let the wait
+        // handler run meanwhile, and so Cancel reach the statement.
+        SQLUINTEGER mode = SQL_AM_NONE;
+        if (SQL_SUCCEEDED(SQLGetInfoW(mDbc, SQL_ASYNC_MODE, &mode, sizeof(mode), nullptr)))
+            mAsyncMode = mode;
     }
 
     bool IsOpen() const override { return mOpen; }
@@ -142,6 +150,10 @@ public:
     {
         if (!mOpen)
             throw SqlError(0, Source, QStringLiteral("Connection is not open"), QStringLiteral("08003"));
+        // Asynchronous only where someone waits; everything else blocks as before.
+        const bool async = mWaitHandler && (mAsyncMode == SQL_AM_STATEMENT || mAsyncMode == SQL_AM_CONNECTION);
+        if (mAsyncMode == SQL_AM_CONNECTION)
+            SQLSetConnectAttrW(mDbc, SQL_ATTR_ASYNC_ENABLE, asyncValue(async), SQL_IS_UINTEGER);
         SQLHSTMT stmt = SQL_NULL_HSTMT;
         if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, mDbc, &stmt))) {
             try {
@@ -152,20 +164,25 @@ public:
                 throw;
             }
         }
+        if (async && mAsyncMode == SQL_AM_STATEMENT)
+            SQLSetStmtAttrW(stmt, SQL_ATTR_ASYNC_ENABLE, asyncValue(true), SQL_IS_UINTEGER);
         BatchResult result;
         mCurrentSql = sql;
         mStmt = stmt;
         try {
-            SQLRETURN rc = SQLExecDirectW(stmt, const_cast<SQLWCHAR *>(wide(sql)), SQL_NTS);
+            SQLRETURN rc = poll([&] { return SQLExecDirectW(stmt, const_cast<SQLWCHAR *>(wide(sql)), SQL_NTS); });
             for (;;) {
                 check(rc, stmt, result.Messages);
                 if (rc != SQL_NO_DATA || result.Results.isEmpty())
                     result.Results.append(readResult(stmt, result.Messages));
-                rc = SQLMoreResults(stmt);
+                rc = poll([&] { return SQLMoreResults(stmt); });
                 if (rc == SQL_NO_DATA)
                     break;
             }
         } catch (...) {
+            // A handler that threw may leave a call running: stop it before the handle goes.
+            if (async)
+                SQLCancel(stmt);
             mStmt = SQL_NULL_HSTMT;
             SQLFreeHandle(SQL_HANDLE_STMT, stmt);
             if (mBroken)
@@ -184,6 +201,27 @@ public:
     }
 
 private:
+    static SQLPOINTER asyncValue(bool on)
+    {
+        return reinterpret_cast<SQLPOINTER>(on ? SQL_ASYNC_ENABLE_ON : SQL_ASYNC_ENABLE_OFF);
+    }
+
+    // Runs an ODBC call; on an asynchronous statement repeats it, with the same
+    // arguments, until it no longer answers SQL_STILL_EXECUTING, running the
+    // wait handler (which may call Cancel) in between. Blocking calls return at once.
+    template <typename Call>
+    SQLRETURN poll(Call call)
+    {
+        SQLRETURN rc = call();
+        while (rc == SQL_STILL_EXECUTING) {
+            if (mWaitHandler)
+                mWaitHandler();
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            rc = call();
+        }
+        return rc;
+    }
+
     // Collects messages of an informational return and throws on an error.
     void check(SQLRETURN rc, SQLHSTMT stmt, QStringList &messages)
     {
@@ -214,7 +252,7 @@ private:
     std::shared_ptr<Recordset> readResult(SQLHSTMT stmt, QStringList &messages)
     {
         SQLSMALLINT columns = 0;
-        SQLNumResultCols(stmt, &columns);
+        poll([&] { return SQLNumResultCols(stmt, &columns); });
         SQLLEN affected = -1;
         SQLRowCount(stmt, &affected);
         if (columns <= 0)
@@ -226,13 +264,13 @@ private:
             SQLWCHAR name[512];
             SQLSMALLINT nameLength = 0, type = 0, digits = 0, nullable = 0;
             SQLULEN size = 0;
-            SQLDescribeColW(stmt, c, name, 512, &nameLength, &type, &size, &digits, &nullable);
+            poll([&] { return SQLDescribeColW(stmt, c, name, 512, &nameLength, &type, &size, &digits, &nullable); });
             names.append(fromWide(name, qMin<qsizetype>(nameLength, 511)));
             types.append(type);
         }
         QList<QVariantList> rows;
         for (;;) {
-            const SQLRETURN rc = SQLFetch(stmt);
+            const SQLRETURN rc = poll([&] { return SQLFetch(stmt); });
             if (rc == SQL_NO_DATA)
                 break;
             check(rc, stmt, messages);
@@ -252,7 +290,8 @@ private:
         constexpr qsizetype capacity = 2048;
         for (bool first = true;; first = false) {
             SQLLEN indicator = 0;
-            const SQLRETURN rc = SQLGetData(stmt, column, SQL_C_WCHAR, buffer, sizeof(buffer), &indicator);
+            const SQLRETURN rc
+                = poll([&] { return SQLGetData(stmt, column, SQL_C_WCHAR, buffer, sizeof(buffer), &indicator); });
             if (rc == SQL_NO_DATA)
                 break;
             if (!SQL_SUCCEEDED(rc))
@@ -289,9 +328,10 @@ private:
     }
 
     QString mCurrentSql; // the text being run, for error positions
-    // The statement being run, for Cancel. The call blocks, so only a signal
-    // handler or another thread could reach it today.
+    // The statement being run, for Cancel: reached from the wait handler when
+    // the driver runs statements asynchronously.
     SQLHSTMT mStmt = SQL_NULL_HSTMT;
+    SQLUINTEGER mAsyncMode = SQL_AM_NONE; // what SQL_ASYNC_MODE answered
     bool mBroken = false;
     SQLHENV mEnv = SQL_NULL_HENV;
     SQLHDBC mDbc = SQL_NULL_HDBC;

@@ -9,10 +9,8 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QCloseEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
-#include <QMdiSubWindow>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -51,13 +49,9 @@ QPair<QString, QString> RightColumn(int action)
 
 frmEditObjectPermissions::frmEditObjectPermissions(
     KORVOMainWindowServices &main, KORVODatabase &database, QWidget *parent)
-    : QWidget(parent)
-    , mMain(main)
-    , mDatabase(database)
+    : KORVOChildForm(main, database, parent)
 {
     setObjectName(QStringLiteral("frmEditObjectPermissions"));
-    MarkAsChild(*this);
-    setAttribute(Qt::WA_DeleteOnClose);
 
     grdPermission = new QTableWidget(this);
     grdPermission->setObjectName(QStringLiteral("grdPermission"));
@@ -79,11 +73,6 @@ frmEditObjectPermissions::frmEditObjectPermissions(
             return;
         CycleCell(row, column);
     });
-}
-
-UiServices &frmEditObjectPermissions::Ui() const
-{
-    return mDatabase.Ui();
 }
 
 void frmEditObjectPermissions::EditObjectPermissions(const KORVOTypedObjectPtr &object)
@@ -274,7 +263,7 @@ bool frmEditObjectPermissions::SaveText(bool showMessage)
     return true;
 }
 
-bool frmEditObjectPermissions::ConfirmPermissionsClose()
+bool frmEditObjectPermissions::ConfirmClose()
 {
     WaitCursor wait(Ui());
     if (!mIsDirty)
@@ -302,22 +291,7 @@ bool frmEditObjectPermissions::ConfirmPermissionsClose()
 
 bool frmEditObjectPermissions::CloseItem(bool force)
 {
-    if (!force && !ConfirmPermissionsClose())
-        return false;
-    mClosing = true;
-    ChildFrame(this)->close();
-    return true;
-}
-
-void frmEditObjectPermissions::closeEvent(QCloseEvent *e)
-{
-    if (!mClosing && !ConfirmPermissionsClose()) {
-        e->ignore();
-        return;
-    }
-    mClosing = true;
-    ClearChildMarker(this);
-    QWidget::closeEvent(e);
+    return CloseChild(force);
 }
 
 bool frmEditObjectPermissions::eventFilter(QObject *watched, QEvent *e)
@@ -336,46 +310,4 @@ bool frmEditObjectPermissions::eventFilter(QObject *watched, QEvent *e)
         }
     }
     return QWidget::eventFilter(watched, e);
-}
-
-QWidget *frmEditObjectPermissions::Frame()
-{
-    return ChildFrame(this);
-}
-
-void frmEditObjectPermissions::showEvent(QShowEvent *e)
-{
-    QWidget::showEvent(e);
-    if (std::exchange(mSizeApplied, true))
-        return;
-    // Sizes are kept in twips, shared with the text windows.
-    QWidget *frame = Frame();
-    if (mDatabase.ChildWindowWidth() > 0 && mDatabase.ChildWindowHeight() > 0)
-        frame->resize(int(mDatabase.ChildWindowWidth() * logicalDpiX() / 1440.0),
-            int(mDatabase.ChildWindowHeight() * logicalDpiY() / 1440.0));
-    if (frame != this) {
-        if (mDatabase.ChildWindowState() == 2)
-            frame->showMaximized();
-        connect(qobject_cast<QMdiSubWindow *>(frame), &QMdiSubWindow::windowStateChanged, this,
-            &frmEditObjectPermissions::StoreChildSize);
-    }
-    mLoading = false;
-}
-
-void frmEditObjectPermissions::resizeEvent(QResizeEvent *e)
-{
-    QWidget::resizeEvent(e);
-    StoreChildSize();
-}
-
-void frmEditObjectPermissions::StoreChildSize()
-{
-    QWidget *frame = Frame();
-    if (mLoading || !isVisible() || frame->isMinimized())
-        return;
-    mDatabase.SetChildWindowState(frame->isMaximized() ? 2 : 0);
-    if (!frame->isMaximized()) {
-        mDatabase.SetChildWindowWidth(qRound(frame->width() * 1440.0 / logicalDpiX()));
-        mDatabase.SetChildWindowHeight(qRound(frame->height() * 1440.0 / logicalDpiY()));
-    }
 }

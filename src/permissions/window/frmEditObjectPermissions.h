@@ -1,23 +1,19 @@
 #pragma once
 
-#include "KORVOChildWindow.h"
+#include "KORVOChildForm.h"
 #include "KORVOPermissions.h"
 #include "KORVOTypedObject.h"
 
 #include <QList>
-#include <QWidget>
 
-class KORVODatabase;
-class KORVOMainWindowServices;
 class QTableWidget;
-class UiServices;
 
 // Who may do what with one object, as a grid of icons: a row per role and
 // user, a column per right of the object's type. A click, Enter or blank
 // cycles a cell through none, grant and deny (none and grant where the server
 // has no deny); the owner's cells stay. Saving restates every right of every
 // grantee.
-class frmEditObjectPermissions : public QWidget, public KORVOChildWindow
+class frmEditObjectPermissions : public KORVOChildForm
 {
     Q_OBJECT
 public:
@@ -50,14 +46,11 @@ public:
     void CycleCell(int row, int column);
 
     // --- What the main window polls ---
-    QWidget *Widget() override { return this; }
     long FormType() const override { return 2; }
     QString ObjectKey() const override;
     QString ObjectTag() const override;
     long CurrentIcon() const override { return mCurrentIcon; }
     KORVODBObjectPtr CurrentObject() const override { return mItem; }
-    bool CanPermissions() const override { return false; }
-    bool CanDescription() const override { return false; }
     bool CanOpenFile() const override { return false; }
     QString OpenFileText() const override { return QStringLiteral("Load"); }
     bool CanSaveFile() const override { return mIsDirty; }
@@ -69,16 +62,9 @@ public:
     bool CanReplace() const override { return false; }
     bool CanUndo() const override { return mUndoPosition > 0; }
     bool CanRedo() const override { return mUndoPosition < UndoCount(); }
-    bool CanTestSQL() const override { return false; }
-    bool CanGetLatest() const override { return false; }
-    bool CanCheckIn() const override { return false; }
-    bool CanCheckOut() const override { return false; }
-    bool CanUndoCheckOut() const override { return false; }
-    bool CanShowHistory() const override { return false; }
 
     void RefreshCaption() override;
     bool CloseItem(bool force) override;
-    bool QueryClose() override { return ConfirmPermissionsClose(); }
     bool SaveText(bool showMessage);
     void SaveText() override { SaveText(true); }
     void Undo() override;
@@ -88,23 +74,14 @@ public:
     void SetFocusOfChild() override;
 
     // Whether the window may close; saves or drops changes as the settings say.
-    bool ConfirmPermissionsClose();
+    bool ConfirmClose() override;
 
 protected:
-    void closeEvent(QCloseEvent *e) override;
-    void resizeEvent(QResizeEvent *e) override;
-    void showEvent(QShowEvent *e) override;
     bool eventFilter(QObject *watched, QEvent *e) override;
 
 private:
     void SetCell(int row, int column, int value);
     void ResetUndo();
-    void StoreChildSize();
-    QWidget *Frame();
-    UiServices &Ui() const;
-
-    KORVOMainWindowServices &mMain;
-    KORVODatabase &mDatabase;
     long mCurrentIcon = 0;
     KORVOTypedObjectPtr mItem;
     KORVOPermissionsPtr mPermissions;
@@ -114,7 +91,4 @@ private:
     QList<UndoRecord> mUndo;
     int mUndoPosition = 0;
     bool mIsDirty = false;
-    bool mClosing = false;
-    bool mLoading = true;
-    bool mSizeApplied = false;
 };

@@ -126,8 +126,8 @@ void KORVOStepList::SetProgress(long value, const QString &text)
     if (mMaximum >= 1 && value >= 1)
         percent = QString::number(double(value) / double(mMaximum) * 100.0, 'f', 0) + QLatin1Char('%');
     const QString shown = text.isEmpty() ? percent : text + QStringLiteral(": ") + percent;
-    // The bar's own placeholders would read a "%" in the text.
-    mBar->setFormat(QString(shown).replace(QLatin1Char('%'), QStringLiteral("%%")));
+    // The bar replaces only %p, %v and %m; a "%%" would show as two signs.
+    mBar->setFormat(shown);
     if (QTreeWidgetItem *row = Running())
         row->setText(2, QStringLiteral("Progress: ") + percent);
     if (value <= mMaximum)
