@@ -2,6 +2,7 @@
 #include "HelpKeys.h"
 
 #include "KORVODatabase.h"
+#include "KORVOIconLookup.h"
 #include "KORVOMainWindowServices.h"
 #include "KORVOWindows.h"
 #include "SQLParser.h"
@@ -183,6 +184,8 @@ void frmEditObjectText::RefreshCaption()
             mCaptionText += QStringLiteral(" [Read Only]");
     }
     setWindowTitle(mCaptionText);
+    // The frame shows the object's picture in its state, as the tree does.
+    setWindowIcon(KORVOTreeIcon(mItem->IconToUse()));
 }
 
 QString frmEditObjectText::ObjectKey() const
