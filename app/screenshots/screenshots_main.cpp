@@ -1,5 +1,6 @@
 // Renders KORVO's windows on the demo project into PNG files, offscreen:
 //   korvo_screenshots <output folder> [name...]
+// Run it on a throw-away demo: it changes the demo project.
 // KORVO_SETTINGS_FILE and KORVO_DATA_DIR point at the demo's settings, as
 // scripts/screenshots sets them up.
 #include "HelpIntegration.h"
@@ -22,21 +23,28 @@
 
 namespace
 {
-// No one is there to answer: every question gets No, every box is printed.
+// No one is there to answer: every box is printed, and a question gets No
+// unless the screenshot being taken lists it.
 class UnattendedUi : public QtUiServices
 {
 public:
+    KORVOScreenshotAnswers answers;
+
     Answer messageBox(Icon, const QString &title, const QString &text, Buttons buttons) override
     {
         std::fprintf(stderr, "screenshots: box \"%s\": %s\n", qPrintable(title), qPrintable(text));
-        return buttons == Buttons::Ok ? Answer::Ok : Answer::No;
+        if (answers.onBox)
+            answers.onBox(title);
+        if (buttons == Buttons::Ok)
+            return Answer::Ok;
+        return answers.yesTo.contains(title) ? Answer::Yes : Answer::No;
     }
     bool sqlPassword(const QString &, const QString &, QString &, QString &) override { return false; }
     bool vssPassword(const QString &, QString &, QString &) override { return false; }
 };
 
-// A fresh demo repository holds nothing yet: the objects are added to source
-// control and one is checked out, so that the pictures show their states.
+// The demo's server-only objects are added to source control and one object
+// is checked out, so that the pictures show those states.
 void VersionTheDemo(KORVODatabase &session, mdiMain &main)
 {
     for (const auto &collection : { session.StoredProcedures(), session.UserDefinedFunctions(), session.Views() }) {
@@ -109,9 +117,7 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "screenshots: the demo project did not open\n");
         return 1;
     }
-    VersionTheDemo(*session, *main);
-
-    KORVOScreenshotContext context { *session, *main, windows, help,
+    KORVOScreenshotContext context { *session, *main, windows, help, ui.answers,
         [&out](QWidget &widget, const QString &name) {
             const QString file = QDir(out).filePath(name + QStringLiteral(".png"));
             const bool ok = widget.grab().save(file);
@@ -119,10 +125,20 @@ int main(int argc, char *argv[])
             return ok;
         } };
     int failed = 0;
-    for (const KORVOScreenshot &shot : KORVOScreenshots()) {
-        if (wanted.isEmpty() || wanted.contains(shot.name))
-            failed += shot.take(context) ? 0 : 1;
-    }
+    const QList<KORVOScreenshot> shots = KORVOScreenshots();
+    auto take = [&](bool onFreshDemo) {
+        for (const KORVOScreenshot &shot : shots) {
+            if (shot.onFreshDemo == onFreshDemo && (wanted.isEmpty() || wanted.contains(shot.name))) {
+                if (!shot.take(context)) {
+                    std::fprintf(stderr, "screenshots: %s failed\n", qPrintable(shot.name));
+                    ++failed;
+                }
+            }
+        }
+    };
+    take(true);
+    VersionTheDemo(*session, *main);
+    take(false);
     main->CloseProject();
     return failed == 0 ? 0 : 1;
 }

@@ -94,6 +94,8 @@ frmDocumentGenerationStart::frmDocumentGenerationStart(
     for (QCheckBox *c :
         { mSummary, mSummaryPerFile, mOwnerNames, mOwnerInOwnColumn, mEncapsulateOwner, mEncapsulateObject })
         grid->addWidget(c, row++, 0, 1, 3);
+    // The extra width goes to the names, not to the buttons beside them.
+    grid->setColumnStretch(1, 1);
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(mError, 1);
     buttons->addWidget(mGenerate);

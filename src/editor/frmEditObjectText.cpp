@@ -2,7 +2,7 @@
 #include "HelpKeys.h"
 
 #include "KORVODatabase.h"
-#include "KORVOIconImages.h"
+#include "KORVOIconLookup.h"
 #include "KORVOMainWindowServices.h"
 #include "KORVOWindows.h"
 #include "SQLParser.h"
@@ -126,8 +126,6 @@ void frmEditObjectText::LoadObject(const QString &text)
     }
     const QString iconName = mItem->IconToUse();
     mCurrentIcon = mDatabase.Icons() ? mDatabase.Icons()->Index(iconName) : -1;
-    if (mCurrentIcon > 0)
-        setWindowIcon(KORVOIconImage(iconName));
     RefreshCaption();
     lblStatus->setText(QStringLiteral("Ln 99999, Col 99999"));
     mPanelCaret->setFixedWidth(lblStatus->fontMetrics().horizontalAdvance(lblStatus->text()) + 12);
@@ -150,6 +148,8 @@ void frmEditObjectText::RefreshCaption()
             mCaptionText += QStringLiteral(" [Read Only]");
     }
     setWindowTitle(mCaptionText);
+    // The frame shows the object's picture in its state, as the tree does.
+    setWindowIcon(KORVOTreeIcon(mItem->IconToUse()));
 }
 
 QString frmEditObjectText::ObjectKey() const

@@ -42,7 +42,7 @@ frmItemHistory::frmItemHistory(KORVODatabase &database, KORVOWindows &windows, Q
     mLabel = tool(QStringLiteral("LABEL"), QString(), QString());
     mRollback
         = tool(QStringLiteral("ROLLBACK"), QStringLiteral("Rollback"), QStringLiteral("Rollback to selected object"));
-    mCompare = ebcHistory->addAction(QStringLiteral("Compare"));
+    mCompare = ebcHistory->addAction(KORVOIconImage(QStringLiteral("DIFFERENCE")), QStringLiteral("Compare"));
     mCompare->setObjectName(QStringLiteral("COMPARE"));
     mCompare->setToolTip(QStringLiteral("Compare the two selected versions"));
     mClose = tool(QStringLiteral("CLOSE"), QStringLiteral("Close"), QStringLiteral("Close history window"));

@@ -47,6 +47,8 @@ frmRecompile::frmRecompile(KORVODatabase &database, QWidget *parent)
     grid->addWidget(cmdStart, 3, 1);
     grid->addWidget(cmdCancel, 3, 2);
     grid->setColumnStretch(0, 1);
+    // Wide enough that the explanation reads in two lines, not five.
+    setMinimumWidth(fontMetrics().averageCharWidth() * 56);
 
     connect(cmdStart, &QPushButton::clicked, this, &frmRecompile::Start);
     connect(cmdCancel, &QPushButton::clicked, this, &frmRecompile::Cancel);

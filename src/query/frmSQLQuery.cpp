@@ -32,6 +32,7 @@ frmSQLQuery::frmSQLQuery(KORVOMainWindowServices &main, KORVODatabase &database,
 {
     setObjectName(QStringLiteral("frmSQLQuery"));
     setWindowTitle(QStringLiteral("SQL Query Window"));
+    setWindowIcon(KORVOIconImage(QStringLiteral("SQLQUERY")));
 
     tbrQuery = new QToolBar(QStringLiteral("SQL Query Toolbar"), this);
     tbrQuery->setObjectName(QStringLiteral("tbrQuery"));
@@ -186,6 +187,9 @@ void frmSQLQuery::SetPanelVisible(bool show)
     mPanel->setChecked(show);
     grdResults->setVisible(show);
     mSplitter->handle(1)->setVisible(show);
+    // A panel hidden before the splitter was first laid out comes back with no height.
+    if (show && mSplitter->sizes().value(1) == 0)
+        mSplitter->setSizes({ mSplitter->height() * 3 / 5, mSplitter->height() * 2 / 5 });
     cmdSplit->setArrowType(show ? Qt::DownArrow : Qt::UpArrow);
     cmdSplit->setToolTip(QStringLiteral("Show/Hide Query Results Panel"));
 }

@@ -94,9 +94,26 @@ private Q_SLOTS:
                 QVERIFY2(HasAnchor(file.isEmpty() ? html : Read(path), anchor),
                     qPrintable(QStringLiteral("missing anchor ") + target));
         }
+        static const QRegularExpression image(QStringLiteral("<img\\b[^>]*>"));
+        for (auto it = image.globalMatch(html); it.hasNext();) {
+            const QString tag = it.next().captured();
+            QVERIFY2(tag.contains(QLatin1String("alt=\"")), qPrintable(QStringLiteral("no alt text: ") + tag));
+        }
         const bool linkPage = page == QLatin1String("index.html") || page == QLatin1String("GettingStarted.htm");
         if (!linkPage)
             QVERIFY2(Words(html) >= 150, qPrintable(QStringLiteral("%1 words").arg(Words(html))));
+    }
+
+    // Every picture of the windows is shown by a page of the manual or by the README.
+    void picturesAreShown()
+    {
+        QString all = Read(QStringLiteral(KORVO_SOURCE_DIR "/README.md"));
+        for (const QString &page : Pages())
+            all += Read(HelpDir + QLatin1Char('/') + page);
+        const QStringList pictures = QDir(PictureDir).entryList({ QStringLiteral("*.png") }, QDir::Files);
+        QVERIFY(!pictures.isEmpty());
+        for (const QString &picture : pictures)
+            QVERIFY2(all.contains(QLatin1String("screenshots/") + picture), qPrintable(picture + QLatin1String(" unused")));
     }
 
     void manualIsComplete()
