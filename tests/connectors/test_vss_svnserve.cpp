@@ -117,23 +117,6 @@ private Q_SLOTS:
         QCOMPARE(history[2].Action, u"Created"_s);
     }
 
-    void historyOverTheWire()
-    {
-        ScriptedUi ui;
-        auto alice = connect(ui, u"alice"_s, u"pw1"_s);
-        QVERIFY(alice->AddItem(u"200.sp"_s, u"one"_s, false, {}));
-        const long first = alice->GetItemHistory(u"200.sp"_s, false).first().VersionNumber;
-        QVERIFY(alice->RenameItemWithNewContent(u"200.sp"_s, u"201.sp"_s, u"two"_s, u"renamed"_s, false));
-        QVERIFY(alice->RemoveItem(u"201.sp"_s, false));
-        QVERIFY(alice->AddItem(u"201.sp"_s, u"three"_s, false, {}));
-        QStringList actions;
-        for (const auto &row : alice->GetItemHistory(u"201.sp"_s, false))
-            actions.append(row.Action);
-        QCOMPARE(actions, (QStringList { "Recovered", "Deleted", "Renamed", "Created" }));
-        QCOMPARE(alice->ItemContentForVersion(u"201.sp"_s, first, false), u"one"_s);
-        QCOMPARE(alice->Items(u"*.sp"_s, true, true)->Count(), 0);
-    }
-
     // A folder's texts in one request, at an older revision and the latest;
     // ItemContents agrees with ItemContent item by item.
     void folderContents_data()

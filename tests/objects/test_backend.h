@@ -24,6 +24,7 @@
 #include <QRegularExpression>
 #include <QTest>
 
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -544,6 +545,28 @@ inline void AddKindAndTypeRows()
     }
 }
 
+// A table of operations refused or failing at a step on both kinds: rows
+// "<kind> <step>" with the columns kind, step, icon, title and text of the box
+// expected; rows(postgreSQL, row) adds the rows of a kind.
+struct StepRow {
+    const char *kind;
+    void operator()(const char *step, const QString &title, const QString &text,
+        UiServices::Icon icon = UiServices::Icon::Critical) const
+    {
+        QTest::addRow("%s %s", kind, step) << QString(kind) << QString(step) << int(icon) << title << text;
+    }
+};
+inline void AddStepRows(const std::function<void(bool postgreSQL, const StepRow &row)> &rows)
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("step");
+    QTest::addColumn<int>("icon");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("text");
+    for (const char *kind : { "PostgreSQL", "SQLServer" })
+        rows(kind[0] == 'P', StepRow { kind });
+}
+
 inline QStringList Sorted(QStringList list)
 {
     list.sort();
@@ -612,6 +635,15 @@ protected:
         procs.reset();
         b.reset();
         QVERIFY(answered);
+    }
+    // The box of the row (see AddStepRows) came after the given number of boxes, and no other.
+    void ExpectRowBox(int before = 0)
+    {
+        QFETCH(int, icon);
+        QFETCH(QString, title);
+        QFETCH(QString, text);
+        QCOMPARE(b->ui.boxes.size(), before + 1);
+        b->ExpectLastBox(UiServices::Icon(icon), title, text);
     }
     KORVOTypedObjectPtr Refreshed(const QString &id)
     {

@@ -336,18 +336,11 @@ private Q_SLOTS:
 
     // Texts with NUL, a byte that is not UTF-8, mixed line ends and 2 MB,
     // through check-in and both directions of sync, on both kinds.
-    void texts_data()
-    {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QString>("what");
-        for (const char *kind : { "PostgreSQL", "SQLServer" }) {
-            for (const char *what : { "NUL", "Latin-1 byte", "mixed line ends", "2 MB" })
-                QTest::addRow("%s %s", kind, what) << kind << what;
-        }
-    }
+    void texts_data() { AddKindRows({ "NUL", "Latin-1 byte", "mixed line ends", "2 MB" }); }
     void texts()
     {
-        QFETCH(QString, what);
+        QFETCH(QString, row);
+        const QString &what = row;
         if (!SetUp())
             QSKIP("backend missing");
         const bool pg = b->IsPostgreSQL();

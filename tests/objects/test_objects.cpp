@@ -1,8 +1,8 @@
 // Versioned objects and their collections on both server kinds with a real
 // Subversion project: the merge of the SQL list with the file list and the
 // renames it makes, status events and cancel, keys, tree items, triggers,
-// state icons and menus, the difference test, nodes under an object, the
-// drop script, the object's files and dates.
+// state icons and menus, the difference test, nodes under an object and
+// their drop script, the object's files and dates.
 #include "KORVOFields.h"
 #include "test_backend.h"
 
@@ -376,17 +376,6 @@ private Q_SLOTS:
 
         b->sql->ExecuteSQL(o->DropScript());
         QVERIFY(!b->Exists("usp_x"));
-    }
-
-    // The SQL Server form of a function's, character for character; a
-    // procedure's goes through the scripted server, which knows its frame.
-    void dropScript()
-    {
-        KORVOUserDefinedFunction function;
-        function.Generic().Name = QStringLiteral("f");
-        QCOMPARE(function.DropScript(),
-            QStringLiteral("IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'[f]') AND xtype IN "
-                           "(N'FN', N'IF', N'TF') ) \r\n\t DROP FUNCTION [f]"));
     }
 
     void objectFiles_data() { AddKindRows(); }

@@ -184,17 +184,14 @@ private Q_SLOTS:
         Server s;
         auto wizard = Wizard(s);
         QStringList steps; // "frame:back next finished" per step shown
-        QStringList captions;
         WhenModal([&](QDialog &dlg) {
             auto record = [&] {
                 QString buttons;
                 for (const char *b : { "cmdBack", "cmdNext", "cmdFinished" })
                     buttons += QString::number(Control<QPushButton>(dlg, QLatin1String(b))->isEnabled());
                 for (auto *frame : dlg.findChildren<QGroupBox *>(QRegularExpression(QStringLiteral("^fraStep_\\d$")))) {
-                    if (frame->isVisible()) {
+                    if (frame->isVisible())
                         steps << frame->objectName() + ":" + buttons;
-                        captions << frame->title();
-                    }
                 }
             };
             FillValid(dlg, s);
@@ -213,9 +210,6 @@ private Q_SLOTS:
         QCOMPARE(steps,
             (QStringList { "fraStep_1:010", "fraStep_2:110", "fraStep_3:110", "fraStep_4:110", "fraStep_5:101",
                 "fraStep_4:110", "fraStep_1:010" }));
-        QCOMPARE(captions.mid(0, 5),
-            (QStringList { "Project Details ...", "SQL Server Settings ...", "SQL Database Settings ...",
-                "Visual SourceSafe Settings ...", "VSS Project Settings ..." }));
         QCOMPARE(mUi.boxes.size(), 0);
     }
 
@@ -566,10 +560,8 @@ private Q_SLOTS:
     {
         SaveProjects({ QStringLiteral("P1"), QStringLiteral("P2"), QStringLiteral("P3") });
         frmProjectBrowser browser(mDb, mUi, *mHelp);
-        QCOMPARE(browser.windowTitle(), "Project Browser");
         browser.ProjectBrowser(nullptr, false);
         auto *list = Control<QTreeWidget>(browser, QStringLiteral("lvwProjects"));
-        QCOMPARE(list->headerItem()->text(3), "VSS Ini File");
         QCOMPARE(list->topLevelItemCount(), 3);
         const QTreeWidgetItem *row = list->topLevelItem(1);
         QCOMPARE((QStringList { row->text(0), row->text(1), row->text(2), row->text(3) }),
@@ -706,7 +698,6 @@ private Q_SLOTS:
             Click(dlg, QStringLiteral("cmdOK"));
         });
         QCOMPARE(browser.GetFolder(vss, QStringLiteral("$\\A\\B")), "$\\A\\B\\");
-        QCOMPARE(browser.windowTitle(), "VSS Project Browser");
         QCOMPARE(selected, "$\\A\\B\\");
         QCOMPARE(expanded, (QStringList { "$", "A", "B" }));
         QCOMPARE(rootChildren, (QStringList { "$\\A\\", "$\\Shop\\", "$\\X\\" }));
