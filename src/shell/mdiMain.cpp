@@ -707,6 +707,10 @@ bool mdiMain::eventFilter(QObject *watched, QEvent *event)
         return true;
     }
     if (watched == tvwDBT->viewport()) {
+        const bool isMouse = type == QEvent::MouseButtonPress || type == QEvent::MouseMove
+            || type == QEvent::MouseButtonRelease;
+        if (!isMouse) // the viewport gets move, paint and other events too
+            return false;
         auto *mouse = static_cast<QMouseEvent *>(event);
         switch (type) {
         case QEvent::MouseButtonPress:
