@@ -262,6 +262,9 @@ void multiGrid::AddResultGrid(const QStringList &header, const std::shared_ptr<R
     grid->setModel(new ResultGridModel(header, rows, grid));
     grid->verticalHeader()->hide();
     grid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    // The stacking counts 20 pixels a row; the style's default is taller.
+    grid->verticalHeader()->setMinimumSectionSize(1);
+    grid->verticalHeader()->setDefaultSectionSize(20);
     grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     grid->setWordWrap(false);
     grid->verticalHeader()->setResizeContentsPrecision(200);
