@@ -110,6 +110,50 @@ QByteArray CharacterTokens(const QString &line)
     return out;
 }
 
+// How alike two lines are, from their common start and end (indentation left
+// out), 0 to 1: cheap enough for every pair of lines of a changed block.
+double Likeness(const QString &a, const QString &b)
+{
+    const QStringView x = QStringView(a).trimmed();
+    const QStringView y = QStringView(b).trimmed();
+    const qsizetype longest = std::max(x.size(), y.size());
+    if (longest == 0)
+        return 1;
+    const qsizetype shortest = std::min(x.size(), y.size());
+    qsizetype prefix = 0;
+    while (prefix < shortest && x.at(prefix) == y.at(prefix))
+        ++prefix;
+    qsizetype suffix = 0;
+    while (suffix < shortest - prefix && x.at(x.size() - 1 - suffix) == y.at(y.size() - 1 - suffix))
+        ++suffix;
+    return double(prefix + suffix) / double(longest);
+}
+
+// Which lines of a changed block are the same line edited: in order, each left
+// line takes the next right line alike enough, so that an inserted line is not
+// compared character by character with the line it happens to stand beside.
+// Large blocks pair by position, as a pairwise look would cost too much.
+QList<std::pair<int, int>> PairChangedLines(const QStringList &left, const QStringList &right)
+{
+    QList<std::pair<int, int>> pairs;
+    if (qsizetype(left.size()) * right.size() > 10000) {
+        for (int k = 0; k < std::min(left.size(), right.size()); ++k)
+            pairs.append({ k, k });
+        return pairs;
+    }
+    int next = 0;
+    for (int i = 0; i < left.size() && next < right.size(); ++i) {
+        for (int j = next; j < right.size(); ++j) {
+            if (Likeness(left.at(i), right.at(j)) >= 0.4) {
+                pairs.append({ i, j });
+                next = j + 1;
+                break;
+            }
+        }
+    }
+    return pairs;
+}
+
 } // namespace
 
 int TextDiff::MapLine(int line, bool fromLeft) const
@@ -150,11 +194,13 @@ TextDiff CompareTexts(const QString &left, const QString &right)
         result.hunks.append(
             { range.leftStart + l.firstLine, range.leftCount, range.rightStart + r.firstLine, range.rightCount });
         // Lines changed in place: mark the characters that differ.
-        for (int k = 0; k < std::min(range.leftCount, range.rightCount); ++k) {
-            const int leftLine = range.leftStart + k;
-            const int rightLine = range.rightStart + k;
-            const QString a = l.text.value(leftLine);
-            const QString b = r.text.value(rightLine);
+        const QStringList leftBlock = l.text.mid(range.leftStart, range.leftCount);
+        const QStringList rightBlock = r.text.mid(range.rightStart, range.rightCount);
+        for (const auto &[i, j] : PairChangedLines(leftBlock, rightBlock)) {
+            const int leftLine = range.leftStart + i;
+            const int rightLine = range.rightStart + j;
+            const QString &a = leftBlock.at(i);
+            const QString &b = rightBlock.at(j);
             for (const Range &c : DiffLines(CharacterTokens(a), CharacterTokens(b), pool.get())) {
                 if (c.leftCount > 0)
                     addSpan(result.leftSpans, l, leftLine, c.leftStart, c.leftCount);

@@ -222,6 +222,9 @@ private Q_SLOTS:
         QTest::newRow("changed line") << "SELECT total\nFROM t"
                                       << "SELECT subtotal\nFROM t" << QList<int> { 0 } << QList<int> { 0 }
                                       << QStringList { "|", "sub" };
+        QTest::newRow("inserted line beside a changed one")
+            << "a\n-- note\n  INSERT x VALUES (1)\nb"
+            << "a\n  INSERT x VALUES (2)\nb" << QList<int> { 1, 2 } << QList<int> { 1 } << QStringList { "1", "|", "2" };
         QTest::newRow("outer white space only")
             << "\n\n  SELECT 1\n"
             << "SELECT 1 \r\n\t" << QList<int> {} << QList<int> {} << QStringList { "|" };
