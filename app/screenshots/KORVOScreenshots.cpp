@@ -82,7 +82,8 @@ QTreeWidgetItem *Node(mdiMain &main, const KORVOObjectCollectionPtr &collection,
         return nullptr;
     folder->setExpanded(true);
     for (int i = 0; i < folder->childCount(); ++i) {
-        if (folder->child(i)->text(0) == name)
+        const QString text = folder->child(i)->text(0);
+        if (text == name || text.startsWith(name + QStringLiteral(" (Checked out by ")))
             return folder->child(i);
     }
     std::fprintf(stderr, "screenshots: no object %s\n", qPrintable(name));
