@@ -56,6 +56,7 @@ QList<KORVOScreenshot> KORVOScreenshots()
         { QStringLiteral("text-window-checkedout"), &ShootTextCheckedOut },
         { QStringLiteral("permissions"), &ShootPermissions },
         { QStringLiteral("history"), &ShootHistory },
+        // The query window's Results page, and query-messages.png of its Messages page.
         { QStringLiteral("query"), &ShootQuery },
         { QStringLiteral("script-generator"), &ShootScriptGenerator },
         { QStringLiteral("doc-generator"), &ShootDocGenerator },
@@ -331,7 +332,13 @@ bool ShootQuery(KORVOScreenshotContext &context)
     if (auto *split = query->findChild<QSplitter *>(QStringLiteral("splitter")))
         split->setSizes({ 110, split->height() - 110 });
     Settle();
-    const bool saved = context.save(main, QStringLiteral("query"));
+    bool saved = context.save(main, QStringLiteral("query"));
+    // The same run's Messages page: the row counts and the notice.
+    if (auto *messages = query->findChild<QAbstractButton *>(QStringLiteral("cmdMessages"))) {
+        messages->click();
+        Settle();
+        saved = context.save(main, QStringLiteral("query-messages")) && saved;
+    }
     query->Editor().SetText(QString());
     query->CloseItem(true);
     CloseChildren(main);
