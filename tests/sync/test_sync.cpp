@@ -141,6 +141,35 @@ private Q_SLOTS:
         QCOMPARE(b->ui.last().title, QString("Could not get Item Content"));
     }
 
+    // A connection lost between steps ends the analysis with the server's error
+    // (the application's box shows it); what the finished steps found stays.
+    void analysisLosesConnection_data() { AddKindRows(); }
+    void analysisLosesConnection()
+    {
+        if (!setUp())
+            QSKIP("no server");
+        b->Bind(*session->Project()->SQL(), b->tripping);
+        makeDifferences();
+        b->Create(ObjectClass::View, "v_sqlonly");
+        KORVOSyncAnalysis analysis(*session);
+        Steps observer;
+        const int steps = int(analysis.BuildSteps().size());
+        analysis.RunStep(0, observer);
+        analysis.RunStep(1, observer);
+        const int found = int(analysis.Differences().size());
+        QCOMPARE(found, 4);
+        b->LoseConnectionAt(".");
+        try {
+            for (int step = 2; step < steps; ++step)
+                analysis.RunStep(step, observer);
+            QFAIL("the analysis went on without its server");
+        } catch (const SqlError &e) {
+            QVERIFY(e.ConnectionLost);
+        }
+        QVERIFY(b->tripping->Tripped());
+        QCOMPARE(int(analysis.Differences().size()), found);
+    }
+
     // Rows set by clicks and applied; failing rows stay with their marks and
     // the kept items stand in reverse.
     void apply_data() { AddKindRows(); }
