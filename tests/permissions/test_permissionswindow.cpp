@@ -169,7 +169,7 @@ private Q_SLOTS:
         for (const QString &n : names)
             QVERIFY2(script.contains(b->Pick("\"%1\"", "[%1]").arg(n)), qPrintable(script));
         b->ExpectBox();
-        QVERIFY(w->SaveText(true));
+        QVERIFY2(w->SaveText(true), qPrintable(Boxes(b->ui).join('\n')));
         QCOMPARE(Boxes(b->ui).last(), QStringLiteral("information|Permissions Saved|Permissions successfully saved!"));
         for (const QString &n : names) {
             QCOMPARE(serverValue(n), 1);
