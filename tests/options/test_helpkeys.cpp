@@ -32,6 +32,22 @@ QString PageOf(const QUrl &url)
 {
     return url.fileName() + (url.hasFragment() ? QStringLiteral("#") + url.fragment() : QString());
 }
+// The manual's F1 keys over the whole application, with the pages they would open kept.
+struct RecordedHelp {
+    explicit RecordedHelp(UiServices &ui)
+        : help(ui, QStringLiteral(KORVO_SOURCE_DIR "/help"), [this](const QUrl &url) {
+            opened.append(url);
+            return true;
+        })
+        , keys(help)
+    {
+        qApp->installEventFilter(&keys);
+    }
+    ~RecordedHelp() { qApp->removeEventFilter(&keys); }
+    QList<QUrl> opened;
+    HelpIntegration help;
+    HelpKeys keys;
+};
 } // namespace
 
 using Maker = std::function<std::unique_ptr<QWidget>(UiServices &, KORVOSettings &, SQLTextEditor &)>;
@@ -76,13 +92,8 @@ private Q_SLOTS:
         ScriptedUi ui;
         KORVOSettings settings(dir.filePath(QStringLiteral("s.conf")));
         SQLTextEditor editor(ui);
-        QList<QUrl> opened;
-        HelpIntegration help(ui, QStringLiteral(KORVO_SOURCE_DIR "/help"), [&](const QUrl &url) {
-            opened.append(url);
-            return true;
-        });
-        HelpKeys keys(help);
-        qApp->installEventFilter(&keys);
+        RecordedHelp recorded(ui);
+        const QList<QUrl> &opened = recorded.opened;
         auto dialog = make(ui, settings, editor);
         dialog->show();
         // From a control inside the dialog, as the user would press it.
@@ -92,7 +103,6 @@ private Q_SLOTS:
         QTest::keyClick(target, Qt::Key_F2);
         QVERIFY(opened.isEmpty());
         QTest::keyClick(target, Qt::Key_F1);
-        qApp->removeEventFilter(&keys);
         QCOMPARE(opened.size(), 1);
         QCOMPARE(PageOf(opened.first()), page);
     }
@@ -111,14 +121,9 @@ private Q_SLOTS:
         qputenv("KORVO_DATA_DIR", QFile::encodeName(dir.path()));
         ScriptedUi ui;
         KORVODatabase session(ui, std::make_shared<StubCollectionFactory>(), {}, dir.filePath(QStringLiteral("s.conf")));
-        QList<QUrl> opened;
-        HelpIntegration help(ui, QStringLiteral(KORVO_SOURCE_DIR "/help"), [&](const QUrl &url) {
-            opened.append(url);
-            return true;
-        });
-        HelpKeys keys(help);
-        qApp->installEventFilter(&keys);
-        frmScriptCreator wizard(session, &help);
+        RecordedHelp recorded(ui);
+        const QList<QUrl> &opened = recorded.opened;
+        frmScriptCreator wizard(session, &recorded.help);
         wizard.show();
         auto *shown = wizard.findChild<QWidget *>(page);
         QVERIFY(shown);
@@ -132,7 +137,6 @@ private Q_SLOTS:
             }
         }
         QTest::keyClick(target, Qt::Key_F1);
-        qApp->removeEventFilter(&keys);
         QCOMPARE(opened.size(), 1);
         QCOMPARE(PageOf(opened.first()), "ScriptGenerator.htm");
     }
