@@ -158,6 +158,10 @@ public:
     // Throws SqlError, for the caller's box, when a text from source control
     // cannot be sent as it stands: no CREATE of this type, or a name too long.
     void RefuseUnfitText(const QString &text) const;
+    // The server's text, for source control to take; throws SqlError when the
+    // server gives none (the object is gone, or its text cannot be read), so
+    // that no empty file takes the place of the item's text.
+    QString ServerTextForVSS() const;
     // Owner + "." + Name with showOwner and an owner, else Name; with the
     // argument types in brackets when the object has a Signature.
     QString Caption(bool showOwner) const;

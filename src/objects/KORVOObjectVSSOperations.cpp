@@ -415,6 +415,14 @@ void KORVOObjectVSS::RefuseUnfitText(const QString &text) const
         throw SqlError(0, QStringLiteral("KORVO"), refusal);
 }
 
+QString KORVOObjectVSS::ServerTextForVSS() const
+{
+    QString text = mSQL->GetObjectText(DBID);
+    if (IsBlankText(text))
+        throw SqlError(0, QStringLiteral("KORVO"), QStringLiteral("The server gave no text for the object."));
+    return text;
+}
+
 bool KORVOObjectVSS::SyncAdd(int target)
 {
     if (!mSQL || !mVSS || (target != 1 && target != 2))
@@ -433,7 +441,7 @@ bool KORVOObjectVSS::SyncAdd(int target)
     QString text;
     try {
         if (target == 1) {
-            if (!mVSS->AddItem(ItemName(), mSQL->GetObjectText(DBID), false, QString()))
+            if (!mVSS->AddItem(ItemName(), ServerTextForVSS(), false, QString()))
                 return false;
             InVSS = true;
             return true;
@@ -476,8 +484,7 @@ bool KORVOObjectVSS::SyncChange(int target)
     };
     try {
         if (target == 1)
-            return mVSS->ChangeItemContent(
-                ItemName(), mSQL->GetObjectText(DBID), QStringLiteral("Synchronization"), false);
+            return mVSS->ChangeItemContent(ItemName(), ServerTextForVSS(), QStringLiteral("Synchronization"), false);
         const QString text = mVSS->ItemContent(ItemName(), false, -1, false, false);
         RefuseUnfitText(text);
         QString signature;

@@ -300,6 +300,27 @@ private Q_SLOTS:
         QVERIFY(o->Generic().SyncChange(2));
         QVERIFY(b->ServerText(sqlOnly).contains(Backend::Marker(type, 2)));
 
+        // Dropped by another user after the analysis: no empty text reaches source
+        // control. SQL Server names the missing object itself.
+        KORVOTypedObjectPtr gone = Refreshed(b->Create(type, "usp_gone")), kept = checkedIn("usp_kept");
+        QVERIFY(gone && kept);
+        b->Drop(type, "usp_gone");
+        b->Drop(type, "usp_kept");
+        const QString keptItem = kept->DBID() + ".sp", keptText = b->Latest(keptItem),
+                      why = b->Pick("The server gave no text for the object.", "~does not exist in database");
+        const auto noText = [&](const QString &box) { return why.startsWith('~') ? why : box + why; };
+        b->ExpectBox();
+        QVERIFY(!gone->Generic().SyncAdd(1));
+        b->ExpectLastBox(Icon::Critical, "Item not added",
+            noText("Could not add the item dbo.usp_gone to VSS\n\nError Description: "));
+        b->ExpectBox();
+        QVERIFY(!kept->Generic().SyncChange(1));
+        b->ExpectLastBox(Icon::Critical, "Item not changed",
+            noText("Could not change the item dbo.usp_kept in VSS\n\nError Description: "));
+        QCOMPARE(b->Files(), Sorted({ sqlOnly + ".sp", keptItem }));
+        QCOMPARE(b->Latest(keptItem), keptText);
+        QVERIFY(kept->Generic().SyncRemove(1));
+
         // Only in source control: created on the server, the file follows the new id.
         b->AddFile("900001.sp", b->Text(type, "usp_vssonly"));
         KORVOTypedObjectPtr v = Refreshed("900001");
