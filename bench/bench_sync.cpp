@@ -234,6 +234,16 @@ bool runApply(const PgTestServer &server, const QString &tmp)
     SvnRepository(repo.Url(), QStringLiteral("alice"), {}).Commit(QStringLiteral("Db/Batch"), {}, adds);
     std::printf("instead one query (%.0f ms) and a single commit (%.0f ms) of the same %lld texts\n", read, ms(t),
         qsizetype(adds.size()));
+
+    // The floor of one commit per row: the same texts, each in a commit of its own
+    // with nothing else around it.
+    if (!repo.MakeFolders({ QStringLiteral("Db/Single") }))
+        return false;
+    SvnRepository single(repo.Url(), QStringLiteral("alice"), {});
+    t.restart();
+    for (const SvnRepository::Change &add : std::as_const(adds))
+        single.Commit(QStringLiteral("Db/Single"), {}, { add });
+    std::printf("or %lld bare commits of one file each: %.0f ms\n", qsizetype(adds.size()), ms(t));
     return model.rowCount() == 0 && ui.boxes.isEmpty();
 }
 
