@@ -41,8 +41,8 @@ class TestDocGenHtml : public QObject
         DocGenRun::TellOutcome(ui, outcome, run.Error());
         if (outcome != DocGenRun::Outcome::Done)
             return {};
-        if (steps.States.count(QStringLiteral("Completed")) != steps.States.size())
-            return QStringLiteral("a step was left unfinished");
+        if (steps.Overrun || steps.States.count(QStringLiteral("Completed")) != steps.States.size())
+            return QStringLiteral("a step was left unfinished or its progress overran");
         return ReadTextFile(project.GenerateName).replace(mData, QStringLiteral("{DATA}"));
     }
 

@@ -386,7 +386,8 @@ private Q_SLOTS:
         QVERIFY(!script.contains("SELECT 3"));
     }
 
-    // The wizard's checks: message, and where the focus goes.
+    // The wizard's checks: message, and where the focus goes; an existing file
+    // is not overwritten on No.
     void refusals_data()
     {
         QTest::addColumn<QString>("page");
@@ -413,12 +414,19 @@ private Q_SLOTS:
         QTest::newRow("missing folder") << "fraFinish missing"
                                         << "~could not be written"
                                         << "";
+        QTest::newRow("existing file, No")
+            << "fraFinish exists"
+            << "The specified Script file name already exists. Would you like to overwrite the file?"
+            << "";
     }
     void refusals()
     {
         QFETCH(QString, page);
         QFETCH(QString, text);
         QFETCH(QString, focus);
+        const bool missing = page.endsWith("missing"), exists = page.endsWith("exists");
+        const QString kept = tmp->filePath("kept.sql");
+        QVERIFY(WriteTextFile(kept, "kept"));
         b = Backend::Make("SQLServer");
         QVERIFY(b && setUpSession());
         frmScriptCreator &w = Wizard();
@@ -435,20 +443,26 @@ private Q_SLOTS:
             SetText(w, "txtSQLUsername", "");
         } else if (page.startsWith("fraFinish")) {
             Choose(w, 3);
-            SetText(w, "txtFileLocation", page.endsWith("missing") ? tmp->filePath("no/such/folder/x.sql") : "");
+            SetText(w, "txtFileLocation", missing ? tmp->filePath("no/such/folder/x.sql") : exists ? kept : "");
         }
-        b->ui.answer(Answer::Ok);
+        b->ui.answer(exists ? Answer::No : Answer::Ok);
         Click(w, page.startsWith("fraFinish") ? "cmdFinished" : "cmdNext");
-        b->ExpectLastBox(page.endsWith("missing") ? Icon::Critical : Icon::Warning,
-            page.endsWith("missing") ? "Script Not Saved" : "Invalid Data", text);
+        b->ExpectLastBox(missing ? Icon::Critical
+                : exists         ? Icon::Question
+                                 : Icon::Warning,
+            missing      ? "Script Not Saved"
+                : exists ? "Overwrite File?"
+                         : "Invalid Data",
+            text);
         QCOMPARE(w.CurrentFrame()->objectName(), page.section(' ', 0, 0));
         if (!focus.isEmpty())
             QCOMPARE(QApplication::focusWidget()->objectName(), focus);
         QVERIFY(!QFile::exists(tmp->filePath("no/such/folder/x.sql")));
+        QCOMPARE(ReadTextFile(kept), QStringLiteral("kept"));
     }
 
     // Closing during a collection asks first; Yes stops the run, which then
-    // closes the window. An existing file is not overwritten on No.
+    // closes the window.
     void interruption()
     {
         b = Backend::Make("SQLServer");
@@ -461,22 +475,6 @@ private Q_SLOTS:
         QVERIFY(w.Interrupted());
         QVERIFY(!w.isVisible());
         QVERIFY(w.Idle());
-    }
-
-    void overwriteRefused()
-    {
-        b = Backend::Make("SQLServer");
-        QVERIFY(b && setUpSession());
-        frmScriptCreator &w = Wizard();
-        Choose(w, 3);
-        const QString path = tmp->filePath("kept.sql");
-        QVERIFY(WriteTextFile(path, "kept"));
-        SetText(w, "txtFileLocation", path);
-        b->ui.answer(Answer::No);
-        Click(w, "cmdFinished");
-        QCOMPARE(b->ui.last().title, QStringLiteral("Overwrite File?"));
-        QCOMPARE(ReadTextFile(path), QStringLiteral("kept"));
-        QCOMPARE(w.CurrentFrame()->objectName(), QStringLiteral("fraFinish"));
     }
 
     // The complete script builds the project's objects in a database with only
