@@ -7,7 +7,6 @@
 #include "frmEditObjectPermissions.h"
 
 #include <QClipboard>
-#include <QHeaderView>
 #include <QPointer>
 #include <QTableWidget>
 #include <QTemporaryDir>
@@ -244,7 +243,6 @@ private Q_SLOTS:
         QCOMPARE(session->ChildWindowWidth(), qRound(500 * 1440.0 / w->logicalDpiX()));
         QCOMPARE(w->ObjectKey(), QStringLiteral("I") + viewId);
         QCOMPARE(w->PermissionObjectKey(), QStringLiteral("P") + viewId);
-        QCOMPARE(w->windowTitle(), QStringLiteral("vw_perm (View) - Permissions"));
         w->CloseItem(true);
     }
 };

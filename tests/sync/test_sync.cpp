@@ -9,7 +9,6 @@
 #include "frmSyncResults.h"
 
 #include <QApplication>
-#include <QHeaderView>
 #include <QProgressBar>
 #include <QTableView>
 #include <QTemporaryDir>
