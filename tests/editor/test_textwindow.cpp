@@ -219,7 +219,6 @@ private Q_SLOTS:
         session->SetSaveChangesNewDefault(2);
         w->RefreshStatusBar();
         QCOMPARE(w->PanelText("OnClose"), QStringLiteral("On Closing this item it's Text will be Saved"));
-        QCOMPARE(w->PanelText("Status"), QStringLiteral("Ready."));
         w->Editor().setCursorPosition(0, 4);
         w->Editor().QueryCaret();
         QCOMPARE(w->PanelText("Caret"), QStringLiteral("Ln 1, Col 5"));
