@@ -508,7 +508,7 @@ private Q_SLOTS:
             QVERIFY(sql.OpenConnection(db->Server, db->Database, db->UserName, db->Password, KORVOSQL::UseNTNo, true)
                         .isEmpty());
             QStringList names;
-            for (const QString &type : { "StoredProcedures", "UserDefinedFunctions", "Views", "Triggers" }) {
+            for (const char *type : { "StoredProcedures", "UserDefinedFunctions", "Views", "Triggers" }) {
                 for (const auto &o : *Collection(type)) {
                     const QString id = sql.GetObjectID(o->Name(), o->Owner());
                     QVERIFY2(!id.isEmpty(), qPrintable(o->Name()));
