@@ -85,13 +85,15 @@ public:
     }
 };
 
-// Keeps the steps as "key|text" and the step states, as the window shows them.
+// Keeps the steps as "key|text" and the step states, as the window shows them,
+// and whether the progress ever went beyond its maximum.
 class RecordingSteps : public DocGenSteps
 {
 public:
     QStringList Steps, States;
     int Current = 0;
     int Maximum = 1;
+    bool Overrun = false;
     void AddStep(const QString &key, const QString &text) override
     {
         Steps << key + QLatin1Char('|') + text;
@@ -105,9 +107,5 @@ public:
             States[Current - 1] = QStringLiteral("Initialising");
     }
     void SetProgressMax(int maximum) override { Maximum = maximum > 0 ? maximum : 1; }
-    void SetProgress(int value, const QString &) override
-    {
-        if (value > Maximum)
-            qWarning("progress %d above its maximum %d", value, Maximum);
-    }
+    void SetProgress(int value, const QString &) override { Overrun = Overrun || value > Maximum; }
 };

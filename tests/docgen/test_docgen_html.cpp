@@ -3,6 +3,7 @@
 #include "DocGenRun.h"
 #include "DocGenTestSource.h"
 #include "ScriptedUi.h"
+#include "UserDataFolder.h"
 
 #include <QDir>
 #include <QFile>
@@ -40,25 +41,17 @@ class TestDocGenHtml : public QObject
         DocGenRun::TellOutcome(ui, outcome, run.Error());
         if (outcome != DocGenRun::Outcome::Done)
             return {};
-        for (const QString &state : std::as_const(steps.States))
-            if (state != QLatin1String("Completed"))
-                qWarning("a step was left %s", qPrintable(state));
-        QFile f(project.GenerateName);
-        f.open(QIODevice::ReadOnly);
-        return QString::fromUtf8(f.readAll()).replace(mData, QStringLiteral("{DATA}"));
+        if (steps.Overrun || steps.States.count(QStringLiteral("Completed")) != steps.States.size())
+            return QStringLiteral("a step was left unfinished or its progress overran");
+        return ReadTextFile(project.GenerateName).replace(mData, QStringLiteral("{DATA}"));
     }
 
     void Compare(const QString &actual, const QString &expectedFile)
     {
         const QString path = mData + QStringLiteral("/") + expectedFile;
-        if (qEnvironmentVariableIsSet("KORVO_WRITE_EXPECTED")) {
-            QFile out(path);
-            out.open(QIODevice::WriteOnly);
-            out.write(actual.toUtf8());
-        }
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        const QStringList want = QString::fromUtf8(f.readAll()).split(QStringLiteral("\r\n"));
+        if (qEnvironmentVariableIsSet("KORVO_WRITE_EXPECTED"))
+            WriteTextFile(path, actual);
+        const QStringList want = ReadTextFile(path).split(QStringLiteral("\r\n"));
         const QStringList got = actual.split(QStringLiteral("\r\n"));
         for (int i = 0; i < std::min(want.size(), got.size()); ++i)
             QVERIFY2(want[i] == got[i],
@@ -125,18 +118,12 @@ private Q_SLOTS:
         const QString source = dir.filePath(QStringLiteral("a.cs"));
         if (firstLine.isEmpty())
             QDir(dir.path()).mkdir(QStringLiteral("a.cs"));
-        else {
-            QFile f(source);
-            f.open(QIODevice::WriteOnly);
-            f.write(firstLine.toUtf8());
-        }
+        else
+            WriteTextFile(source, firstLine);
         DocGenProject project;
         project.DocumentType = QStringLiteral("HTML");
         project.GenerateName = dir.filePath(QStringLiteral("doc.html"));
-        QFile old(project.GenerateName);
-        old.open(QIODevice::WriteOnly);
-        old.write("old");
-        old.close();
+        WriteTextFile(project.GenerateName, QStringLiteral("old"));
         auto m = project.Modules().Add();
         m->Files().Add(source);
         ScriptedUi ui;
@@ -146,8 +133,7 @@ private Q_SLOTS:
         QVERIFY2(ui.last().text.startsWith(QStringLiteral("An error occured: ")), qPrintable(ui.last().text));
         QVERIFY2(ui.last().text.contains(error), qPrintable(ui.last().text));
         QVERIFY(ui.last().text.endsWith(QStringLiteral("\n\nDocument could not be generated!")));
-        QVERIFY(old.open(QIODevice::ReadOnly));
-        QCOMPARE(old.readAll(), QByteArray("old"));
+        QCOMPARE(ReadTextFile(project.GenerateName), QStringLiteral("old"));
         QVERIFY(QDir(dir.path()).entryList({ "doc.html.*" }, QDir::Files).isEmpty()); // no temporary file left
     }
 
@@ -173,10 +159,8 @@ private Q_SLOTS:
         DocGenProject project;
         project.DocumentType = QStringLiteral("HTML");
         project.GenerateName = mOut.filePath(QStringLiteral("ro.html"));
-        QFile old(project.GenerateName);
-        old.open(QIODevice::WriteOnly);
-        old.close();
-        old.setPermissions(QFileDevice::ReadOwner);
+        WriteTextFile(project.GenerateName, QString());
+        QFile::setPermissions(project.GenerateName, QFileDevice::ReadOwner);
         ScriptedUi ui;
         ui.answer(UiServices::Answer::Ok);
         QVERIFY(Generate(project, nullptr, ui).startsWith(QStringLiteral("<!DOCTYPE")));

@@ -1,6 +1,6 @@
-// The module store "{project}_documents.xml" and the found lists of a file.
+// The module store "{project}_documents.xml".
 #include "DocGenProject.h"
-#include "DocGenTestSource.h"
+#include "UserDataFolder.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -15,9 +15,7 @@ class TestDocGenModel : public QObject
     QString Write(const QByteArray &xml)
     {
         const QString path = mDir.filePath(QStringLiteral("p_documents.xml"));
-        QFile f(path);
-        f.open(QIODevice::WriteOnly | QIODevice::Truncate);
-        f.write(xml);
+        WriteTextFile(path, QString::fromUtf8(xml));
         return path;
     }
 
@@ -43,9 +41,7 @@ private Q_SLOTS:
         const QString path = mDir.filePath(QStringLiteral("rt.xml"));
         QVERIFY(p.SaveDocumentSettings(path));
 
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        const QByteArray text = f.readAll();
+        const QString text = ReadTextFile(path);
         QVERIFY(text.startsWith("<ModuleManager><Settings currmodule=\"Billing\" templatename=\"/t/a &amp; b.dotx\" "
                                 "generatename=\"/out/doc.docx\" generatenamealt=\"/out/doc.html\" documentype=\"WORD\" "
                                 "option=\"1\" showsummary=\"yes\" showsummaryperfile=\"no\" ownernames=\"no\" "
@@ -106,56 +102,6 @@ private Q_SLOTS:
             QTEST(p.Modules().Item(1)->Files().Count(), "files");
             QTEST(p.Modules().Item(1)->Description, "description");
         }
-    }
-
-    void fileNames_data()
-    {
-        QTest::addColumn<QString>("fileName");
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("extension");
-        QTest::newRow("full") << "/src/a.b/c.cs"
-                              << "/src/a.b/"
-                              << "c.cs"
-                              << "cs";
-        QTest::newRow("no separator") << "Makefile"
-                                      << ""
-                                      << "Makefile"
-                                      << "Makefile";
-    }
-    void fileNames()
-    {
-        DocGenFile f;
-        f.SetFileName(QTest::currentDataTag() == QByteArray("full") ? "/src/a.b/c.cs" : "Makefile");
-        QTEST(f.Path(), "path");
-        QTEST(f.Name(), "name");
-        QTEST(f.Extenstion(), "extension");
-    }
-
-    void foundLists()
-    {
-        DocGenFile f;
-        const auto a = std::make_shared<TestObject>("a", "dbo"), b = std::make_shared<TestObject>("b", "dbo");
-        const int places[][2] = { { 3, 40 }, { 1, 9 }, { 3, 12 }, { 1, 9 } };
-        for (const auto &place : places) {
-            auto found = f.AddFoundDetails();
-            found->FoundAt = place[0];
-            found->CharPosiInContent = place[1];
-            found->ObjectFound = place[1] == 40 ? b : a;
-            f.AddFoundUnique(found->ObjectFound);
-        }
-        QCOMPARE(f.FoundCount(), 4);
-        QCOMPARE(f.FoundUniqueCount(), 2);
-        QCOMPARE(f.FoundUnique(1), DocGenObjectPtr(b));
-        // Reading order; of two references at one place the first found is shown.
-        QList<DocGenFileFoundPtr> walk;
-        for (auto r = f.FoundDetailsGetNext(0, 0); r; r = f.FoundDetailsGetNext(r->FoundAt, r->CharPosiInContent))
-            walk << r;
-        QCOMPARE(walk, (QList<DocGenFileFoundPtr> { f.FoundDetails(2), f.FoundDetails(3), f.FoundDetails(1) }));
-        QCOMPARE(f.FoundInReadingOrder(), walk);
-        QVERIFY(!f.FoundDetailsGetNext(3, 40));
-        f.FoundClear();
-        QCOMPARE(f.FoundCount() + f.FoundUniqueCount(), 0);
     }
 
     void modulesReindex()

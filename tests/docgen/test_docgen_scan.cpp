@@ -120,71 +120,6 @@ private Q_SLOTS:
         QVERIFY(references > 300);
     }
 
-    // Which of the six forms finds a reference, written out.
-    void forms_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("found"); // owner.name per reference, in reading order
-        QTest::newRow("between blanks") << " x SELECT usp_a FROM" << QStringList { "dbo.usp_a", "x.usp_a" };
-        QTest::newRow("followed by (") << " usp_a(1)" << QStringList {};
-        QTest::newRow("after =") << " a =usp_a " << QStringList {};
-        QTest::newRow("owner and name in brackets") << " [dbo].[usp_a];" << QStringList { "dbo.usp_a" };
-        QTest::newRow("name in brackets") << " [usp_a]," << QStringList { "dbo.usp_a", "x.usp_a" };
-        QTest::newRow("owner, name in brackets") << " x.[usp_a]" << QStringList { "x.usp_a" };
-        QTest::newRow("other capitals") << " USP_A\n" << QStringList { "dbo.usp_a", "x.usp_a" };
-        QTest::newRow("inside a word") << " xusp_a usp_ab" << QStringList {};
-        QTest::newRow("last line without end") << "\n\nEXEC usp_a" << QStringList { "dbo.usp_a", "x.usp_a" };
-        QTest::newRow("in a comment") << "/* {usp_a} */" << QStringList { "dbo.usp_a", "x.usp_a" };
-    }
-    void forms()
-    {
-        QFETCH(QString, text);
-        QFETCH(QStringList, found);
-        const QList<DocGenObjectPtr> objects { std::make_shared<TestObject>("usp_a", "dbo"),
-            std::make_shared<TestObject>("usp_a", "x") };
-        DocGenFile file;
-        const DocGenMatcher matcher(objects);
-        matcher.Record(text, matcher.Find(text, QStringLiteral("f")), file);
-        QStringList got;
-        for (int i = 1; i <= file.FoundCount(); ++i)
-            got << file.FoundDetails(i)->ObjectFound->Owner() + "." + file.FoundDetails(i)->ObjectFound->Name();
-        QCOMPARE(got, found);
-    }
-
-    void contextAndPositions_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("line");
-        QTest::addColumn<QString>("context");
-        QTest::addColumn<int>("start");
-        QTest::addColumn<int>("end");
-        QTest::newRow("near the start") << " EXEC usp_a 1" << 1 << " EXEC usp_a 1" << 6 << 12;
-        QTest::newRow("cut on both sides")
-            << QString(30, 'x') + "\r\n usp_a " + QString(30, 'y') << 2
-            << "..." + QString(17, 'x') + "\r\n usp_a " + QString(19, 'y') + "..." << 23 << 29;
-        QTest::newRow("earlier occurrence in context")
-            << QString(25, 'z') + " usp_a2 usp_a " << 1 << "..." + QString(12, 'z') + " usp_a2 usp_a " << 16 << 22;
-        QTest::newRow("carriage returns alone do not count") << "\r\r\n\r usp_a" << 2 << "\r\r\n\r usp_a" << 5 << 11;
-    }
-    void contextAndPositions()
-    {
-        QFETCH(QString, text);
-        QFETCH(int, line);
-        QFETCH(QString, context);
-        QFETCH(int, start);
-        QFETCH(int, end);
-        const QList<DocGenObjectPtr> objects { std::make_shared<TestObject>("usp_a", "dbo") };
-        DocGenFile file;
-        const DocGenMatcher matcher(objects);
-        matcher.Record(text, matcher.Find(text, QStringLiteral("f")), file);
-        const auto found = file.FoundDetails(file.FoundCount());
-        QVERIFY(found);
-        QCOMPARE(found->FoundAt, line);
-        QCOMPARE(found->FoundString, context);
-        QCOMPARE(found->PositionStart, start);
-        QCOMPARE(found->PositionEnd, end);
-    }
-
     // Files that are not clean text are read byte for byte; missing ones find nothing.
     void fileKinds_data()
     {
@@ -215,34 +150,6 @@ private Q_SLOTS:
         QCOMPARE(module.Files().Item(1)->FoundCount(), found);
         QCOMPARE(foundObjects.size(), 2);
         QCOMPARE(foundObjects[0].size(), found ? 1 : 0);
-    }
-
-    // An object found in two files is listed once for the module and once per file.
-    void foundObjectsOncePerModule()
-    {
-        QTemporaryDir dir;
-        DocGenModule module;
-        for (const char *name : { "a", "b" }) {
-            QFile f(dir.filePath(QLatin1String(name)));
-            f.open(QIODevice::WriteOnly);
-            f.write(" usp_b usp_a usp_a");
-            module.Files().Add(f.fileName());
-        }
-        const auto a = std::make_shared<TestObject>("usp_a", "dbo"), b = std::make_shared<TestObject>("usp_b", "dbo"),
-                   c = std::make_shared<TestObject>("usp_c", "dbo");
-        RecordingSteps steps;
-        for (int i = 0; i < 2; ++i)
-            steps.AddStep("FINDOBJECTS", "x");
-        QList<QList<DocGenObjectPtr>> found;
-        ScanModule({ DocGenCollection { "P", { a, b } }, DocGenCollection { "V", { c } } }, module, steps, found);
-        QCOMPARE(found[0], (QList<DocGenObjectPtr> { a, b }));
-        QVERIFY(found[1].isEmpty());
-        for (const auto &file : module.Files()) {
-            QCOMPARE(file->FoundCount(), 3);
-            QCOMPARE(file->FoundUniqueCount(), 2);
-            QCOMPARE(file->FoundUnique(1), DocGenObjectPtr(a)); // order of the objects, not of the text
-        }
-        QCOMPARE(steps.States, (QStringList { "Completed", "Initialising" }));
     }
 };
 

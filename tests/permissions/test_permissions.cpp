@@ -1,5 +1,5 @@
 // The permission model on both server kinds: the quick and the full form, the
-// tree rows, the script and the restating save, deny only where the server has it.
+// tree rows, deny only where the server has it, a missing object, routines.
 #include "../objects/test_backend.h"
 
 #include "KORVOPermissions.h"
@@ -142,52 +142,6 @@ private Q_SLOTS:
                 QCOMPARE(Nodes(items->Item(key)->Children()),
                     QStringList({ key + "_1|SELECT||PERMISSION:GRANT", key + "_2|INSERT||PERMISSION:GRANT" }));
         }
-    }
-
-    void createScript_data() { AddKindRows(); }
-    void createScript()
-    {
-        QVERIFY(setUp());
-        KORVOPermissionsPtr quick = read(true);
-        auto statement = [&](const QString &verb, const QString &action, const QString &grantee) {
-            return QStringLiteral("%1 %2 ON %3%4%5\r\n")
-                .arg(verb, action, b->StatementName("dbo", table),
-                    verb == QLatin1String("REVOKE") && b->IsPostgreSQL() ? " FROM " : " TO ",
-                    b->StatementGrantee(grantee));
-        };
-        const QStringList actions { "SELECT", "INSERT", "UPDATE", "DELETE", "REFERENCES" };
-        QString expected; // every right of every grantee but the owner
-        for (const KORVOPermissionPtr &p : *quick) {
-            for (int i = 0; !p->IsOwner && i < actions.size(); ++i)
-                expected += statement(p->Value(ActionSelect + i) == 1 ? "GRANT" : "REVOKE", actions[i], p->Name);
-        }
-        QCOMPARE(quick->CreateScript(), expected);
-        // With the names given the object is not looked up.
-        QCOMPARE(quick->CreateScript(table, "dbo"), expected);
-        // The owner's row yields nothing; PostgreSQL lists the owner's own rights.
-        QCOMPARE(bool(quick->Item(b->OwningGrantee())), b->IsPostgreSQL());
-    }
-
-    void saveRestatesEverything_data() { AddKindRows(); }
-    void saveRestatesEverything()
-    {
-        QVERIFY(setUp());
-        KORVOPermissionsPtr full = read(false);
-        full->Item(reader)->HasSelect = 0;
-        full->Item(reader)->HasInsert = 1;
-        full->Item(writer)->HasSelect = 0;
-        full->Item(writer)->HasInsert = 0;
-        full->Item(roles[2])->HasUpdate = 1;
-        // A right given behind the editor's back is taken away: the list is restated.
-        b->Protect("GRANT", "DELETE", "dbo", table, busy);
-        const QStringList ownerBefore = rights(b->OwningGrantee());
-        QVERIFY(full->Save());
-        QCOMPARE(rights(reader), QStringList { "GRANT INSERT" });
-        QCOMPARE(rights(writer), QStringList());
-        QCOMPARE(rights(roles[2]), QStringList { "GRANT UPDATE" });
-        QCOMPARE(rights(busy), QStringList());
-        QCOMPARE(rights(b->OwningGrantee()), ownerBefore);
-        QCOMPARE(Values(read(false)->Item(reader)), QStringLiteral("0 1 0 0 0 0"));
     }
 
     // An object that is gone gives no rows, no script and no save.

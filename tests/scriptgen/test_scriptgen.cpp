@@ -2,14 +2,12 @@
 // settings file, scripts of the four modes against expected files, the time
 // frame's cases, the wizard's checks and interruption, and on PostgreSQL the
 // scripts run by psql.
-#include "KORVODatabase.h"
-#include "KORVOProject.h"
+#include "../editor/ChildWindowTest.h"
 #include "KORVOStepList.h"
 #include "OffscreenDialogs.h"
 #include "ScriptCreator.h"
 #include "UserDataFolder.h"
 #include "frmScriptCreator.h"
-#include "test_backend.h"
 
 #include <QCheckBox>
 #include <QDateTimeEdit>
@@ -52,12 +50,6 @@ QStringList Entries(ScriptCreator &job)
     return out;
 }
 
-QString ReadBytes(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
-}
-
 } // namespace
 
 class TestScriptGen : public QObject
@@ -78,16 +70,11 @@ class TestScriptGen : public QObject
     // A session on the backend's database and repository, project "Shop".
     bool setUpSession()
     {
-        session = std::make_unique<KORVODatabase>(b->ui, std::make_shared<KORVOObjectFactory>(),
-            KORVODatabase::MainWindowFactory(), tmp->filePath("korvo.conf"));
-        auto project = std::make_shared<KORVOProject>(b->ui);
-        project->Name = QStringLiteral("Shop");
-        b->Bind(*project->SQL());
-        project->VSS()->OpenConnection(
-            b->repo->Url(), "alice", QString(), Backend::Project, b->repo->Folder("session"), true, true);
-        session->SetProject(project);
+        if (!(session = OpenSession(*b, tmp->filePath("korvo.conf"), true)))
+            return false;
+        session->Project()->Name = QStringLiteral("Shop");
         session->SetShowOwnerNameInName(true);
-        return project->SQL()->ConnectionOpen() && project->VSS()->ConnectionOpen();
+        return true;
     }
 
     std::shared_ptr<KORVOVersionedObjects> Collection(const QString &type)
@@ -194,7 +181,7 @@ class TestScriptGen : public QObject
         SetText(w, "txtFileLocation", path);
         b->ui.answer(Answer::Ok); // "Script was successfully generated!"
         Click(w, "cmdFinished");
-        return ReadBytes(path);
+        return ReadTextFile(path);
     }
     void RunMode(frmScriptCreator &w, const QString &mode)
     {
@@ -222,7 +209,7 @@ class TestScriptGen : public QObject
             f.write(actual.toUtf8());
         }
         const QStringList got = actual.split(QStringLiteral("\r\n"));
-        const QStringList want = ReadBytes(path).split(QStringLiteral("\r\n"));
+        const QStringList want = ReadTextFile(path).split(QStringLiteral("\r\n"));
         for (int i = 0; i < qMax(got.size(), want.size()); ++i)
             QVERIFY2(got.value(i) == want.value(i),
                 qPrintable(QStringLiteral("%1 line %2:\n got: %3\nwant: %4")
@@ -306,7 +293,7 @@ private Q_SLOTS:
         QVERIFY(WriteTextFile(path, "old"));
         QFile::setPermissions(path, QFile::ReadOwner);
         QVERIFY(job.SaveDocumentSettings(path));
-        QCOMPARE(ReadBytes(path),
+        QCOMPARE(ReadTextFile(path),
             "<ScriptCreator><Settings option=\"2\" filename=\"a&amp;b.sql\" dropobjects=\"no\" "
             "createpermission=\"yes\"/>"
             "<Database server=\"srv\" username=\"bob\" usewinauth=\"no\" database=\"db\"/><VSS "
@@ -316,20 +303,6 @@ private Q_SLOTS:
         ScriptCreator back(ui, ServerKind::SQLServer());
         back.LoadDocumentSettings(path);
         QCOMPARE(State(back), State(job));
-    }
-
-    void listIndexes()
-    {
-        ScriptCreatorObjects list;
-        for (int i = 0; i < 3; ++i)
-            list.Add();
-        QCOMPARE(list.Item(3)->VersionNumber, -1);
-        QCOMPARE(list.Item(3)->Action, 0);
-        const auto third = list.Item(3);
-        list.Remove(2);
-        QCOMPARE(third->Index, 2);
-        list.Clear();
-        QCOMPARE(list.Add()->Index, 1);
     }
 
     // Complete, custom and comparison scripts of the small project, compared
@@ -368,13 +341,9 @@ private Q_SLOTS:
         QVERIFY2(entries == expected, qPrintable(entries.join(", ")));
         CompareWithExpected(Finish(w), kind + QLatin1Char('_') + row + QStringLiteral(".sql"));
         QCOMPARE(b->ui.last().title, QStringLiteral("Operation Successful"));
-        QCOMPARE(Control<QPushButton>(w, "cmdCancel")->text(), QStringLiteral("Close"));
-        auto *steps = Control<QTreeWidget>(w, "lvwSteps");
-        QCOMPARE(steps->topLevelItem(steps->topLevelItemCount() - 1)->text(1),
-            QStringLiteral("Step %1 - Save script to script file").arg(steps->topLevelItemCount()));
-        QVERIFY(
-            ReadBytes(w.SettingsPath()).contains("username=\"" + b->Pick("korvo", "sa") + "\"") == (row == "compare"));
-        QVERIFY(!ReadBytes(w.SettingsPath()).contains("pw"));
+        QVERIFY(ReadTextFile(w.SettingsPath()).contains("username=\"" + b->Pick("korvo", "sa") + "\"")
+            == (row == "compare"));
+        QVERIFY(!ReadTextFile(w.SettingsPath()).contains("pw"));
     }
 
     // Created before and changed in the frame: update at the frame's version.
@@ -417,7 +386,8 @@ private Q_SLOTS:
         QVERIFY(!script.contains("SELECT 3"));
     }
 
-    // The wizard's checks: message, and where the focus goes.
+    // The wizard's checks: message, and where the focus goes; an existing file
+    // is not overwritten on No.
     void refusals_data()
     {
         QTest::addColumn<QString>("page");
@@ -444,12 +414,19 @@ private Q_SLOTS:
         QTest::newRow("missing folder") << "fraFinish missing"
                                         << "~could not be written"
                                         << "";
+        QTest::newRow("existing file, No")
+            << "fraFinish exists"
+            << "The specified Script file name already exists. Would you like to overwrite the file?"
+            << "";
     }
     void refusals()
     {
         QFETCH(QString, page);
         QFETCH(QString, text);
         QFETCH(QString, focus);
+        const bool missing = page.endsWith("missing"), exists = page.endsWith("exists");
+        const QString kept = tmp->filePath("kept.sql");
+        QVERIFY(WriteTextFile(kept, "kept"));
         b = Backend::Make("SQLServer");
         QVERIFY(b && setUpSession());
         frmScriptCreator &w = Wizard();
@@ -466,20 +443,26 @@ private Q_SLOTS:
             SetText(w, "txtSQLUsername", "");
         } else if (page.startsWith("fraFinish")) {
             Choose(w, 3);
-            SetText(w, "txtFileLocation", page.endsWith("missing") ? tmp->filePath("no/such/folder/x.sql") : "");
+            SetText(w, "txtFileLocation", missing ? tmp->filePath("no/such/folder/x.sql") : exists ? kept : "");
         }
-        b->ui.answer(Answer::Ok);
+        b->ui.answer(exists ? Answer::No : Answer::Ok);
         Click(w, page.startsWith("fraFinish") ? "cmdFinished" : "cmdNext");
-        b->ExpectLastBox(page.endsWith("missing") ? Icon::Critical : Icon::Warning,
-            page.endsWith("missing") ? "Script Not Saved" : "Invalid Data", text);
+        b->ExpectLastBox(missing ? Icon::Critical
+                : exists         ? Icon::Question
+                                 : Icon::Warning,
+            missing      ? "Script Not Saved"
+                : exists ? "Overwrite File?"
+                         : "Invalid Data",
+            text);
         QCOMPARE(w.CurrentFrame()->objectName(), page.section(' ', 0, 0));
         if (!focus.isEmpty())
             QCOMPARE(QApplication::focusWidget()->objectName(), focus);
         QVERIFY(!QFile::exists(tmp->filePath("no/such/folder/x.sql")));
+        QCOMPARE(ReadTextFile(kept), QStringLiteral("kept"));
     }
 
     // Closing during a collection asks first; Yes stops the run, which then
-    // closes the window. An existing file is not overwritten on No.
+    // closes the window.
     void interruption()
     {
         b = Backend::Make("SQLServer");
@@ -492,22 +475,6 @@ private Q_SLOTS:
         QVERIFY(w.Interrupted());
         QVERIFY(!w.isVisible());
         QVERIFY(w.Idle());
-    }
-
-    void overwriteRefused()
-    {
-        b = Backend::Make("SQLServer");
-        QVERIFY(b && setUpSession());
-        frmScriptCreator &w = Wizard();
-        Choose(w, 3);
-        const QString path = tmp->filePath("kept.sql");
-        QVERIFY(WriteTextFile(path, "kept"));
-        SetText(w, "txtFileLocation", path);
-        b->ui.answer(Answer::No);
-        Click(w, "cmdFinished");
-        QCOMPARE(b->ui.last().title, QStringLiteral("Overwrite File?"));
-        QCOMPARE(ReadBytes(path), QStringLiteral("kept"));
-        QCOMPARE(w.CurrentFrame()->objectName(), QStringLiteral("fraFinish"));
     }
 
     // The complete script builds the project's objects in a database with only
@@ -541,7 +508,7 @@ private Q_SLOTS:
             QVERIFY(sql.OpenConnection(db->Server, db->Database, db->UserName, db->Password, KORVOSQL::UseNTNo, true)
                         .isEmpty());
             QStringList names;
-            for (const QString &type : { "StoredProcedures", "UserDefinedFunctions", "Views", "Triggers" }) {
+            for (const char *type : { "StoredProcedures", "UserDefinedFunctions", "Views", "Triggers" }) {
                 for (const auto &o : *Collection(type)) {
                     const QString id = sql.GetObjectID(o->Name(), o->Owner());
                     QVERIFY2(!id.isEmpty(), qPrintable(o->Name()));

@@ -1,18 +1,14 @@
 // Synchronisation on both server kinds: the analysis, the results window driven
 // by its controls, and applying rows, with both sides checked after each apply.
-#include "KORVODatabase.h"
-#include "KORVOProject.h"
+#include "../editor/ChildWindowTest.h"
 #include "KORVOSyncResultsModel.h"
-#include "KORVOWindows.h"
 #include "OffscreenDialogs.h"
 #include "SvnRepository.h"
 #include "VssDatabase.h"
 #include "frmSyncProcess.h"
 #include "frmSyncResults.h"
-#include "test_backend.h"
 
 #include <QApplication>
-#include <QHeaderView>
 #include <QProgressBar>
 #include <QTableView>
 #include <QTemporaryDir>
@@ -26,11 +22,7 @@ const QString Function = ObjectTypeInfo(ObjectClass::UserDefinedFunction).Object
 class Steps : public KORVOSyncAnalysis::Observer
 {
 public:
-    QStringList lines;
-    void SetStepStatus(int step, const QString &text, int) override
-    {
-        lines.append(QStringLiteral("%1 %2").arg(step).arg(text));
-    }
+    void SetStepStatus(int, const QString &, int) override { }
     void CompareStarted(int, long) override { }
     void ObjectCompared(int, long, long) override { }
 };
@@ -48,18 +40,7 @@ class TestSync : public QObject
     bool setUp()
     {
         b = OpenBackend();
-        if (!b)
-            return false;
-        session = std::make_unique<KORVODatabase>(b->ui, std::make_shared<KORVOObjectFactory>(),
-            KORVODatabase::MainWindowFactory(), settings.filePath("korvo.conf"));
-        auto project = std::make_shared<KORVOProject>(b->ui);
-        b->Bind(*project->SQL());
-        project->VSS()->OpenConnection(
-            b->repo->Url(), "alice", QString(), Backend::Project, b->repo->Folder("session"), true, true);
-        if (!project->SQL()->ConnectionOpen() || !project->VSS()->ConnectionOpen())
-            return false;
-        session->SetProject(project);
-        return true;
+        return b && (session = OpenSession(*b, settings.filePath("korvo.conf"), true));
     }
     // Changes the server's text of an object outside KORVO.
     void alter(ObjectClass cls, const QString &name, int variant)
@@ -78,6 +59,15 @@ class TestSync : public QObject
         b->Create(ObjectClass::StoredProcedure, "p_c_sqlonly");
         QVERIFY(b->AddFile("900000001.sp", b->Text(ObjectClass::StoredProcedure, "p_d_vssonly")));
         b->Create(ObjectClass::StoredProcedure, "p_e_sqlonly");
+    }
+    // The differences of a whole analysis.
+    QList<KORVOSyncDifference> analyse()
+    {
+        KORVOSyncAnalysis analysis(*session);
+        analysis.BuildSteps();
+        Steps observer;
+        analysis.Run(observer);
+        return analysis.Differences();
     }
     QString qualified(const QString &name) const { return Backend::Dbo + '.' + name; }
     QStringList rows(const frmSyncResults &w) const
@@ -117,17 +107,8 @@ private Q_SLOTS:
             .Commit(VssDatabase::ProjectFolder(Backend::Project), "latin-1",
                 { { SvnRepository::Change::AddFile, latin + ".sp", QByteArray("SELECT '\xe9'"), {}, -1 } });
         b->ExpectBox();
-        KORVOSyncAnalysis analysis(*session);
-        const auto &steps = analysis.BuildSteps();
-        QCOMPARE(steps.size(), 8);
-        QCOMPARE(steps.at(0).StepText, QString("Find Stored Procedures in SQL and VSS"));
-        QCOMPARE(steps.at(1).StepKind, QString("COMP"));
-        Steps observer;
-        analysis.Run(observer);
-        QCOMPARE(observer.lines.first(), QString("0 Processing"));
-        QCOMPARE(observer.lines.last(), QString("7 Completed"));
         QStringList found;
-        for (const KORVOSyncDifference &d : analysis.Differences())
+        for (const KORVOSyncDifference &d : analyse())
             found.append(d.Row().mid(1).join(','));
         QCOMPARE(found.join('\n'),
             QStringList({ Procedure + ",1,1,1," + qualified("p_b_changed") + ",Stored Procedure",
@@ -178,18 +159,12 @@ private Q_SLOTS:
         if (!setUp())
             QSKIP("no server");
         makeDifferences();
-        KORVOSyncAnalysis analysis(*session);
-        analysis.BuildSteps();
-        Steps observer;
-        analysis.Run(observer);
         frmSyncResults w(windows);
-        w.Fill(*session, analysis.Differences());
+        w.Fill(*session, analyse());
         w.show();
         QVERIFY(QTest::qWaitForWindowExposed(&w));
         const QString changed = qualified("p_b_changed"), sqlOnly = qualified("p_c_sqlonly"),
                       other = qualified("p_e_sqlonly"), vssOnly = qualified("p_d_vssonly");
-        QCOMPARE(w.Grid()->model()->headerData(0, Qt::Horizontal).toString(),
-            QString("Objects in '%1' Database").arg(b->Database()));
 
         // Changed: to VSS; on the server only: drop one, add the other to VSS; in VSS only: create.
         clickImage(w, 0), clickImage(w, 0);
@@ -210,8 +185,6 @@ private Q_SLOTS:
         QCOMPARE(rows(w), QStringList({ changed + "|CNG:R|" + changed, other + "|ADD:R|" + other }));
         QVERIFY(w.Model().ChangesApplied());
         QVERIFY(w.isVisible());
-        // A group now: two rows of different kinds never are.
-        QCOMPARE(w.Model().ImageKey(0), QString("CNG:R"));
         const QString otherId = b->Id("p_e_sqlonly"), changedId = b->Id("p_b_changed");
         QCOMPARE(w.Model().SyncItems(),
             (QList<QPair<QString, QString>> { { otherId, Procedure }, { changedId, Procedure } }));
@@ -222,11 +195,6 @@ private Q_SLOTS:
         QVERIFY(!b->Files().contains(otherId + ".sp"));
         QVERIFY(b->Latest(changedId + ".sp").contains(Backend::Marker(ObjectClass::StoredProcedure, 1)));
 
-        // Both buttons.
-        Click(w, "cmdInSQL");
-        QCOMPARE(rows(w), QStringList({ changed + "|CNG:L|" + changed, other + "|DEL:L|" }));
-        Click(w, "cmdInVSS");
-        QCOMPARE(rows(w), QStringList({ changed + "|CNG:R|" + changed, other + "|ADD:R|" + other }));
         // Row 0 looks up the object of the last kept row (p_e_sqlonly, not in VSS to
         // change), row 1 that of p_b_changed (already in VSS to add).
         b->RefuseCommits(false);
@@ -256,12 +224,8 @@ private Q_SLOTS:
         if (!setUp())
             QSKIP("no server");
         makeDifferences();
-        KORVOSyncAnalysis analysis(*session);
-        analysis.BuildSteps();
-        Steps observer;
-        analysis.Run(observer);
         frmSyncResults w(windows);
-        w.Fill(*session, analysis.Differences());
+        w.Fill(*session, analyse());
         w.show();
         Click(w, "cmdInVSS");
         b->ExpectBox();
@@ -273,11 +237,7 @@ private Q_SLOTS:
         QVERIFY(b->Files().contains(b->Id("p_c_sqlonly") + ".sp"));
         QVERIFY(!b->Files().contains("900000001.sp"));
         QVERIFY(!b->Exists("p_d_vssonly"));
-        // Nothing is left to synchronise.
-        KORVOSyncAnalysis again(*session);
-        again.BuildSteps();
-        again.Run(observer);
-        QVERIFY(again.Differences().isEmpty());
+        QVERIFY(analyse().isEmpty()); // nothing is left to synchronise
     }
 
     // A DROP the server refuses escapes the apply; what was done stays done and
@@ -324,7 +284,6 @@ private Q_SLOTS:
         b->ExpectLastBox(UiServices::Icon::Information, "No Synchronization Needed", "Everything is in Sync");
         auto *steps = Control<QTreeWidget>(process, "lvwSteps");
         QCOMPARE(steps->topLevelItemCount(), 8);
-        QCOMPARE(steps->topLevelItem(7)->text(1), QString("Step 8 - Compare Triggers content"));
         for (int i = 0; i < 8; ++i)
             QCOMPARE(steps->topLevelItem(i)->text(2), QString("Completed"));
         QVERIFY(b->Latest("SyncHistory").startsWith("Synchronization: "));
