@@ -188,8 +188,8 @@ private Q_SLOTS:
     }
 
     // A project read back from key 4 as another program wrote it: name@number,
-    // server, database, authentication, user, password (- when not taken),
-    // kind | repository, user, project, working folder, password.
+    // server, database, authentication, user, password after its flag (+ or -),
+    // kind, repository, user, project, working folder, password after its flag.
     void loadRules_data()
     {
         QTest::addColumn<QStringList>("stored");
@@ -204,10 +204,10 @@ private Q_SLOTS:
             "Hand made@4|/run/pg|shop|1|me|-|PostgreSQL|file:///repo|me|$\\A\\|/w/|-");
         row("SQL password with its flag",
             { "PrjName=P", "SavePassword=1", "Password=pw", "VSSSavePassword=0", "VSSPassword=v", "PathInit=/w/" },
-            "P@4|||0||pw|SQLServer||||/w/|-");
+            "P@4|||0||+pw|SQLServer||||/w/|-");
         row("VSS password with its flag",
             { "PrjName=P", "SavePassword=0", "Password=pw", "VSSSavePassword=1", "VSSPassword=v", "PathInit=/w/" },
-            "P@4|||0||-|SQLServer||||/w/|v");
+            "P@4|||0||-|SQLServer||||/w/|+v");
         row("unknown kind", { "PrjName=P", "ServerKind=Oracle", "PathInit=/w/" }, "P@4|||0||-|SQLServer||||/w/|-");
     }
 
@@ -220,7 +220,7 @@ private Q_SLOTS:
         StoreValues(stored);
         const auto p = mDb->FindProjectByID(4);
         QVERIFY(p && !p->Default);
-        const auto taken = [](bool flag, const QString &password) { return flag ? password : QStringLiteral("-"); };
+        const auto taken = [](bool flag, const QString &password) { return (flag ? "+" : "-") + password; };
         const KORVOSQL &sql = *p->SQL();
         const KORVOVSS &vss = *p->VSS();
         QCOMPARE(
