@@ -117,19 +117,15 @@ private Q_SLOTS:
             outside.setValue(QStringLiteral("BigBin"), QByteArray(300, '\x01'));
         }
         Registry reg(mFile);
-        const RegistryValues values = reg.GetAllValues(HKCU, Folder());
-        QCOMPARE(values.Item(QStringLiteral("Bin"))->DataType, "3");
-        QCOMPARE(values.GetValueData(QStringLiteral("Bin")), "0A FF 10");
-        QCOMPARE(values.Item(QStringLiteral("Text"))->DataType, "1");
-        QCOMPARE(values.GetValueData(QStringLiteral("Len255")).size(), 255);
         // Longer names and texts are not read; binary data is cut to what fits.
-        QVERIFY(!values.IsValidItem(QStringLiteral("Len256")));
-        QCOMPARE(values.Count(), 4);
+        QStringList read; // name:type:text, long texts by their size
+        for (const auto &v : reg.GetAllValues(HKCU, Folder()))
+            read << v->Name + ":" + v->DataType + ":"
+                    + (v->DataValue.size() > 20 ? QString::number(v->DataValue.size()) : v->DataValue);
+        read.sort();
+        QCOMPARE(read, (QStringList { "BigBin:3:764", "Bin:3:0A FF 10", "Len255:1:255", "Text:1:plain" }));
         QCOMPARE(reg.GetValue(HKCU, Folder(), QStringLiteral("Len256")), QString());
-        const QString big = values.GetValueData(QStringLiteral("BigBin"));
-        QCOMPARE(big.size(), 255 * 3 - 1);
-        QVERIFY(big.startsWith(QStringLiteral("01 01 ")));
-        QCOMPARE(values.GetValueData(QStringLiteral("missing")), QString());
+        QCOMPARE(reg.GetAllValues(HKCU, Folder()).GetValueData(QStringLiteral("missing")), QString());
     }
 
     void deleteKey()

@@ -214,7 +214,6 @@ private Q_SLOTS:
             QTest::newRow(tag) << before << written << stored;
         };
         row("all numeric", "", "10,20,300,400", "10|20|300|400");
-        row("blanks", "", "10, 20, 300, 400", "10|20|300|400");
         row("third not numeric keeps its setting", "DiffRight=555", "10,20,x,40", "10|20|555|40");
         row("third not numeric, nothing stored", "", "10,20,,40", "10|20||40");
         row("more parts ignored", "", "1,2,3,4,5", "1|2|3|4");

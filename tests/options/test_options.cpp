@@ -214,8 +214,6 @@ private Q_SLOTS:
         dialog.show();
         auto *types = Find<QComboBox>(dialog, "cboDefaultText");
         auto *editor = Find<SQLTextEditor>(dialog, "txtDefaultText");
-        QCOMPARE(types->count(), 2);
-        QCOMPARE(types->itemData(0).toString(), QStringLiteral("STOREDPROCEDURES"));
         QCOMPARE(editor->Text(), QString());
         editor->SetText("CREATE PROCEDURE <DATE>");
         types->setCurrentIndex(1);
