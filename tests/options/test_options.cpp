@@ -156,24 +156,25 @@ private Q_SLOTS:
     // Each group's button and the value it stores; the editing default skips 3.
     void optionGroups_data()
     {
-        QTest::addColumn<int>("group");
+        QTest::addColumn<QString>("group");
         QTest::addColumn<int>("button");
         QTest::addColumn<int>("stored");
-        QTest::newRow("new discard") << 0 << 2 << 3;
-        QTest::newRow("edit check in") << 1 << 0 << 1;
-        QTest::newRow("edit save text") << 1 << 1 << 2;
-        QTest::newRow("edit undo check out stores 4") << 1 << 2 << 4;
-        QTest::newRow("edit keep checked out stores 5") << 1 << 3 << 5;
-        QTest::newRow("permission prompt") << 2 << 0 << 0;
-        QTest::newRow("tree roles") << 3 << 1 << 1;
-        QTest::newRow("editor users") << 4 << 2 << 2;
+        QTest::newRow("new discard") << "optNew" << 2 << 3;
+        QTest::newRow("edit check in") << "optEdit" << 0 << 1;
+        QTest::newRow("edit save text") << "optEdit" << 1 << 2;
+        QTest::newRow("edit undo check out stores 4") << "optEdit" << 2 << 4;
+        QTest::newRow("edit keep checked out stores 5") << "optEdit" << 3 << 5;
+        QTest::newRow("permission prompt") << "optPermission" << 0 << 0;
+        QTest::newRow("tree roles") << "optDBTPermission" << 1 << 1;
+        QTest::newRow("editor users") << "optEditorPermission" << 2 << 2;
     }
     void optionGroups()
     {
-        QFETCH(int, group);
+        QFETCH(QString, group);
         QFETCH(int, button);
         QFETCH(int, stored);
-        const GroupCase &g = Groups[group];
+        const GroupCase &g = *std::find_if(
+            std::begin(Groups), std::end(Groups), [&](const GroupCase &c) { return group == QLatin1String(c.group); });
         const auto name = [&](int i) { return QStringLiteral("%1_%2").arg(QLatin1String(g.group)).arg(i); };
         // Start from a value no button of the row stands for.
         (*mSession.*g.set)(stored == 1 ? 2 : 1);
