@@ -187,83 +187,50 @@ private Q_SLOTS:
         QCOMPARE(stored, expected);
     }
 
-    void passwordCountsOnlyWithItsFlag_data()
+    // A project read back from key 4 as another program wrote it: name@number,
+    // server, database, authentication, user, password after its flag (+ or -),
+    // kind, repository, user, project, working folder, password after its flag.
+    void loadRules_data()
     {
-        QTest::addColumn<bool>("sqlFlag");
-        QTest::addColumn<bool>("vssFlag");
-        QTest::newRow("both stored") << true << true;
-        QTest::newRow("none stored") << false << false;
-        QTest::newRow("only SQL") << true << false;
-        QTest::newRow("only VSS") << false << true;
+        QTest::addColumn<QStringList>("stored");
+        QTest::addColumn<QString>("loaded");
+        const auto row = [](const char *tag, const QStringList &stored, const char *loaded) {
+            QTest::newRow(tag) << stored << QString::fromLatin1(loaded);
+        };
+        row("every value",
+            { "PrjName=Hand made", "LastServer=/run/pg", "LastDatabase=shop", "SQLUseWinAuth=1", "LastUserName=me",
+                "SavePassword=true", "Password=x", "VSSFile=file:///repo", "VSSUser=me", "VSSProject=$\\A\\",
+                "PathInit=/w", "ServerKind=PostgreSQL" },
+            "Hand made@4|/run/pg|shop|1|me|-|PostgreSQL|file:///repo|me|$\\A\\|/w/|-");
+        row("SQL password with its flag",
+            { "PrjName=P", "SavePassword=1", "Password=pw", "VSSSavePassword=0", "VSSPassword=v", "PathInit=/w/" },
+            "P@4|||0||+pw|SQLServer||||/w/|-");
+        row("VSS password with its flag",
+            { "PrjName=P", "SavePassword=0", "Password=pw", "VSSSavePassword=1", "VSSPassword=v", "PathInit=/w/" },
+            "P@4|||0||-|SQLServer||||/w/|+v");
+        row("unknown kind", { "PrjName=P", "ServerKind=Oracle", "PathInit=/w/" }, "P@4|||0||-|SQLServer||||/w/|-");
     }
 
-    void passwordCountsOnlyWithItsFlag()
+    void loadRules()
     {
-        QFETCH(bool, sqlFlag);
-        QFETCH(bool, vssFlag);
-        auto p = MakeProject(QStringLiteral("Secret"));
-        p->SQL()->SetPassword(QStringLiteral("sqlpw"));
-        p->SQL()->SetStorePassword(sqlFlag);
-        p->VSS()->Password = QStringLiteral("vsspw");
-        p->VSS()->StorePassword = vssFlag;
-        mDb->SaveProject(p);
-        // The text is written whatever the flag says...
-        QCOMPARE(Stored(QStringLiteral("1/Password")), "sqlpw");
-        QCOMPARE(Stored(QStringLiteral("1/VSSPassword")), "vsspw");
-        // ...and read only when the flag says so.
-        auto loaded = mDb->FindProjectByID(1);
-        QVERIFY(loaded);
-        QCOMPARE(loaded->SQL()->Password(), sqlFlag ? "sqlpw" : QString());
-        QCOMPARE(loaded->SQL()->StorePassword(), sqlFlag);
-        QCOMPARE(loaded->VSS()->Password, vssFlag ? "vsspw" : QString());
-        QCOMPARE(loaded->VSS()->StorePassword, vssFlag);
-    }
-
-    void loadReadsEveryValue()
-    {
-        StoreValues({ "4/PrjName=Hand made", "4/LastServer=/run/pg", "4/LastDatabase=shop", "4/SQLUseWinAuth=1",
-            "4/LastUserName=(Windows authentication)", "4/SavePassword=true", "4/Password=x", "4/VSSFile=file:///repo",
-            "4/VSSUser=me", "4/VSSProject=$\\A\\", "4/PathInit=/w", "4/ServerKind=PostgreSQL" });
-        auto p = mDb->FindProjectByID(4);
-        QVERIFY(p);
-        QCOMPARE(p->Name, "Hand made");
-        QCOMPARE(p->Sequence, 4L);
-        QVERIFY(!p->Default);
-        QCOMPARE(p->SQL()->Server(), "/run/pg");
-        QCOMPARE(p->SQL()->Database(), "shop");
-        QVERIFY(p->SQL()->UseWinNTAuth());
-        QVERIFY(!p->SQL()->StorePassword()); // only "1" counts
-        QCOMPARE(p->SQL()->Password(), QString());
-        QCOMPARE(p->SQL()->Kind().Name(), "PostgreSQL");
-        QCOMPARE(p->VSS()->IniFile, "file:///repo");
-        QCOMPARE(p->VSS()->UserName, "me");
-        QCOMPARE(p->VSS()->Project, "$\\A\\");
-        QCOMPARE(p->VSS()->GeneralWorkingFolder(), QDir::toNativeSeparators(QStringLiteral("/w/")));
+        QFETCH(QStringList, stored);
+        QFETCH(QString, loaded);
+        for (QString &assignment : stored)
+            assignment.prepend(QStringLiteral("4/"));
+        StoreValues(stored);
+        const auto p = mDb->FindProjectByID(4);
+        QVERIFY(p && !p->Default);
+        const auto taken = [](bool flag, const QString &password) { return (flag ? "+" : "-") + password; };
+        const KORVOSQL &sql = *p->SQL();
+        const KORVOVSS &vss = *p->VSS();
+        QCOMPARE(
+            (QStringList { p->Name + "@" + QString::number(p->Sequence), sql.Server(), sql.Database(),
+                 QString::number(sql.UseWinNTAuth()), sql.StoredUserName(), taken(sql.StorePassword(), sql.Password()),
+                 sql.Kind().Name(), vss.IniFile, vss.UserName, vss.Project,
+                 QDir::fromNativeSeparators(vss.GeneralWorkingFolder()), taken(vss.StorePassword, vss.Password) })
+                .join(QLatin1Char('|')),
+            loaded);
         QVERIFY(!mDb->FindProjectByID(5));
-    }
-
-    void serverKindRoundTrip_data()
-    {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("kind");
-        QTest::newRow("absent") << QString() << QStringLiteral("SQLServer");
-        QTest::newRow("PostgreSQL") << QStringLiteral("PostgreSQL") << QStringLiteral("PostgreSQL");
-        QTest::newRow("unknown") << QStringLiteral("Oracle") << QStringLiteral("SQLServer");
-    }
-
-    void serverKindRoundTrip()
-    {
-        QFETCH(QString, stored);
-        QFETCH(QString, kind);
-        SaveNamed({ QStringLiteral("K") });
-        if (stored.isEmpty())
-            Store()->remove(QStringLiteral("1/ServerKind"));
-        else
-            Store()->setValue(QStringLiteral("1/ServerKind"), stored);
-        auto p = mDb->FindProjectByID(1);
-        QCOMPARE(p->SQL()->Kind().Name(), kind);
-        mDb->SaveProject(p);
-        QCOMPARE(Stored(QStringLiteral("1/ServerKind")), kind);
     }
 
     // The store keeps passwords: only the user may read it.
@@ -342,35 +309,10 @@ private Q_SLOTS:
         QCOMPARE(names, (QStringList { "A@1", "B@2", "Far@5", "   @8" }));
     }
 
-    void projectNameExists_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("oldName");
-        QTest::addColumn<bool>("exists");
-        auto row = [](const char *tag, const char *name, const char *oldName, bool exists) {
-            QTest::newRow(tag) << name << oldName << exists;
-        };
-        row("keeps its name", "Alpha", "Alpha", false);
-        row("only the case changes", "ALPHA", "Alpha", true);
-        row("another's name in other case", "beta", "Alpha", true);
-        row("new and unique", "Gamma", "", false);
-        row("new, name taken", "alpha", "", true);
-    }
-
-    void projectNameExists()
-    {
-        QFETCH(QString, name);
-        QFETCH(QString, oldName);
-        QFETCH(bool, exists);
-        SaveNamed({ QStringLiteral("Alpha"), QStringLiteral("Beta") });
-        QCOMPARE(mDb->ProjectNameExists(name, oldName), exists);
-    }
-
     void removeRenumbersWithoutGaps_data()
     {
         QTest::addColumn<int>("removed");
         QTest::addColumn<QStringList>("after");
-        QTest::newRow("2 of 3") << 2 << QStringList { "P1", "P3", "-" };
         QTest::newRow("1 of 3") << 1 << QStringList { "P2", "P3", "-" };
         QTest::newRow("last") << 3 << QStringList { "P1", "P2", "-" };
     }
@@ -440,13 +382,11 @@ private Q_SLOTS:
         QVERIFY(!p->IsFirstUserToConnect());
         p->ProjectWasSyncronized(QStringLiteral("Synchronization"));
 
-        const QString history = p->VSS()->ItemContent(QStringLiteral("SyncHistory"), false, -1, false, false);
-        const QStringList lines = history.split(QStringLiteral("\r\n"));
-        QCOMPARE(lines.size(), 3);
-        QCOMPARE(lines.at(2), QString());
-        const QRegularExpression line(QStringLiteral("^(\\w+): \\d\\d\\.\\d\\d\\.\\d{4} \\d\\d:\\d\\d:\\d\\d - anna$"));
-        QCOMPARE(line.match(lines.at(0)).captured(1), "Synchronization");
-        QCOMPARE(line.match(lines.at(1)).captured(1), "NoSyncWanted");
+        // Newest first, one line each.
+        const QString date = QStringLiteral(": \\d\\d\\.\\d\\d\\.\\d{4} \\d\\d:\\d\\d:\\d\\d - anna\r\n");
+        QVERIFY(QRegularExpression("^Synchronization" + date + "NoSyncWanted" + date + "$")
+                    .match(p->VSS()->ItemContent(QStringLiteral("SyncHistory"), false, -1, false, false))
+                    .hasMatch());
         // Released again: nobody is left holding the item.
         QCOMPARE(p->VSS()->CheckOutStatus(QStringLiteral("SyncHistory")), 0);
 

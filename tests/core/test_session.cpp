@@ -1,6 +1,7 @@
 #include "KORVODatabase.h"
 #include "KORVOMainWindow.h"
 #include "ScriptedUi.h"
+#include "StubCollections.h"
 
 #include <QSettings>
 #include <QTemporaryDir>
@@ -48,28 +49,23 @@ struct FakeObject : KORVODBObject, Recorder {
     }
 };
 
-struct FakeCollection : KORVOObjectCollection, Recorder {
-    QString type, display;
+struct FakeCollection : StubCollection, Recorder {
+    using StubCollection::StubCollection;
+    QString display;
     bool root = true, editable = true;
     QMap<QString, std::shared_ptr<FakeObject>> objects; // by DBID
     int steps = 0; // RefreshList raises the positions 0..steps, stopping when cancelled
     std::shared_ptr<KORVOSQL> sql;
-    std::shared_ptr<KORVOVSS> vss;
-    KORVODatabase *db = nullptr;
-    KORVOIconsPtr icons;
 
     QString Bare(const QString &key) const { return objects.contains(key) ? key : key.mid(1); }
-    QString ObjectType() const override { return type; }
     QString ObjectDisplayName() const override { return display; }
-    QString SubObjectType() const override { return type.chopped(1); }
+    QString SubObjectType() const override { return ObjectType().chopped(1); }
     QString SubObjectDisplayName() const override { return display.chopped(1); }
     bool IsRootNode() const override { return root; }
     bool IsEditable() const override { return editable; }
-    QString IconToUse() const override { return type.toUpper(); }
-    void LoadIcons() override { icons->Add(IconToUse()); }
     void RefreshList(bool &cancel) override
     {
-        Logged(Words(type, "RefreshList"));
+        Logged(Words(ObjectType(), "RefreshList"));
         for (int i = 0; i <= steps && !cancel; ++i)
             RaiseRetrieveStatusChange(i, steps, cancel);
         if (!cancel)
@@ -77,13 +73,13 @@ struct FakeCollection : KORVOObjectCollection, Recorder {
     }
     KORVODBObjectPtr Item(const QString &key, bool deleted, bool) override
     {
-        Logged(Words(type, "Item", key) + (deleted ? " deleted" : ""));
+        Logged(Words(ObjectType(), "Item", key) + (deleted ? " deleted" : ""));
         return objects.value(Bare(key));
     }
     bool ObjectIsOfThisType(const QString &key) override { return objects.contains(Bare(key)); }
     KORVODBTItemsPtr GetItemInfo(bool showOwner, const KORVODBObjectPtr &table) override
     {
-        Logged(Words(type, "GetItemInfo", showOwner, table ? table->DBID() : "-"));
+        Logged(Words(ObjectType(), "GetItemInfo", showOwner, table ? table->DBID() : "-"));
         bool cancel = false;
         RaiseAddingStatusChange(0, objects.size(), cancel);
         if (cancel)
@@ -94,25 +90,22 @@ struct FakeCollection : KORVOObjectCollection, Recorder {
         RaiseCompletedCurrentStatus();
         return items;
     }
-    KORVOContextMenu GetContextMenu() override { return {}; }
-    KORVODBObjectPtr newItem() override { return Logged(Words(type, "newItem"), std::make_shared<FakeObject>()); }
-    bool RenameItem(const QString &k, const QString &to) override { return Logged(Words(type, "RenameItem", k, to)); }
-    bool DeleteItem(const QString &key) override { return Logged(Words(type, "DeleteItem", key)); }
-    KORVODBTItemsPtr GetDeletedItems(bool showOwner) override
+    KORVODBObjectPtr newItem() override
     {
-        Logged(Words(type, "GetDeletedItems", showOwner));
+        return Logged(Words(ObjectType(), "newItem"), std::make_shared<FakeObject>());
+    }
+    bool RenameItem(const QString &k, const QString &to) override
+    {
+        return Logged(Words(ObjectType(), "RenameItem", k, to));
+    }
+    KORVODBTItemsPtr GetDeletedItems(bool) override
+    {
         auto items = std::make_shared<KORVODBTItems>();
-        items->Add("I9" + type);
+        items->Add("I9" + ObjectType());
         return items;
     }
-    bool UnDeleteObject(const QString &key) override { return Logged(Words(type, "UnDeleteObject", key)); }
-    void RemoveItem(const QString &key, bool) override { Logged(Words(type, "RemoveItem", key)); }
-    void ChangeKey(const QString &oldKey, int) override { Logged(Words(type, "ChangeKey", oldKey)); }
+    bool UnDeleteObject(const QString &key) override { return Logged(Words(ObjectType(), "UnDeleteObject", key)); }
     void SetActiveDBConnection(const std::shared_ptr<KORVOSQL> &c) override { sql = c; }
-    void SetActiveVSSConnection(const std::shared_ptr<KORVOVSS> &c) override { vss = c; }
-    void SetIcons(const KORVOIconsPtr &i) override { icons = i; }
-    void SetDatabase(KORVODatabase *d) override { db = d; }
-    void SetCheckSQLOnly(bool) override { }
 };
 
 struct FakeFactory : KORVOCollectionFactory {
@@ -123,24 +116,19 @@ struct FakeFactory : KORVOCollectionFactory {
     {
         static const char *const names[][2] = { { "StoredProcedures", "Stored Procedures" }, { "Tables", "Tables" },
             { "UserDefinedFunctions", "User Defined Functions" }, { "Views", "Views" }, { "Triggers", "Triggers" } };
-        auto c = std::make_shared<FakeCollection>();
-        c->type = QLatin1String(names[int(kind)][0]);
+        auto c = std::make_shared<FakeCollection>(QLatin1String(names[int(kind)][0]));
         c->display = QLatin1String(names[int(kind)][1]);
         c->root = kind != Kind::Triggers;
         c->editable = kind != Kind::Tables;
         c->log = &log;
-        log << Recorder::Words("create", c->type);
         made << c;
         return c;
     }
-    void Link(const KORVOObjectCollectionPtr &tables, const KORVOObjectCollectionPtr &triggers) override
-    {
-        log << Recorder::Words("link", tables->ObjectType(), triggers->ObjectType());
-    }
+    void Link(const KORVOObjectCollectionPtr &, const KORVOObjectCollectionPtr &) override { }
     std::shared_ptr<FakeCollection> last(const QString &type) const
     {
         for (auto it = made.crbegin(); it != made.crend(); ++it) {
-            if ((*it)->type == type)
+            if ((*it)->ObjectType() == type)
                 return *it;
         }
         return nullptr;
@@ -226,33 +214,6 @@ private Q_SLOTS:
         mFactory->addObject("Tables", "5", "orders", "sales");
         mFactory->addObject("Triggers", "7", "trg_orders");
         mFactory->log.clear();
-    }
-
-    void constructionBuildsCollectionsInOrder()
-    {
-        auto factory = std::make_shared<FakeFactory>();
-        KORVODatabase db(mUi, factory, {}, settingsFile());
-        QCOMPARE(factory->log,
-            QStringList({ "create StoredProcedures", "create Tables", "create Triggers", "create Views",
-                "create UserDefinedFunctions", "link Tables Triggers" }));
-        QStringList order;
-        for (const auto &c : db.Collections())
-            order << c->ObjectType();
-        QCOMPARE(order, QStringList({ "StoredProcedures", "Tables", "UserDefinedFunctions", "Views", "Triggers" }));
-        // Each collection is bound to the project's connectors and the session.
-        for (const auto &c : factory->made) {
-            QCOMPARE(c->db, &db);
-            QCOMPARE(c->sql, db.Project()->SQL());
-            QCOMPARE(c->vss, db.Project()->VSS());
-            QCOMPARE(c->icons, db.Icons());
-        }
-        // Collection icons come first, in tree order, then the fixed names.
-        const QStringList names = db.Icons()->Names();
-        QCOMPARE(names.mid(0, 6),
-            QStringList({ "STOREDPROCEDURES", "TABLES", "USERDEFINEDFUNCTIONS", "VIEWS", "TRIGGERS", "NEW" }));
-        QCOMPARE(names.last(), "PERMISSION:DENY");
-        QCOMPARE(db.Icons()->Item(QStringLiteral("no such icon")).Name, "-");
-        QCOMPARE(db.Icons()->Item(QStringLiteral("sync:none")).Name, "SYNC:NONE");
     }
 
     void getItemInfoDispatch_data()
@@ -359,9 +320,6 @@ private Q_SLOTS:
                 "Views=Views", "Triggers=Triggers" }));
         QCOMPARE(rows(mDb->GetItemsForDocGen()), sync);
         QCOMPARE(rows(mDb->GetItemsForScriptGen()), sync);
-        QCOMPARE(rows(mDb->GetItemsForNewMenu()),
-            QStringList({ "StoredProcedure=Stored Procedure", "UserDefinedFunction=User Defined Function", "View=View",
-                "Trigger=Trigger" }));
 
         QCOMPARE(mDb->GetObjectsForUndeleteing(QString()).size(), 4);
         const auto views = mDb->GetObjectsForUndeleteing(QStringLiteral("Views"));
