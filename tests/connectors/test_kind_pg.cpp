@@ -1,5 +1,5 @@
 // The PostgreSQL kind against a real server: object texts, their replacing
-// forms, compile checks, drop scripts and triggers' tables.
+// forms, compile checks and drop scripts.
 #include "PgTestServer.h"
 #include "ScriptedUi.h"
 #include "sql/KORVOSQL.h"
@@ -133,13 +133,6 @@ private Q_SLOTS:
         // Dropping what is not there is no error.
         mSql->ExecuteSQL(kind.DropScript(ObjectClass::View, u"public"_s, u"v"_s, read));
         QCOMPARE(kind.DropScript(ObjectClass::Trigger, QString(), u"trg"_s, read), QString());
-    }
-
-    void triggerTableFromServerText()
-    {
-        QCOMPARE(mSql->ExtractTableNameFromTrigger(
-                     mSql->GetObjectText(idOf(u"trg"_s)), mSql->Kind().CreatePatterns(ObjectClass::Trigger)),
-            u"public.t"_s);
     }
 };
 

@@ -34,6 +34,17 @@ void kinds()
     QTest::newRow("postgresql") << u"postgresql"_s;
 }
 
+// What a call throws: the description, marked when the connection was lost.
+QString failure(const std::function<void()> &call)
+{
+    try {
+        call();
+        return u"no error"_s;
+    } catch (const SqlError &e) {
+        return (e.ConnectionLost ? u"lost: "_s : QString()) + e.Description;
+    }
+}
+
 } // namespace
 
 class TestSqlConnector : public QObject
@@ -112,24 +123,6 @@ private Q_SLOTS:
         mMssql.reset();
     }
 
-    void openAndClose_data() { kinds(); }
-    void openAndClose()
-    {
-        const Backend b = backend();
-        auto sql = newSql(b);
-        QVERIFY(!sql->ConnectionOpen() && !sql->DBConn());
-        QCOMPARE(sql->OpenConnection(b.server, b.database, b.user, b.password, KORVOSQL::UseNTNo), QString());
-        QVERIFY(sql->ConnectionOpen() && sql->DBConn() && sql->HasConnected());
-        QCOMPARE(sql->Server(), b.server);
-        QCOMPARE(sql->Password(), b.password);
-        QVERIFY(!sql->UseWinNTAuth());
-        // Reopening takes what is stored, without a prompt.
-        QCOMPARE(sql->OpenConnection(), QString());
-        QVERIFY(sql->ConnectionOpen());
-        sql->CloseConnection();
-        QVERIFY(!sql->ConnectionOpen() && !sql->DBConn() && sql->HasConnected());
-    }
-
     void refusedLogin_data()
     {
         QTest::addColumn<QString>("kind");
@@ -158,12 +151,8 @@ private Q_SLOTS:
         QCOMPARE(sql->OpenConnection(server, database, b.user, password, KORVOSQL::UseNTNo, silent), raw);
         QVERIFY(!sql->ConnectionOpen() && !sql->DBConn() && !sql->HasConnected());
         QCOMPARE(sql->Server(), QString());
-        QCOMPARE(mUi.boxes.size(), silent ? 0 : 1);
-        if (!silent) {
-            QCOMPARE(mUi.last().icon, UiServices::Icon::Critical);
-            QCOMPARE(mUi.last().title, u"Connection Error"_s);
-            QCOMPARE(mUi.last().text, KORVOSQL::FormatSQLError(raw));
-        }
+        QCOMPARE(mUi.boxTexts(),
+            silent ? QStringList() : QStringList { u"critical|Connection Error|"_s + KORVOSQL::FormatSQLError(raw) });
     }
 
     void passwordPrompt_data() { kinds(); }
@@ -177,20 +166,16 @@ private Q_SLOTS:
 
         mUi.password(false).answer(UiServices::Answer::Ok);
         QCOMPARE(sql->OpenConnection(), u"Password was not entered!"_s);
-        QCOMPARE(mUi.prompts.size(), 1);
-        QCOMPARE(mUi.prompts[0].kind, u"SQL"_s);
-        QCOMPARE((QStringList { mUi.prompts[0].server, mUi.prompts[0].database, mUi.prompts[0].userName }),
-            (QStringList { b.server, b.database, b.user }));
-        QCOMPARE(mUi.last().icon, UiServices::Icon::Critical);
-        QCOMPARE(mUi.last().title, u"Connection Error"_s);
-        QCOMPARE(mUi.last().text, u"Password was not entered!"_s);
+        const ScriptedUi::Prompt &prompt = mUi.prompts[0];
+        QCOMPARE((QStringList { prompt.kind, prompt.server, prompt.database, prompt.userName }),
+            (QStringList { u"SQL"_s, b.server, b.database, b.user }));
         QVERIFY(!sql->ConnectionOpen());
 
         // Silent: no box, same result.
         mUi.password(false);
         QCOMPARE(sql->OpenConnection(QString(), QString(), QString(), QString(), KORVOSQL::UseStoredAuth, true),
             u"Password was not entered!"_s);
-        QCOMPARE(mUi.boxes.size(), 1);
+        QCOMPARE(mUi.boxTexts(), QStringList { u"critical|Connection Error|Password was not entered!"_s });
 
         mUi.password(true, b.user, b.password);
         QCOMPARE(sql->OpenConnection(), QString());
@@ -228,8 +213,7 @@ private Q_SLOTS:
         if (os) {
             QCOMPARE(result, QString());
             QVERIFY(sql->UseWinNTAuth());
-            QCOMPARE(sql->UserName(), u"(Windows authentication)"_s);
-            QCOMPARE(sql->StoredUserName(), u"stored"_s);
+            QCOMPARE(sql->UserName() + u'|' + sql->StoredUserName(), u"(Windows authentication)|stored"_s);
         } else {
             // Neither server takes this login without a password: the attempt is made and fails.
             QVERIFY(!result.isEmpty());
@@ -251,7 +235,6 @@ private Q_SLOTS:
         QCOMPARE(sql->GetObjectName(id, false), b.serverKind->FormatName(QString(), u"usp_a"_s));
         QCOMPARE(sql->GetObjectName(id, true), b.serverKind->FormatName(b.owner, u"usp_a"_s));
         QCOMPARE(sql->GetObjectName(u"123456789"_s, true), QString());
-        QCOMPARE(sql->GetObjectName(u"x"_s, true), QString());
         QCOMPARE(sql->GetObjectOwnerName(id), b.owner);
         QCOMPARE(sql->GetObjectOwnerName(u"123456789"_s), QString());
         QCOMPARE(sql->GetObjectText(id), b.expectedProcText);
@@ -270,67 +253,30 @@ private Q_SLOTS:
         QCOMPARE(sql->GetObjectOwnerName(other), u"other"_s);
     }
 
-    void statementErrorKeepsConnection_data() { kinds(); }
-    void statementErrorKeepsConnection()
-    {
-        const Backend b = backend();
-        auto sql = openSql(b);
-        try {
-            sql->ExecuteSQL(u"DROP VIEW no_such_view"_s);
-            QFAIL("no error");
-        } catch (const SqlError &e) {
-            QVERIFY(e.Description.startsWith("Line 1: "_L1) || b.serverKind->KindId() == ServerKind::Id::PostgreSQL);
-            QVERIFY(e.Description.contains("no_such_view"_L1));
-        }
-        QVERIFY(sql->ConnectionOpen());
-        b.run(b.procText);
-        QVERIFY(!sql->GetObjectID(u"usp_a"_s, QString()).isEmpty());
-    }
-
+    // A statement's error leaves the connection open; a lost connection stays
+    // lost and fails loudly until a new one is open.
     void serverGoesAway_data() { kinds(); }
     void serverGoesAway()
     {
         const Backend b = backend();
         b.run(b.procText);
         auto sql = openSql(b);
+        const QString error = failure([&] { sql->ExecuteSQL(u"DROP VIEW no_such_view"_s); });
+        QVERIFY2(error.contains("no_such_view"_L1) && !error.startsWith("lost"_L1), qPrintable(error));
         QVERIFY(sql->ConnectionOpen());
+
         b.dropSessions();
-        QString driverText;
-        try {
-            sql->GetObjectID(u"usp_a"_s, QString());
-            QFAIL("no error");
-        } catch (const SqlError &e) {
-            QVERIFY(e.ConnectionLost);
-            driverText = e.Description;
-        }
+        const QString lost = failure([&] { sql->GetObjectID(u"usp_a"_s, QString()); });
+        QVERIFY2(lost.startsWith("lost: "_L1), qPrintable(lost));
         QVERIFY(!sql->ConnectionOpen() && !sql->DBConn() && sql->ConnectionLost());
-        // Lost, the connection stays closed, and everything that needs the server
-        // fails loudly with the driver's text, without reaching the server.
-        const auto lost = [&](const std::function<void()> &call) {
-            try {
-                call();
-                return false;
-            } catch (const SqlError &e) {
-                return e.ConnectionLost && e.Description == driverText;
-            }
-        };
-        QVERIFY(lost([&] { sql->ExecuteSQL(u"SELECT 1"_s); }));
-        QVERIFY(lost([&] { sql->OpenRecordset(u"SELECT 1"_s); }));
-        QVERIFY(lost([&] { sql->GetObjectID(u"usp_a"_s, QString()); }));
-        QVERIFY(lost([&] { sql->GetObjectText(u"1"_s); }));
-        QVERIFY(lost([&] { sql->DatabaseUserName(); }));
-        try {
-            sql->UserDefinedFunctionsAllowed();
-            QFAIL("no error");
-        } catch (const SqlError &e) {
-            QCOMPARE(e.Number, 1000);
-            QCOMPARE(e.Source, u"KORVOSQL"_s);
-            QCOMPARE(e.Description, u"Connection is not open"_s);
-        }
+        // Everything that needs the server fails with the driver's text, without reaching it.
+        QCOMPARE(failure([&] { sql->ExecuteSQL(u"SELECT 1"_s); }), lost);
+        QCOMPARE(failure([&] { sql->OpenRecordset(u"SELECT 1"_s); }), lost);
+        QCOMPARE(failure([&] { sql->UserDefinedFunctionsAllowed(); }), u"Connection is not open"_s);
         // A reconnect while the server is still away leaves it lost.
         if (mMssql) {
             QVERIFY(!sql->OpenConnection({}, {}, {}, {}, KORVOSQL::UseStoredAuth, true).isEmpty());
-            QVERIFY(lost([&] { sql->ExecuteSQL(u"SELECT 1"_s); }));
+            QCOMPARE(failure([&] { sql->ExecuteSQL(u"SELECT 1"_s); }), lost);
             mMssql->start();
         }
         QCOMPARE(sql->OpenConnection(), QString());
@@ -338,6 +284,7 @@ private Q_SLOTS:
         QVERIFY(!sql->GetObjectID(u"usp_a"_s, QString()).isEmpty());
         // Closed on purpose, it stays quiet as described.
         sql->CloseConnection();
+        QVERIFY(!sql->ConnectionOpen() && !sql->DBConn() && sql->HasConnected());
         sql->ExecuteSQL(u"SELECT 1"_s);
         QVERIFY(!sql->OpenRecordset(u"SELECT 1"_s));
     }
@@ -353,8 +300,6 @@ private Q_SLOTS:
         QVERIFY(sql->UserDefinedFunctionsAllowed());
         QCOMPARE(sql->GetObjectID(u"udfCheck_SQL_SERVER_VERSION"_s, QString()), QString());
 
-        QVERIFY(sql->SQLDMOInstalled());
-        QCOMPARE(sql->FindServers(), QStringList { QString() });
         const QStringList dbs = sql->FindDatabases(b.server, b.user, b.password, KORVOSQL::UseNTNo);
         QVERIFY(dbs.indexOf(b.database) >= 1);
         QCOMPARE(dbs[0], QString());
