@@ -64,9 +64,6 @@ private Q_SLOTS:
         QTest::newRow("trigger")
             << u"trg"_s
             << u"CREATE TRIGGER trg BEFORE INSERT OR UPDATE ON public.t FOR EACH ROW EXECUTE FUNCTION public.tf()"_s;
-        QTest::newRow("procedure")
-            << u"p"_s
-            << u"CREATE OR REPLACE PROCEDURE public.p(IN x integer)\n LANGUAGE sql\nAS $procedure$SELECT 1$procedure$\n"_s;
     }
 
     // The server's own text, in its replacing form, runs and keeps the object.

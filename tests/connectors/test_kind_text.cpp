@@ -54,29 +54,6 @@ private Q_SLOTS:
         QCOMPARE(KORVOSQL::sqlFMTOUT(value, type, comma), result);
     }
 
-    void formatSQLError_data()
-    {
-        QTest::addColumn<QString>("raw");
-        QTest::addColumn<QString>("clean");
-        QTest::newRow("server prefix") << u"[Microsoft][ODBC SQL Server Driver][SQL Server]Login failed for user 'x'."_s
-                                       << u"Login failed for user 'x'."_s;
-        QTest::newRow("both prefixes")
-            << u"[Microsoft][ODBC SQL Server Driver][Shared Memory][Microsoft][ODBC SQL Server Driver][SQL Server]a"_s
-            << u"a"_s;
-        QTest::newRow("line kept") << u"Line 3: [Microsoft][ODBC SQL Server Driver][SQL Server]Bad"_s
-                                   << u"Line 3: Bad"_s;
-        for (const char *kept :
-            { "[Microsoft][ODBC SQL Server Driver][DBNETLIB]gone", "[microsoft][odbc sql server driver][sql server]x" })
-            QTest::newRow(kept) << QString::fromLatin1(kept) << QString::fromLatin1(kept);
-    }
-
-    void formatSQLError()
-    {
-        QFETCH(QString, raw);
-        QFETCH(QString, clean);
-        QCOMPARE(KORVOSQL::FormatSQLError(raw), clean);
-    }
-
     void validObjectName()
     {
         for (const char *name : { "AS", "as", "@p", "(@a" })
@@ -85,7 +62,7 @@ private Q_SLOTS:
             QVERIFY2(KORVOSQL::IsValidObjectName(QLatin1String(name)), name);
     }
 
-    // The name and text rules of the two kinds: one row per case, the helper named.
+    // The name, text, connection and error-text rules of the two kinds: one row per case, the helper named.
     void nameAndTextRules_data()
     {
         QTest::addColumn<bool>("postgres");
@@ -151,6 +128,28 @@ private Q_SLOTS:
             u"CREATE OR REPLACE FUNCTION public.f(a integer)\n RETURNS int"_s,
             u"CREATE OR REPLACE FUNCTION sptmp_20240309080501_17(a integer)\n RETURNS int|public.f"_s);
         rule("pg temporary name not found", true, "temporary name", u"SELECT 1"_s, u"|"_s);
+
+        // PostgreSQL's connection strings; SQL Server's are read back by the scripted server.
+        const QString pg = u"connect_timeout=10 application_name=KORVO"_s;
+        rule("pg host", true, "connection", u"db.example"_s,
+            u"host='db.example' dbname='db' user='u' password='p\\'' "_s + pg);
+        rule("pg host and port", true, "connection", u"localhost:5433"_s,
+            u"host='localhost' port=5433 dbname='db' user='u' password='p\\'' "_s + pg);
+        rule("pg socket folder, os login", true, "connection os", u"/run/postgresql"_s,
+            u"host='/run/postgresql' dbname='db' "_s + pg);
+
+        // Error texts of the Microsoft driver lose its prefixes.
+        rule("error server prefix", false, "error text",
+            u"[Microsoft][ODBC SQL Server Driver][SQL Server]Login failed for user 'x'."_s,
+            u"Login failed for user 'x'."_s);
+        rule("error both prefixes", false, "error text",
+            u"[Microsoft][ODBC SQL Server Driver][Shared Memory][Microsoft][ODBC SQL Server Driver][SQL Server]a"_s,
+            u"a"_s);
+        rule("error line kept", false, "error text", u"Line 3: [Microsoft][ODBC SQL Server Driver][SQL Server]Bad"_s,
+            u"Line 3: Bad"_s);
+        for (const char *kept :
+            { "[Microsoft][ODBC SQL Server Driver][DBNETLIB]gone", "[microsoft][odbc sql server driver][sql server]x" })
+            rule(kept, false, "error text", QString::fromLatin1(kept), QString::fromLatin1(kept));
     }
 
     void nameAndTextRules()
@@ -169,6 +168,10 @@ private Q_SLOTS:
             result = kind->ExtractTableNameFromTrigger(text, kind->CreatePatterns(ObjectClass::Trigger));
         } else if (helper == u"replacing"_s) {
             result = kind->ReplacingText(text);
+        } else if (helper.startsWith(u"connection"_s)) {
+            result = kind->CreateConnectionString(text, u"db"_s, u"u"_s, u"p'"_s, helper.endsWith(u" os"_s));
+        } else if (helper == u"error text"_s) {
+            result = KORVOSQL::FormatSQLError(text);
         } else { // the text under a temporary name, and the name it had
             const auto cls = postgres ? ObjectClass::UserDefinedFunction : ObjectClass::StoredProcedure;
             const QString temp = kind->TemporaryName(QDateTime(QDate(2024, 3, 9), QTime(8, 5, 1)), 17);
@@ -177,29 +180,6 @@ private Q_SLOTS:
             result += u'|' + old;
         }
         QCOMPARE(result, expected);
-    }
-
-    // PostgreSQL's connection strings; SQL Server's are read back by the scripted server.
-    void connectionStrings_data()
-    {
-        QTest::addColumn<QString>("server");
-        QTest::addColumn<bool>("os");
-        QTest::addColumn<QString>("result");
-        const QString pg = u"connect_timeout=10 application_name=KORVO"_s;
-        QTest::newRow("host") << u"db.example"_s << false
-                              << u"host='db.example' dbname='db' user='u' password='p\\'' "_s + pg;
-        QTest::newRow("host and port") << u"localhost:5433"_s << false
-                                       << u"host='localhost' port=5433 dbname='db' user='u' password='p\\'' "_s + pg;
-        QTest::newRow("socket folder, os login")
-            << u"/run/postgresql"_s << true << u"host='/run/postgresql' dbname='db' "_s + pg;
-    }
-
-    void connectionStrings()
-    {
-        QFETCH(QString, server);
-        QFETCH(bool, os);
-        QFETCH(QString, result);
-        QCOMPARE(ServerKind::PostgreSQL()->CreateConnectionString(server, u"db"_s, u"u"_s, u"p'"_s, os), result);
     }
 };
 

@@ -4,19 +4,8 @@
 
 const char *iconName(UiServices::Icon icon)
 {
-    switch (icon) {
-    case UiServices::Icon::None:
-        return "none";
-    case UiServices::Icon::Information:
-        return "information";
-    case UiServices::Icon::Question:
-        return "question";
-    case UiServices::Icon::Warning:
-        return "warning";
-    case UiServices::Icon::Critical:
-        return "critical";
-    }
-    return "?";
+    static const char *const names[] = { "none", "information", "question", "warning", "critical" };
+    return names[int(icon)];
 }
 
 ScriptedUi::~ScriptedUi() = default;

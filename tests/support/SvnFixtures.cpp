@@ -47,8 +47,7 @@ bool listening(int port)
     return ok;
 }
 
-} // namespace
-
+// A TCP port on 127.0.0.1 that nobody listens on at the moment.
 int FreeLocalPort()
 {
     const int s = ::socket(AF_INET, SOCK_STREAM, 0);
@@ -59,6 +58,8 @@ int FreeLocalPort()
     ::close(s);
     return ok ? ntohs(addr.sin_port) : 0;
 }
+
+} // namespace
 
 SvnTestRepository::SvnTestRepository(const QString &name)
     : mDir(tempBase() + u"/svn-XXXXXX"_s)
