@@ -361,6 +361,12 @@ private Q_SLOTS:
         QCOMPARE(state(), u"0||ro"_s);
         QCOMPARE(mVss->ItemContent(item, true, -1, false, false), u"v3"_s);
         QCOMPARE(mVss->GetItemHistory(item, false).first().Comment, u"Synchronization"_s);
+
+        // The project's dates run from its first version to its last.
+        QDateTime first, last;
+        mVss->GetDate(first, last);
+        QCOMPARE(first.toString(QLatin1String(VersionDateFormat)), history.last().VersionDate);
+        QVERIFY(first <= last && last <= QDateTime::currentDateTime().addSecs(2));
     }
 
     void historyFollowsTheItem_data()
@@ -454,18 +460,6 @@ private Q_SLOTS:
         QCOMPARE((QStringList { history[2].LabelComment, history[2].UserName, history[1].LabelComment }),
             (QStringList { "Release 1", "setup", "" }));
         QCOMPARE(moved.ItemContentForVersion(item, history[2].VersionNumber, false), u"release text"_s);
-    }
-
-    void getDate()
-    {
-        QDateTime first, last;
-        const QDateTime start = QDateTime::currentDateTime().addSecs(-2);
-        QVERIFY(mVss->AddItem(u"1.sp"_s, u"a"_s, false, {}));
-        QVERIFY(mVss->AddItem(u"2.sp"_s, u"b"_s, false, {}));
-        mVss->GetDate(first, last);
-        QVERIFY(first >= start && first <= last && last <= QDateTime::currentDateTime().addSecs(2));
-        QCOMPARE(first.toString(QLatin1String(VersionDateFormat)),
-            mVss->GetItemHistory(u"1.sp"_s, false).first().VersionDate);
     }
 
     // Descriptions as KORVODescription keeps them; renames with their object are

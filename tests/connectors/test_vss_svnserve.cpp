@@ -38,6 +38,12 @@ class TestVssSvnserve : public QObject
             qWarning("%s", qPrintable(error));
         return vss;
     }
+    static void accessRows()
+    {
+        QTest::addColumn<bool>("served");
+        QTest::newRow("svnserve") << true;
+        QTest::newRow("file") << false;
+    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -62,18 +68,11 @@ private Q_SLOTS:
         mRepo.reset();
     }
 
-    void exclusiveCheckOut_data()
-    {
-        QTest::addColumn<bool>("served");
-        QTest::addColumn<QString>("item");
-        QTest::newRow("svnserve") << true << u"100.sp"_s;
-        QTest::newRow("file") << false << u"110.sp"_s;
-    }
-
+    void exclusiveCheckOut_data() { accessRows(); }
     void exclusiveCheckOut()
     {
         QFETCH(bool, served);
-        QFETCH(QString, item);
+        const QString item = served ? u"100.sp"_s : u"110.sp"_s;
         ScriptedUi aliceUi, bobUi;
         auto alice = connect(aliceUi, u"alice"_s, u"pw1"_s, served);
         auto bob = connect(bobUi, u"bob"_s, u"pw2"_s, served);
@@ -117,13 +116,7 @@ private Q_SLOTS:
 
     // A folder's texts in one request, at an older revision and the latest;
     // ItemContents agrees with ItemContent item by item.
-    void folderContents_data()
-    {
-        QTest::addColumn<bool>("served");
-        QTest::newRow("svnserve") << true;
-        QTest::newRow("file") << false;
-    }
-
+    void folderContents_data() { accessRows(); }
     void folderContents()
     {
         QFETCH(bool, served);

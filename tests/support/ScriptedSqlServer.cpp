@@ -375,7 +375,6 @@ ScriptedSqlServer::Session ScriptedSqlServer::connect(const QString &connectionS
             continue;
         Session s;
         s.Database = db.Name;
-        s.Login = login->Name;
         s.Uid = -1;
         for (const User &u : db.Users) {
             if (u.Sid == login->Sid)

@@ -60,7 +60,6 @@ public:
     // What a connection carries: its database, its database user, its modes.
     struct Session {
         QString Database;
-        QString Login;
         int Uid = 1;
         bool ParseOnly = false;
         int Generation = 0;
