@@ -12,6 +12,21 @@ using namespace Qt::StringLiterals;
 namespace
 {
 enum class Via { Libpq, Odbc };
+
+// A result as text: the rows affected, or the count, field names and rows of a result with rows.
+QString describe(Recordset &rs)
+{
+    if (!rs.IsOpen())
+        return u"affected %1"_s.arg(rs.RecordsAffected());
+    QStringList rows { u"%1 of %2"_s.arg(rs.RecordCount()).arg(rs.FieldNames().join(u',')) };
+    for (; !rs.Eof(); rs.MoveNext()) {
+        QStringList row;
+        for (const QString &field : rs.FieldNames())
+            row << (rs.IsNull(field) ? u"NULL"_s : rs.FieldText(field));
+        rows << row.join(u',');
+    }
+    return rows.join(u'|');
+}
 }
 
 Q_DECLARE_METATYPE(Via)
@@ -77,23 +92,12 @@ private Q_SLOTS:
                          "DO $$BEGIN RAISE NOTICE 'hello %', 1; END$$"_s);
         QCOMPARE(r.Results.size(), 6);
         QVERIFY(!r.Results[0]->IsOpen());
-        QCOMPARE(r.Results[1]->RecordsAffected(), 3);
-        QVERIFY(!r.Results[1]->IsOpen());
-        const auto &rows = r.Results[2];
-        QVERIFY(rows->IsOpen());
-        QCOMPARE(rows->FieldNames(), (QStringList { "id", "name" }));
-        QCOMPARE(rows->RecordCount(), 3);
-        QCOMPARE(rows->Field(u"ID"_s).toInt(), 1);
-        rows->MoveNext();
-        QCOMPARE(rows->FieldText(u"name"_s), u"b"_s);
-        rows->MoveNext();
-        QVERIFY(rows->IsNull(u"name"_s));
-        rows->MoveNext();
-        QVERIFY(rows->Eof());
-        QVERIFY_THROWS_EXCEPTION(SqlError, rows->Field(u"id"_s));
-        QVERIFY(r.Results[3]->IsOpen() && r.Results[3]->Eof());
-        QCOMPARE(r.Results[3]->RecordCount(), 0);
-        QCOMPARE(r.Results[4]->RecordsAffected(), 2);
+        QCOMPARE(r.Results[2]->Field(u"ID"_s).toInt(), 1); // field names in any case
+        QStringList results;
+        for (int i = 1; i < 5; ++i)
+            results << describe(*r.Results[i]);
+        QCOMPARE(results, (QStringList { "affected 3", "3 of id,name|1,a|2,b|3,NULL", "0 of c", "affected 2" }));
+        QVERIFY_THROWS_EXCEPTION(SqlError, r.Results[2]->Field(u"id"_s)); // past the last row
         QVERIFY2(r.Messages.join('\n').contains("hello 1"_L1), qPrintable(r.Messages.join('\n')));
 
         // OpenRecordset gives the first result, rows or not.
@@ -109,15 +113,9 @@ private Q_SLOTS:
         const auto rs = open()->OpenRecordset(
             u"SELECT NULL::text AS n, ''::text AS e, 42::int AS i, 4294967295::bigint AS big, 1.5::float8 AS f, "
             "'Grüße ''q'' ✓'::text AS u, '%1'::text AS long"_s.arg(text));
-        QVERIFY(!rs->Field(u"n"_s).isValid());
-        QVERIFY(rs->Field(u"e"_s).isValid());
-        QCOMPARE(rs->FieldText(u"e"_s), QString());
-        QCOMPARE(rs->Field(u"i"_s).toLongLong(), 42);
         QCOMPARE(rs->Field(u"big"_s).toLongLong(), 4294967295LL);
-        QCOMPARE(rs->Field(u"f"_s).toDouble(), 1.5);
-        QCOMPARE(rs->FieldText(u"u"_s), u"Grüße 'q' ✓"_s);
-        QCOMPARE(rs->FieldText(u"long"_s), text);
         QVERIFY_THROWS_EXCEPTION(SqlError, rs->Field(u"nope"_s));
+        QCOMPARE(describe(*rs), u"1 of n,e,i,big,f,u,long|NULL,,42,4294967295,1.5,Grüße 'q' ✓,"_s + text);
     }
 
     // Errors carry the server's state and line, and leave the connection usable.

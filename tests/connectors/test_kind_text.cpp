@@ -1,5 +1,4 @@
 // The text helpers of KORVOSQL and the server kinds that need no server.
-#include "ScriptedUi.h"
 #include "sql/KORVOSQL.h"
 
 #include <QTest>
@@ -55,29 +54,6 @@ private Q_SLOTS:
         QCOMPARE(KORVOSQL::sqlFMTOUT(value, type, comma), result);
     }
 
-    void formatSQLError_data()
-    {
-        QTest::addColumn<QString>("raw");
-        QTest::addColumn<QString>("clean");
-        QTest::newRow("server prefix") << u"[Microsoft][ODBC SQL Server Driver][SQL Server]Login failed for user 'x'."_s
-                                       << u"Login failed for user 'x'."_s;
-        QTest::newRow("both prefixes")
-            << u"[Microsoft][ODBC SQL Server Driver][Shared Memory][Microsoft][ODBC SQL Server Driver][SQL Server]a"_s
-            << u"a"_s;
-        QTest::newRow("line kept") << u"Line 3: [Microsoft][ODBC SQL Server Driver][SQL Server]Bad"_s
-                                   << u"Line 3: Bad"_s;
-        for (const char *kept :
-            { "[Microsoft][ODBC SQL Server Driver][DBNETLIB]gone", "[microsoft][odbc sql server driver][sql server]x" })
-            QTest::newRow(kept) << QString::fromLatin1(kept) << QString::fromLatin1(kept);
-    }
-
-    void formatSQLError()
-    {
-        QFETCH(QString, raw);
-        QFETCH(QString, clean);
-        QCOMPARE(KORVOSQL::FormatSQLError(raw), clean);
-    }
-
     void validObjectName()
     {
         for (const char *name : { "AS", "as", "@p", "(@a" })
@@ -86,7 +62,7 @@ private Q_SLOTS:
             QVERIFY2(KORVOSQL::IsValidObjectName(QLatin1String(name)), name);
     }
 
-    // The name and text rules of the two kinds: one row per case, the helper named.
+    // The name, text, connection and error-text rules of the two kinds: one row per case, the helper named.
     void nameAndTextRules_data()
     {
         QTest::addColumn<bool>("postgres");
@@ -96,7 +72,6 @@ private Q_SLOTS:
 
         rule("ms split plain", false, "split", u"x"_s, u"|x"_s);
         rule("ms split dotted", false, "split", u"dbo.x"_s, u"dbo|x"_s);
-        rule("ms split dot in brackets", false, "split", u"[a.b].[c]"_s, u"a.b|c"_s);
         rule("ms split further dot stays", false, "split", u"a.b.c"_s, u"a|b.c"_s);
         rule("ms split case kept", false, "split", u"[Dbo].[MyProc]"_s, u"Dbo|MyProc"_s);
         rule("pg split folds unquoted", true, "split", u"Public.MyFunc"_s, u"public|myfunc"_s);
@@ -153,6 +128,28 @@ private Q_SLOTS:
             u"CREATE OR REPLACE FUNCTION public.f(a integer)\n RETURNS int"_s,
             u"CREATE OR REPLACE FUNCTION sptmp_20240309080501_17(a integer)\n RETURNS int|public.f"_s);
         rule("pg temporary name not found", true, "temporary name", u"SELECT 1"_s, u"|"_s);
+
+        // PostgreSQL's connection strings; SQL Server's are read back by the scripted server.
+        const QString pg = u"connect_timeout=10 application_name=KORVO"_s;
+        rule("pg host", true, "connection", u"db.example"_s,
+            u"host='db.example' dbname='db' user='u' password='p\\'' "_s + pg);
+        rule("pg host and port", true, "connection", u"localhost:5433"_s,
+            u"host='localhost' port=5433 dbname='db' user='u' password='p\\'' "_s + pg);
+        rule("pg socket folder, os login", true, "connection os", u"/run/postgresql"_s,
+            u"host='/run/postgresql' dbname='db' "_s + pg);
+
+        // Error texts of the Microsoft driver lose its prefixes.
+        rule("error server prefix", false, "error text",
+            u"[Microsoft][ODBC SQL Server Driver][SQL Server]Login failed for user 'x'."_s,
+            u"Login failed for user 'x'."_s);
+        rule("error both prefixes", false, "error text",
+            u"[Microsoft][ODBC SQL Server Driver][Shared Memory][Microsoft][ODBC SQL Server Driver][SQL Server]a"_s,
+            u"a"_s);
+        rule("error line kept", false, "error text", u"Line 3: [Microsoft][ODBC SQL Server Driver][SQL Server]Bad"_s,
+            u"Line 3: Bad"_s);
+        for (const char *kept :
+            { "[Microsoft][ODBC SQL Server Driver][DBNETLIB]gone", "[microsoft][odbc sql server driver][sql server]x" })
+            rule(kept, false, "error text", QString::fromLatin1(kept), QString::fromLatin1(kept));
     }
 
     void nameAndTextRules()
@@ -171,6 +168,10 @@ private Q_SLOTS:
             result = kind->ExtractTableNameFromTrigger(text, kind->CreatePatterns(ObjectClass::Trigger));
         } else if (helper == u"replacing"_s) {
             result = kind->ReplacingText(text);
+        } else if (helper.startsWith(u"connection"_s)) {
+            result = kind->CreateConnectionString(text, u"db"_s, u"u"_s, u"p'"_s, helper.endsWith(u" os"_s));
+        } else if (helper == u"error text"_s) {
+            result = KORVOSQL::FormatSQLError(text);
         } else { // the text under a temporary name, and the name it had
             const auto cls = postgres ? ObjectClass::UserDefinedFunction : ObjectClass::StoredProcedure;
             const QString temp = kind->TemporaryName(QDateTime(QDate(2024, 3, 9), QTime(8, 5, 1)), 17);
@@ -179,82 +180,6 @@ private Q_SLOTS:
             result += u'|' + old;
         }
         QCOMPARE(result, expected);
-    }
-
-    void connectionStrings_data()
-    {
-        QTest::addColumn<bool>("postgres");
-        QTest::addColumn<QString>("server");
-        QTest::addColumn<bool>("os");
-        QTest::addColumn<QString>("result");
-        const QString pg = u"connect_timeout=10 application_name=KORVO"_s;
-        QTest::newRow("ms login") << false << u"srv"_s << false
-                                  << u"Driver={SQL Server};Server=srv;Database=db;Uid=u;Pwd={p'};"_s;
-        QTest::newRow("ms trusted") << false << u"srv"_s << true
-                                    << u"Driver={SQL Server};Server=srv;Database=db;Trusted_Connection=yes;"_s;
-        QTest::newRow("pg host") << true << u"db.example"_s << false
-                                 << u"host='db.example' dbname='db' user='u' password='p\\'' "_s + pg;
-        QTest::newRow("pg host and port") << true << u"localhost:5433"_s << false
-                                          << u"host='localhost' port=5433 dbname='db' user='u' password='p\\'' "_s + pg;
-        QTest::newRow("pg socket folder, os login")
-            << true << u"/run/postgresql"_s << true << u"host='/run/postgresql' dbname='db' "_s + pg;
-    }
-
-    void connectionStrings()
-    {
-        QFETCH(bool, postgres);
-        QFETCH(QString, server);
-        QFETCH(bool, os);
-        QFETCH(QString, result);
-        QCOMPARE(kindOf(postgres)->CreateConnectionString(server, u"db"_s, u"u"_s, u"p'"_s, os), result);
-    }
-
-    void sqlServerDropScript()
-    {
-        const auto kind = ServerKind::SQLServer();
-        QCOMPARE(kind->DropScript(ObjectClass::StoredProcedure, u"dbo"_s, u"p"_s, {}),
-            u"IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'[dbo].[p]') AND OBJECTPROPERTY(id, "
-            "N'IsProcedure') = 1) \r\n\t DROP PROCEDURE [dbo].[p]"_s);
-        QCOMPARE(kind->DropScript(ObjectClass::UserDefinedFunction, QString(), u"f"_s, {}),
-            u"IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'[f]') AND xtype IN (N'FN', N'IF', N'TF') "
-            u") "
-            "\r\n\t DROP FUNCTION [f]"_s);
-    }
-
-    void permissionStatements_data()
-    {
-        QTest::addColumn<bool>("postgres");
-        QTest::addColumn<int>("action");
-        QTest::addColumn<int>("value");
-        QTest::addColumn<QString>("result");
-        QTest::newRow("ms revoke says TO") << false << 2 << 0 << u"REVOKE SELECT ON [dbo].[v] TO [r]]x]"_s;
-        QTest::newRow("ms grant") << false << 1 << 1 << u"GRANT EXECUTE ON [dbo].[v] TO [r]]x]"_s;
-        QTest::newRow("ms deny") << false << 6 << 2 << u"DENY REFERENCES ON [dbo].[v] TO [r]]x]"_s;
-        QTest::newRow("ms owner") << false << 1 << 3 << QString();
-        QTest::newRow("pg revoke from") << true << 2 << 0 << u"REVOKE SELECT ON [dbo].[v] FROM \"r]x\""_s;
-        QTest::newRow("pg grant") << true << 3 << 1 << u"GRANT INSERT ON [dbo].[v] TO \"r]x\""_s;
-        QTest::newRow("pg no deny") << true << 1 << 2 << QString();
-    }
-
-    void permissionStatements()
-    {
-        QFETCH(bool, postgres);
-        QFETCH(int, action);
-        QFETCH(int, value);
-        QFETCH(QString, result);
-        const auto kind = kindOf(postgres);
-        QCOMPARE(kind->PermissionStatement(action, value, u"[dbo].[v]"_s, u"r]x"_s), result);
-        QCOMPARE(kind->SupportsDeny(), !postgres);
-    }
-
-    void storedKindNames()
-    {
-        QCOMPARE(ServerKind::FromName(QString())->KindId(), ServerKind::Id::SQLServer);
-        QCOMPARE(ServerKind::FromName(u"unknown"_s)->KindId(), ServerKind::Id::SQLServer);
-        for (const auto &kind : { ServerKind::SQLServer(), ServerKind::PostgreSQL() })
-            QCOMPARE(ServerKind::FromName(kind->Name()).get(), kind.get());
-        ScriptedUi ui;
-        QCOMPARE(KORVOSQL(ui).Kind().KindId(), ServerKind::Id::SQLServer);
     }
 };
 

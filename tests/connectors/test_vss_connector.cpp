@@ -93,9 +93,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("argument"); // {dir} is the ini file's folder
         QTest::addColumn<QString>("expected"); // empty: an error is expected
         const QString ini = u"{dir}/srcsafe.ini"_s;
-        QTest::newRow("file URL") << QString() << u"file:///srv/svn/db"_s << u"file:///srv/svn/db"_s;
         QTest::newRow("svn URL") << QString() << u"svn://127.0.0.1:3690/db"_s << u"svn://127.0.0.1:3690/db"_s;
-        QTest::newRow("https URL") << QString() << u"https://example.org/svn/db"_s << u"https://example.org/svn/db"_s;
         QTest::newRow("ini with a URL") << u"[general]\nURL = svn://host/db\n"_s << ini << u"svn://host/db"_s;
         QTest::newRow("ini key in any case, quoted") << u"url=\"file:///x/y\"\n"_s << ini << u"file:///x/y"_s;
         QTest::newRow("relative file: path") << u"URL = file:repo\n"_s << ini << u"file://{dir}/repo"_s;
@@ -131,8 +129,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("project");
         QTest::addColumn<QString>("folder"); // "!": refused
         QTest::newRow("root") << u"$\\"_s << QString();
-        QTest::newRow("bare dollar") << u"$"_s << QString();
-        QTest::newRow("two levels") << u"$\\A\\B\\"_s << u"A/B"_s;
         QTest::newRow("forward slashes") << u"$/A/B"_s << u"A/B"_s;
         QTest::newRow("no dollar") << u"A\\B"_s << u"A/B"_s;
         QTest::newRow("blank inside") << u"$\\My Project\\"_s << u"My Project"_s;
@@ -182,42 +178,32 @@ private Q_SLOTS:
         if (error.isEmpty()) {
             QCOMPARE(result, QString());
             QVERIFY(vss.ConnectionOpen());
-            QCOMPARE(vss.IniFile, ini);
-            QCOMPARE(vss.Project, project);
             // The folder is kept as given, without the setter's separator rule.
-            QCOMPARE(vss.GeneralWorkingFolder(), folder);
             QCOMPARE(vss.GetItemFileName(u"1.sp"_s), folder + u"1.sp"_s);
             return;
         }
         QVERIFY2(result.contains(error), qPrintable(result));
         QVERIFY(!vss.ConnectionOpen());
-        QCOMPARE(ui.boxes.size(), 1);
-        QCOMPARE(ui.boxes[0].icon, UiServices::Icon::Critical);
-        QCOMPARE(ui.boxes[0].title, u"Connection Error"_s);
-        QCOMPARE(ui.boxes[0].text, result);
-        // Silent: the same result, no box.
+        // Silent: the same result, no second box.
         QCOMPARE(vss.OpenConnection(ini, u"alice"_s, QString(), project, folder, true, true), result);
-        QCOMPARE(ui.boxes.size(), 1);
+        QCOMPARE(ui.boxTexts(), QStringList { u"critical|Connection Error|"_s + result });
     }
 
     void passwordPrompt_data()
     {
         QTest::addColumn<QString>("setup"); // why no prompt comes; empty: it comes
         QTest::addColumn<bool>("confirm"); // the prompt's answer
-        QTest::addColumn<bool>("silent");
-        QTest::newRow("prompt confirmed") << QString() << true << false;
-        QTest::newRow("prompt cancelled") << QString() << false << false;
-        QTest::newRow("prompt cancelled, silent") << QString() << false << true;
-        QTest::newRow("blank password given") << u"blank given"_s << false << false;
-        QTest::newRow("stored password") << u"stored"_s << false << false;
-        QTest::newRow("connected before") << u"connected before"_s << false << false;
+        QTest::newRow("prompt confirmed") << QString() << true;
+        QTest::newRow("prompt cancelled") << QString() << false;
+        QTest::newRow("blank password given") << u"blank given"_s << false;
+        QTest::newRow("stored password") << u"stored"_s << false;
+        QTest::newRow("connected before") << u"connected before"_s << false;
     }
 
     void passwordPrompt()
     {
         QFETCH(QString, setup);
         QFETCH(bool, confirm);
-        QFETCH(bool, silent);
         const bool prompted = setup.isEmpty(), refused = prompted && !confirm;
         ScriptedUi ui;
         KORVOVSS vss(ui);
@@ -232,20 +218,18 @@ private Q_SLOTS:
         }
         if (prompted)
             ui.password(confirm, u"bob"_s, u"secret"_s);
-        if (refused && !silent)
-            ui.answer(UiServices::Answer::Ok);
-        QCOMPARE(vss.OpenConnection({}, {}, {}, {}, {}, silent, setup == u"blank given"_s),
+        if (refused)
+            ui.answer(UiServices::Answer::Ok).password(false);
+        QCOMPARE(vss.OpenConnection({}, {}, {}, {}, {}, false, setup == u"blank given"_s),
             refused ? u"Password was not entered!"_s : QString());
+        if (refused) // silent: the same result, no second box
+            QCOMPARE(vss.OpenConnection({}, {}, {}, {}, {}, true, false), u"Password was not entered!"_s);
         QCOMPARE(ui.pending(), 0);
-        if (prompted) {
-            QCOMPARE(ui.prompts[0].iniFile, mRepo->Url());
-            QCOMPARE(ui.prompts[0].userName, u"alice"_s);
-        }
+        if (prompted)
+            QCOMPARE(ui.prompts[0].iniFile + u'|' + ui.prompts[0].userName, mRepo->Url() + u"|alice"_s);
         QCOMPARE(vss.ConnectionOpen(), !refused);
         QCOMPARE(vss.UserName, prompted && confirm ? u"bob"_s : u"alice"_s);
-        QCOMPARE(ui.boxes.size(), refused && !silent ? 1 : 0);
-        if (!ui.boxes.isEmpty())
-            QCOMPARE(ui.boxes[0].title, u"Connection Error"_s);
+        QCOMPARE(ui.boxTexts().size(), refused ? 1 : 0);
     }
 
     void projectsAndNewProject_data()
@@ -254,9 +238,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("result");
         const QString db = u"$\\Db\\"_s;
-        QTest::newRow("new") << db << u"Fresh"_s << QString();
         QTest::newRow("with blank and umlaut") << db << u"Ärger Projekt"_s << QString();
-        QTest::newRow("exists") << db << u"Objects"_s << u"The Project 'Objects' already exists!"_s;
         QTest::newRow("slash") << db << u"a/b"_s << u"The New Project Name 'a/b' is invalid!"_s;
         QTest::newRow("empty") << db << QString() << u"The New Project Name '' is invalid!"_s;
         QTest::newRow("trailing dot") << db << u"x."_s
@@ -287,16 +269,14 @@ private Q_SLOTS:
         QTest::addColumn<bool>("includeDeleted");
         QTest::addColumn<bool>("onlyDeleted");
         QTest::addColumn<QStringList>("expected");
-        const QStringList all { "1.sp", "1.sp.desc", "2.vw", "4.sp*alice", "5.SP", "SyncHistory" };
         QTest::newRow("*.sp drops .desc") << u"*.sp"_s << false << false << QStringList { "1.sp", "4.sp*alice" };
         QTest::newRow("*.sp with deleted")
             << u"*.sp"_s << true << false << QStringList { "1.sp", "3.sp", "4.sp*alice" };
         QTest::newRow("only deleted") << u"*.sp"_s << true << true << QStringList { "3.sp" };
         QTest::newRow("only deleted needs include") << u"*.sp"_s << false << true << QStringList {};
         QTest::newRow("case-sensitive") << u"*.SP"_s << false << false << QStringList { "5.SP" };
-        QTest::newRow("*.desc") << u"*.desc"_s << true << false << QStringList { "1.sp.desc" };
-        QTest::newRow("all") << u"*"_s << false << false << all;
-        QTest::newRow("empty filter") << QString() << false << false << all;
+        QTest::newRow("all") << u"*"_s << false << false
+                             << QStringList { "1.sp", "1.sp.desc", "2.vw", "4.sp*alice", "5.SP", "SyncHistory" };
     }
 
     void itemsFilter()
@@ -332,18 +312,17 @@ private Q_SLOTS:
     {
         const QString item = u"10.sp"_s, local = mWork + item;
         const QString v1 = u"CREATE PROCEDURE a AS SELECT 1"_s, v2 = u"CREATE PROCEDURE a AS SELECT 2"_s;
-        QCOMPARE(mVss->GetItemFileName(item), local);
+        // The check-out status, who holds it, and whether the working copy is read-only.
+        const auto state = [&] {
+            return u"%1|%2|%3"_s.arg(mVss->CheckOutStatus(item))
+                .arg(mVss->CheckedOutBy(item), WorkingFiles::IsReadOnly(local) ? u"ro"_s : u"rw"_s);
+        };
         QVERIFY(mVss->AddItem(item, v1, false, u"first"_s));
         QCOMPARE(WorkingFiles::ReadText(local), v1);
-        QVERIFY(WorkingFiles::IsReadOnly(local));
-        QCOMPARE(mVss->CheckOutStatus(item), 0);
-        QCOMPARE(mVss->CheckedOutBy(item), QString());
+        QCOMPARE(state(), u"0||ro"_s);
 
         QVERIFY(mVss->CheckOut(item, false));
-        QCOMPARE(mVss->CheckOutStatus(item), 2);
-        QCOMPARE(mVss->CheckedOutBy(item), u"alice"_s);
-        QCOMPARE(mVss->Item(item)->CheckedOutBy, u"alice"_s);
-        QVERIFY(!WorkingFiles::IsReadOnly(local));
+        QCOMPARE(state(), u"2|alice|rw"_s);
         QVERIFY(!mVss->CheckOut(item, false)); // refused without a message
 
         // The user's own text is read from the working copy; the checked-in text
@@ -358,8 +337,7 @@ private Q_SLOTS:
 
         // Check-in with empty content takes the working copy as it stands.
         QVERIFY(mVss->CheckIn(item, QString(), u"second"_s, false));
-        QCOMPARE(mVss->CheckOutStatus(item), 0);
-        QVERIFY(WorkingFiles::IsReadOnly(local));
+        QCOMPARE(state(), u"0||ro"_s);
         QVERIFY(!mVss->CheckIn(item, u"x"_s, QString(), false));
         QVERIFY(!mVss->UndoCheckout(item, false));
 
@@ -367,9 +345,8 @@ private Q_SLOTS:
         QVERIFY(mVss->CheckOut(item, false));
         writeText(local, u"scribble"_s);
         QVERIFY(mVss->UndoCheckout(item, false));
-        QCOMPARE(mVss->CheckOutStatus(item), 0);
+        QCOMPARE(state(), u"0||ro"_s);
         QCOMPARE(WorkingFiles::ReadText(local), v2);
-        QVERIFY(WorkingFiles::IsReadOnly(local));
 
         // A check-in of unchanged text only ends the check-out.
         QVERIFY(mVss->CheckOut(item, false));
@@ -377,22 +354,23 @@ private Q_SLOTS:
         const auto history = mVss->GetItemHistory(item, false);
         QCOMPARE(actions(history), (QStringList { "Checked in", "Created" }));
         QCOMPARE(history[0].Comment, u"second"_s);
-        QCOMPARE(history[1].Comment, u"first"_s);
-        QCOMPARE(history[0].UserName, u"alice"_s);
-        QVERIFY(history[0].VersionNumber > history[1].VersionNumber);
-        QVERIFY(VersionDateTime(history[0].VersionDate).isValid());
 
         // ChangeItemContent goes through a check-out of its own.
         QVERIFY(mVss->ChangeItemContent(item, u"v3"_s, u"Synchronization"_s, false));
-        QCOMPARE(mVss->CheckOutStatus(item), 0);
+        QCOMPARE(state(), u"0||ro"_s);
         QCOMPARE(mVss->ItemContent(item, true, -1, false, false), u"v3"_s);
         QCOMPARE(mVss->GetItemHistory(item, false).first().Comment, u"Synchronization"_s);
+
+        // The project's dates run from its first version to its last.
+        QDateTime first, last;
+        mVss->GetDate(first, last);
+        QCOMPARE(first.toString(QLatin1String(VersionDateFormat)), history.last().VersionDate);
+        QVERIFY(first <= last && last <= QDateTime::currentDateTime().addSecs(2));
     }
 
     void historyFollowsTheItem_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::newRow("plain") << u"10.sp"_s;
         QTest::newRow("blanks, percent, hash") << u"my 50% #1.sp"_s;
         QTest::newRow("umlauts") << u"Größe ändern.sp"_s;
         QTest::newRow("cjk") << u"表.vw"_s;
@@ -445,16 +423,19 @@ private Q_SLOTS:
                 "Checked in", "Created" }));
         QCOMPARE((QStringList { h[4].Comment, h[7].Comment, h[8].Comment, h[9].Comment }),
             (QStringList { "again", "Item renamed from [a] to [b].", "ü", "c1" }));
-        QCOMPARE(mVss->ItemContentForVersion(n3, h[9].VersionNumber, false), u"text 1"_s);
-        QCOMPARE(mVss->ItemContent(n3, false, h[8].VersionNumber, false, false), u"text 2"_s);
-        QCOMPARE(mVss->ItemContentForVersion(n3, h[7].VersionNumber, false), u"text 3"_s);
-        QCOMPARE(mVss->ItemContentForVersion(n3, h[4].VersionNumber, false), u"text 4"_s);
+        QStringList texts;
+        for (int i : { 9, 7, 4 })
+            texts << mVss->ItemContentForVersion(n3, h[i].VersionNumber, false);
+        texts << mVss->ItemContent(n3, false, h[8].VersionNumber, false, false);
+        QCOMPARE(texts, (QStringList { "text 1", "text 3", "text 4", "text 2" }));
         // Neither a number that isn't a version nor OnlyIfExists on a missing item shows a message.
         QCOMPARE(mVss->ItemContentForVersion(n3, 999999, false), QString());
         QVERIFY(!mVss->RenameItem(u"nothing.sp"_s, u"x.sp"_s, false, true, false));
     }
 
-    void labels()
+    // A label is a copy of the project folder under tags; a moved project
+    // folder keeps its items' history, labels included.
+    void labelsAndMovedProject()
     {
         const QString item = u"50.sp"_s;
         QVERIFY(mVss->AddItem(item, u"release text"_s, false, {}));
@@ -462,56 +443,31 @@ private Q_SLOTS:
         QVERIFY(mVss->ChangeItemContent(item, u"later text"_s, u"after"_s, false));
         // An item added after the label doesn't carry it.
         QVERIFY(mVss->AddItem(u"51.sp"_s, u"x"_s, false, {}));
-
-        const auto history = mVss->GetItemHistory(item, false);
-        QCOMPARE(actions(history), (QStringList { "Checked in", "Labeled 'v1.0'", "Created" }));
-        QVERIFY(history[1].IsLabel && !history[0].IsLabel);
-        QCOMPARE(history[1].LabelComment, u"Release 1"_s);
-        QCOMPARE(history[0].LabelComment, QString());
-        QCOMPARE(history[1].UserName, u"setup"_s);
-        QCOMPARE(mVss->ItemContentForVersion(item, history[1].VersionNumber, false), u"release text"_s);
         QCOMPARE(actions(mVss->GetItemHistory(u"51.sp"_s, false)), QStringList { "Created" });
         // The tags folder is not part of the project.
         QCOMPARE(names(mVss->Items(u"*"_s, true, false)), (QStringList { "50.sp", "51.sp" }));
-    }
 
-    void movedProjectKeepsHistory()
-    {
-        QVERIFY(mVss->AddItem(u"80.sp"_s, u"before the move"_s, false, {}));
         QVERIFY(mRepo->Svn(
             { u"move"_s, u"-m"_s, u"move"_s, mRepo->Url() + u"/Db/Objects"_s, mRepo->Url() + u"/Db/Moved"_s }));
         KORVOVSS moved(*mUi);
         QCOMPARE(moved.OpenConnection(
                      mRepo->Url(), u"alice"_s, {}, u"$\\Db\\Moved\\"_s, mRepo->Folder(u"moved"_s), false, true),
             QString());
-        const auto history = moved.GetItemHistory(u"80.sp"_s, false);
-        QCOMPARE(actions(history), (QStringList { "Moved", "Created" }));
-        QCOMPARE(moved.ItemContentForVersion(u"80.sp"_s, history[1].VersionNumber, false), u"before the move"_s);
+        const auto history = moved.GetItemHistory(item, false);
+        QCOMPARE(actions(history), (QStringList { "Moved", "Checked in", "Labeled 'v1.0'", "Created" }));
+        QVERIFY(history[2].IsLabel && !history[1].IsLabel);
+        QCOMPARE((QStringList { history[2].LabelComment, history[2].UserName, history[1].LabelComment }),
+            (QStringList { "Release 1", "setup", "" }));
+        QCOMPARE(moved.ItemContentForVersion(item, history[2].VersionNumber, false), u"release text"_s);
     }
 
-    void getDate()
-    {
-        QDateTime first, last;
-        mVss->GetDate(first, last);
-        QCOMPARE(first.date(), QDate(2100, 1, 1));
-        QCOMPARE(last.date(), QDate(1900, 1, 1));
-
-        const QDateTime start = QDateTime::currentDateTime().addSecs(-2);
-        QVERIFY(mVss->AddItem(u"1.sp"_s, u"a"_s, false, {}));
-        QVERIFY(mVss->AddItem(u"2.sp"_s, u"b"_s, false, {}));
-        QVERIFY(mVss->RemoveItem(u"2.sp"_s, false));
-        mVss->GetDate(first, last);
-        QVERIFY(first >= start && first <= last && last <= QDateTime::currentDateTime().addSecs(2));
-        QCOMPARE(first.toString(QLatin1String(VersionDateFormat)),
-            mVss->GetItemHistory(u"1.sp"_s, false).first().VersionDate);
-    }
-
+    // Descriptions as KORVODescription keeps them; renames with their object are
+    // tested with the objects.
     void descriptions()
     {
         QVERIFY(mVss->AddItem(u"60.sp"_s, u"x"_s, false, {}));
         KORVODescription d;
         d.SetActiveVSSConnection(mVss);
-        QCOMPARE(d.Description(), QString()); // no item name yet
         d.SetVSSItemName(u"60.sp"_s);
         QCOMPARE(d.Description(), QString());
         // A blank description makes no item.
@@ -525,12 +481,6 @@ private Q_SLOTS:
         d.SetDescription(QString());
         QCOMPARE(d.Description(), QString());
         QCOMPARE(mVss->ItemContent(u"60.sp.desc"_s, false, -1, true, false), u" "_s);
-        QCOMPARE(mVss->GetItemHistory(u"60.sp.desc"_s, false).size(), 3);
-
-        d.SetDescription(u"again"_s);
-        QVERIFY(d.Rename(u"61.sp"_s));
-        QVERIFY(!mVss->ItemExists(u"60.sp.desc"_s));
-        QCOMPARE(d.Description(), u"again"_s);
         d.SetVSSItemName(u"70.sp"_s);
         QVERIFY(!d.Rename(u"71.sp"_s)); // nothing to rename, and no message
     }
@@ -543,8 +493,6 @@ private Q_SLOTS:
         QTest::addColumn<Operation>("operation");
         static const QString no = u"no.sp"_s, a = u"a.sp"_s, b = u"b.sp"_s, content = u"Could not get Item Content"_s,
                              rename = u"Could not Rename Item"_s, change = u"Could not change Item"_s;
-        failure("ItemContent", content, u"An error ocuured while trying to retrieve the contents for item 'no.sp'."_s,
-            [](KORVOVSS &v, bool s) { return !v.ItemContent(no, false, -1, s, false).isEmpty(); });
         failure("ItemContent deleted", content,
             u"An error ocuured while trying to retrieve the contents for item 'a.sp'."_s,
             [](KORVOVSS &v, bool s) { return !v.ItemContent(a, false, -1, s, true).isEmpty(); });
@@ -576,8 +524,6 @@ private Q_SLOTS:
             [](KORVOVSS &v, bool s) { return v.UndoCheckout(no, s); });
         failure("RenameItem onto existing", rename, u"An error ocuured while renaming the item 'a.sp' to 'b.sp."_s,
             [](KORVOVSS &v, bool s) { return v.RenameItem(a, b, s, false, false); });
-        failure("RenameItem missing", rename, u"An error ocuured while renaming the item 'no.sp' to 'b.sp."_s,
-            [](KORVOVSS &v, bool s) { return v.RenameItem(no, b, s, false, false); });
         failure("RenameItemWithNewContent", rename, u"An error ocuured while renaming the item 'a.sp' to 'b.sp."_s,
             [](KORVOVSS &v, bool s) { return v.RenameItemWithNewContent(a, b, u"new"_s, u"c"_s, s); });
         failure(
@@ -602,16 +548,13 @@ private Q_SLOTS:
 
         mUi->answer(UiServices::Answer::Ok);
         QVERIFY(!operation(*mVss, false));
-        QCOMPARE(mUi->boxes.size(), 1);
-        QCOMPARE(mUi->boxes[0].icon, UiServices::Icon::Critical);
-        QCOMPARE(mUi->boxes[0].title, title);
-        const QStringList lines = mUi->boxes[0].text.split(u'\n');
-        QCOMPARE(lines.size(), 2);
-        QCOMPARE(lines[0], firstLine);
-        QVERIFY2(lines[1].size() > 2 && lines[1].startsWith(u'(') && lines[1].endsWith(u')'), qPrintable(lines[1]));
         // Silent: the same outcome without a box.
         QVERIFY(!operation(*mVss, true));
-        QCOMPARE(mUi->boxes.size(), 1);
+        // One box: the first line, then the reason in parentheses.
+        const QStringList lines = mUi->boxTexts().join(u'\n').split(u'\n');
+        QCOMPARE(lines.size(), 2);
+        QCOMPARE(lines[0], u"critical|"_s + title + u'|' + firstLine);
+        QVERIFY2(lines[1].size() > 2 && lines[1].startsWith(u'(') && lines[1].endsWith(u')'), qPrintable(lines[1]));
         if (setup == u"closed"_s)
             return;
         // Nothing was committed, and nothing is left checked out that wasn't before.

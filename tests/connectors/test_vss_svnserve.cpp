@@ -9,7 +9,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
@@ -39,6 +38,12 @@ class TestVssSvnserve : public QObject
             qWarning("%s", qPrintable(error));
         return vss;
     }
+    static void accessRows()
+    {
+        QTest::addColumn<bool>("served");
+        QTest::newRow("svnserve") << true;
+        QTest::newRow("file") << false;
+    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -63,18 +68,11 @@ private Q_SLOTS:
         mRepo.reset();
     }
 
-    void exclusiveCheckOut_data()
-    {
-        QTest::addColumn<bool>("served");
-        QTest::addColumn<QString>("item");
-        QTest::newRow("svnserve") << true << u"100.sp"_s;
-        QTest::newRow("file") << false << u"110.sp"_s;
-    }
-
+    void exclusiveCheckOut_data() { accessRows(); }
     void exclusiveCheckOut()
     {
         QFETCH(bool, served);
-        QFETCH(QString, item);
+        const QString item = served ? u"100.sp"_s : u"110.sp"_s;
         ScriptedUi aliceUi, bobUi;
         auto alice = connect(aliceUi, u"alice"_s, u"pw1"_s, served);
         auto bob = connect(bobUi, u"bob"_s, u"pw2"_s, served);
@@ -110,22 +108,15 @@ private Q_SLOTS:
         QVERIFY(bob->CheckIn(item, u"v3"_s, u"bob's change"_s, false));
         QCOMPARE(alice->ItemContent(item, false, -1, false, false), u"v3"_s);
 
-        const auto history = alice->GetItemHistory(item, false);
-        QCOMPARE(history.size(), 3);
-        QCOMPARE(history[0].UserName, u"bob"_s);
-        QCOMPARE(history[1].UserName, u"alice"_s);
-        QCOMPARE(history[2].Action, u"Created"_s);
+        QStringList history;
+        for (const KORVOHistoryData &h : alice->GetItemHistory(item, false))
+            history << h.UserName + u' ' + h.Action;
+        QCOMPARE(history, (QStringList { "bob Checked in", "alice Checked in", "alice Created" }));
     }
 
     // A folder's texts in one request, at an older revision and the latest;
     // ItemContents agrees with ItemContent item by item.
-    void folderContents_data()
-    {
-        QTest::addColumn<bool>("served");
-        QTest::newRow("svnserve") << true;
-        QTest::newRow("file") << false;
-    }
-
+    void folderContents_data() { accessRows(); }
     void folderContents()
     {
         QFETCH(bool, served);
@@ -143,8 +134,8 @@ private Q_SLOTS:
         svn.Commit(folder, u"later"_s,
             { { C::AddFile, u"5.sp"_s, QByteArray("five"), {}, -1 }, { C::Delete, u"1.sp"_s, {}, {}, -1 } });
 
-        const QHash<QString, QByteArray> then { { u"1.sp"_s, "one" }, { u"2.vw"_s, accents },
-            { u"3.sp"_s, latin1 }, { u"4.sp"_s, QByteArray() } };
+        const QHash<QString, QByteArray> then { { u"1.sp"_s, "one" }, { u"2.vw"_s, accents }, { u"3.sp"_s, latin1 },
+            { u"4.sp"_s, QByteArray() } };
         QCOMPARE(svn.FolderContents(folder, asked), then);
         QHash<QString, QByteArray> now = then;
         now.remove(u"1.sp"_s);
@@ -173,7 +164,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("user");
         QTest::addColumn<QString>("password");
         QTest::newRow("wrong password") << u"alice"_s << u"nope"_s;
-        QTest::newRow("unknown user") << u"mallory"_s << u"pw1"_s;
         QTest::newRow("blank password") << u"bob"_s << QString();
     }
 
@@ -188,9 +178,7 @@ private Q_SLOTS:
             = vss.OpenConnection(url(true), user, password, project, mRepo->Folder(u"w"_s), false, true);
         QVERIFY(!error.isEmpty());
         QVERIFY(!vss.ConnectionOpen());
-        QCOMPARE(ui.boxes.size(), 1);
-        QCOMPARE(ui.boxes[0].title, u"Connection Error"_s);
-        QCOMPARE(ui.boxes[0].text, error);
+        QCOMPARE(ui.boxTexts(), QStringList { u"critical|Connection Error|"_s + error });
         QCOMPARE(vss.TestConnection(url(true), user, password, project), error);
     }
 

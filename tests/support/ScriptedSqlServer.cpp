@@ -55,6 +55,14 @@ QStringList helpTextRows(const QString &text)
     return out;
 }
 
+// The object types a kind word of CREATE, ALTER or DROP stands for, the usual one first.
+QStringList typesOf(const QString &word)
+{
+    static const QMap<QString, QStringList> types { { "PROCEDURE", { "P" } }, { "PROC", { "P" } }, { "VIEW", { "V" } },
+        { "TRIGGER", { "TR" } }, { "FUNCTION", { "FN", "IF", "TF" } }, { "TABLE", { "U" } } };
+    return types.value(word);
+}
+
 class ScriptedConnection : public SqlConnection
 {
 public:
@@ -248,19 +256,14 @@ const ScriptedSqlServer::Object *ScriptedSqlServer::objectById(const QString &da
     return nullptr;
 }
 
-// Name resolution as SQL Server does it: an unqualified name is looked for
-// under the session's user first, then under dbo.
-ScriptedSqlServer::Object *ScriptedSqlServer::resolve(Database &db, const QString &writtenName, const Session &s)
+ScriptedSqlServer::Object *ScriptedSqlServer::resolve(
+    Database &db, const QString &writtenName, const Session &s, const std::function<bool(const Object &)> &pass)
 {
     const QStringList parts = SQLServerKind::ExtractOwnerAndItemName(writtenName.trimmed());
-    QList<int> owners;
-    if (!parts[0].isEmpty())
-        owners << uidOf(db, parts[0]);
-    else
-        owners << s.Uid << 1;
+    const QList<int> owners = parts[0].isEmpty() ? QList<int> { s.Uid, 1 } : QList<int> { uidOf(db, parts[0]) };
     for (int uid : owners) {
         for (Object &o : db.Objects) {
-            if (o.Uid == uid && same(o.Name, parts[1]))
+            if (o.Uid == uid && same(o.Name, parts[1]) && (!pass || pass(o)))
                 return &o;
         }
     }
@@ -372,7 +375,6 @@ ScriptedSqlServer::Session ScriptedSqlServer::connect(const QString &connectionS
             continue;
         Session s;
         s.Database = db.Name;
-        s.Login = login->Name;
         s.Uid = -1;
         for (const User &u : db.Users) {
             if (u.Sid == login->Sid)
@@ -413,11 +415,9 @@ BatchResult ScriptedSqlServer::execute(Session &session, const QString &sql)
 BatchResult ScriptedSqlServer::drop(
     Database &db, const QString &kindWord, const QString &name, bool ifExists, const Session &s)
 {
-    static const QMap<QString, QStringList> types { { "PROCEDURE", { "P" } }, { "PROC", { "P" } }, { "VIEW", { "V" } },
-        { "TRIGGER", { "TR" } }, { "FUNCTION", { "FN", "IF", "TF" } }, { "TABLE", { "U" } } };
     const QString word = kindWord.toUpper();
     Object *o = resolve(db, name, s);
-    if (!o || !types.value(word).contains(o->XType)) {
+    if (!o || !typesOf(word).contains(o->XType)) {
         if (ifExists)
             return done();
         const QString what = word == QLatin1String("PROC") ? QStringLiteral("procedure") : word.toLower();
@@ -436,32 +436,19 @@ BatchResult ScriptedSqlServer::drop(
 BatchResult ScriptedSqlServer::createOrAlter(Call &call, bool create)
 {
     const QString word = call.match.captured(2).toUpper();
-    SQLKeywordPatterns keywords;
-    QString xtype;
-    if (word == QLatin1String("PROC") || word == QLatin1String("PROCEDURE")) {
-        keywords = { { "PROC" }, { "PROCEDURE" } };
-        xtype = QStringLiteral("P");
-    } else if (word == QLatin1String("VIEW")) {
-        keywords = { { "VIEW" } };
-        xtype = QStringLiteral("V");
-    } else if (word == QLatin1String("TRIGGER")) {
-        keywords = { { "TRIGGER" } };
-        xtype = QStringLiteral("TR");
-    } else if (word == QLatin1String("FUNCTION")) {
-        keywords = { { "FUNCTION" } };
-        static const QRegularExpression table(
-            QStringLiteral("RETURNS\\s+TABLE"), QRegularExpression::CaseInsensitiveOption);
-        static const QRegularExpression tableVar(QStringLiteral("RETURNS\\s+@"));
-        xtype = table.match(call.sql).hasMatch()  ? QStringLiteral("IF")
-            : tableVar.match(call.sql).hasMatch() ? QStringLiteral("TF")
-                                                  : QStringLiteral("FN");
-    } else {
-        keywords = { { "TABLE" } };
-        xtype = QStringLiteral("U");
-    }
+    QString xtype = typesOf(word).first();
+    static const QRegularExpression table(
+        QStringLiteral("RETURNS\\s+TABLE"), QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression tableVar(QStringLiteral("RETURNS\\s+@"));
+    if (xtype == QLatin1String("FN") && table.match(call.sql).hasMatch())
+        xtype = QStringLiteral("IF");
+    else if (xtype == QLatin1String("FN") && tableVar.match(call.sql).hasMatch())
+        xtype = QStringLiteral("TF");
     const QString verb = create ? QStringLiteral("CREATE") : QStringLiteral("ALTER");
-    for (QStringList &row : keywords)
-        row.prepend(verb);
+    // Either spelling names a procedure.
+    const SQLKeywordPatterns keywords = xtype == QLatin1String("P")
+        ? SQLKeywordPatterns { { verb, QStringLiteral("PROC") }, { verb, QStringLiteral("PROCEDURE") } }
+        : SQLKeywordPatterns { { verb, word } };
     const QString written = ExtractNameAfterPattern(keywords, call.sql);
     if (written.isEmpty() || written.startsWith(QLatin1Char('(')))
         throw serverError(170, QStringLiteral("Incorrect syntax near '%1'.").arg(word));

@@ -60,7 +60,6 @@ public:
     // What a connection carries: its database, its database user, its modes.
     struct Session {
         QString Database;
-        QString Login;
         int Uid = 1;
         bool ParseOnly = false;
         int Generation = 0;
@@ -96,9 +95,11 @@ public:
     const Object *findObject(const QString &database, const QString &owner, const QString &name) const;
     const Object *objectById(const QString &database, long id) const;
     int uidOf(const Database &db, const QString &userName) const;
+    // An object by its written name, as OBJECT_ID finds it: an unqualified name
+    // under the session's user first, then under dbo; pass filters the candidates.
+    Object *resolve(Database &db, const QString &writtenName, const Session &s,
+        const std::function<bool(const Object &)> &pass = {});
     QString userName(const Database &db, int uid) const;
-    // The login a trusted (operating-system) connection maps to.
-    void setTrustedLogin(const QString &login) { mTrustedLogin = login; }
 
     // --- Statements ---
     // A pattern from an exact statement text with placeholders: {text} a text
@@ -116,7 +117,6 @@ public:
     // Stopped: open connections fail with a broken link, new ones are refused.
     void stop();
     void start() { mRunning = true; }
-    bool running() const { return mRunning; }
 
     std::shared_ptr<SqlDriver> driver();
 
@@ -143,13 +143,12 @@ private:
     void addBuiltInStatements();
     BatchResult createOrAlter(Call &call, bool create);
     BatchResult drop(Database &db, const QString &kindWord, const QString &name, bool ifExists, const Session &s);
-    Object *resolve(Database &db, const QString &writtenName, const Session &s);
 
     QString mServerName;
     QList<Database> mDatabases;
     QList<Login> mLogins;
     QList<Rule> mRules;
-    QString mTrustedLogin = QStringLiteral("sa");
+    QString mTrustedLogin = QStringLiteral("sa"); // the login of a trusted connection
     long mNextId = 1977058079;
     bool mRunning = true;
     int mGeneration = 0;

@@ -53,22 +53,6 @@ BatchResult objectRows(Call &c, const std::function<bool(const Object &)> &pass)
     return rows({ "id", "name", "UserName" }, data);
 }
 
-// An object by its written name, as OBJECT_ID resolves it: without an owner
-// the session's user's object comes first, then dbo's.
-const Object *resolve(Call &c, const QString &written, const std::function<bool(const Object &)> &pass = {})
-{
-    const QStringList parts = SQLServerKind::ExtractOwnerAndItemName(written.trimmed());
-    const QList<int> owners
-        = parts[0].isEmpty() ? QList<int> { c.session.Uid, 1 } : QList<int> { c.server.uidOf(c.db, parts[0]) };
-    for (int uid : owners) {
-        for (const Object &o : c.db.Objects) {
-            if (o.Uid == uid && same(o.Name, parts[1]) && (!pass || pass(o)))
-                return &o;
-        }
-    }
-    return nullptr;
-}
-
 // "Select" for SELECT: sp_helprotect spells actions and protect types so.
 QString word(const QString &upper)
 {
@@ -170,7 +154,7 @@ void AddCatalogueStatements(ScriptedSqlServer &server)
     });
     server.addStatement(
         ScriptedSqlServer::exact("EXECUTE sp_helprotect {text}") + "(?:,(NULL|'(?:[^']|'')*'))?", [](Call &c) {
-            const Object *o = resolve(c, c.arg(1));
+            const Object *o = c.server.resolve(c.db, c.arg(1), c.session);
             const bool oneGrantee = c.match.capturedLength(2) > 0;
             QList<const Protection *> found;
             for (const Protection &p : c.db.Protections) {
@@ -197,7 +181,7 @@ void AddCatalogueStatements(ScriptedSqlServer &server)
     server.addStatement(
         "(GRANT|DENY|REVOKE) (EXECUTE|SELECT|INSERT|UPDATE|DELETE|REFERENCES) ON (.+) TO (\\[(?:[^\\]]|\\]\\])*\\])",
         [](Call &c) {
-            const Object *o = resolve(c, c.match.captured(3));
+            const Object *o = c.server.resolve(c.db, c.match.captured(3), c.session);
             const QString grantee = SQLServerKind::UnquoteBracketed(c.match.captured(4));
             if (!o)
                 throw ScriptedSqlServer::serverError(
@@ -254,8 +238,8 @@ void AddCatalogueStatements(ScriptedSqlServer &server)
         server.addStatement(
             ScriptedSqlServer::exact(QString(s.LookupQuery).replace(QLatin1String("#NAME#"), QLatin1String("{lit}"))),
             [=](Call &c) {
-                const Object *o = resolve(
-                    c, c.literal(1), [&](const Object &o) { return xtypes.contains(o.XType) && o.Category != 2; });
+                const Object *o = c.server.resolve(c.db, c.literal(1), c.session,
+                    [&](const Object &o) { return xtypes.contains(o.XType) && o.Category != 2; });
                 return rows({ "id" }, o ? QList<QVariantList> { { qlonglong(o->Id) } } : QList<QVariantList>());
             });
     }

@@ -4,14 +4,8 @@
 
 const char *iconName(UiServices::Icon icon)
 {
-    switch (icon) {
-    case UiServices::Icon::None: return "none";
-    case UiServices::Icon::Information: return "information";
-    case UiServices::Icon::Question: return "question";
-    case UiServices::Icon::Warning: return "warning";
-    case UiServices::Icon::Critical: return "critical";
-    }
-    return "?";
+    static const char *const names[] = { "none", "information", "question", "warning", "critical" };
+    return names[int(icon)];
 }
 
 ScriptedUi::~ScriptedUi() = default;
@@ -30,8 +24,16 @@ ScriptedUi &ScriptedUi::pick(const QString &path)
 
 ScriptedUi &ScriptedUi::password(bool confirmed, const QString &userName, const QString &pwd)
 {
-    mPasswords.enqueue({confirmed, userName, pwd});
+    mPasswords.enqueue({ confirmed, userName, pwd });
     return *this;
+}
+
+QStringList ScriptedUi::boxTexts() const
+{
+    QStringList out;
+    for (const Box &b : boxes)
+        out << QStringLiteral("%1|%2|%3").arg(QLatin1String(iconName(b.icon)), b.title, b.text);
+    return out;
 }
 
 void ScriptedUi::clear()
@@ -46,14 +48,13 @@ void ScriptedUi::clear()
 
 UiServices::Answer ScriptedUi::messageBox(Icon icon, const QString &title, const QString &text, Buttons buttons)
 {
-    boxes.append({icon, title, text, buttons});
+    boxes.append({ icon, title, text, buttons });
     if (!mAnswers.isEmpty())
         return mAnswers.dequeue();
     const Answer fallback = (buttons == Buttons::YesNo || buttons == Buttons::YesNoCancel) ? Answer::Yes : Answer::Ok;
     if (!mLenient) {
-        const QByteArray msg = QStringLiteral("unexpected %1 box \"%2\": %3")
-                                   .arg(QLatin1String(iconName(icon)), title, text)
-                                   .toUtf8();
+        const QByteArray msg
+            = QStringLiteral("unexpected %1 box \"%2\": %3").arg(QLatin1String(iconName(icon)), title, text).toUtf8();
         QTest::qFail(msg.constData(), __FILE__, __LINE__);
     }
     return fallback;
@@ -106,13 +107,13 @@ bool ScriptedUi::nextPassword(QString &userName, QString &pwd, const QString &wh
 
 bool ScriptedUi::sqlPassword(const QString &server, const QString &database, QString &userName, QString &pwd)
 {
-    prompts.append({QStringLiteral("SQL"), server, database, {}, userName});
+    prompts.append({ QStringLiteral("SQL"), server, database, {}, userName });
     return nextPassword(userName, pwd, QStringLiteral("SQL"));
 }
 
 bool ScriptedUi::vssPassword(const QString &iniFile, QString &userName, QString &pwd)
 {
-    prompts.append({QStringLiteral("VSS"), {}, {}, iniFile, userName});
+    prompts.append({ QStringLiteral("VSS"), {}, {}, iniFile, userName });
     return nextPassword(userName, pwd, QStringLiteral("VSS"));
 }
 

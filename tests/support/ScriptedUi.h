@@ -5,6 +5,7 @@
 #include <QList>
 #include <QQueue>
 #include <QString>
+#include <QStringList>
 
 // A scripted double of the UI services. Every box is recorded with its icon,
 // title and text. Answers come from queues filled by the test; a box, picker or
@@ -12,8 +13,7 @@
 class ScriptedUi : public UiServices
 {
 public:
-    struct Box
-    {
+    struct Box {
         Icon icon;
         QString title;
         QString text;
@@ -32,8 +32,7 @@ public:
     void setLenient(bool on) { mLenient = on; }
 
     QList<Box> boxes;
-    struct Prompt
-    {
+    struct Prompt {
         QString kind; // "SQL" or "VSS"
         QString server, database, iniFile, userName;
     };
@@ -42,8 +41,10 @@ public:
     int waitDepth = 0;
     int waitCalls = 0;
 
+    // Every box so far as "icon|title|text", to compare in one go.
+    QStringList boxTexts() const;
     // The last box, or an empty one when none was shown.
-    Box last() const { return boxes.isEmpty() ? Box{Icon::None, {}, {}, Buttons::Ok} : boxes.last(); }
+    Box last() const { return boxes.isEmpty() ? Box { Icon::None, {}, {}, Buttons::Ok } : boxes.last(); }
     // Remaining queued answers; a test that queued answers expects them used.
     int pending() const { return int(mAnswers.size() + mPicks.size() + mPasswords.size()); }
     void clear();
@@ -52,15 +53,13 @@ public:
     QString openFileName(const QString &title, const QString &folder, const QString &filter) override;
     QString saveFileName(const QString &title, const QString &folder, const QString &filter) override;
     QString folderName(const QString &title, const QString &folder) override;
-    bool sqlPassword(const QString &server, const QString &database, QString &userName,
-                     QString &password) override;
+    bool sqlPassword(const QString &server, const QString &database, QString &userName, QString &password) override;
     bool vssPassword(const QString &iniFile, QString &userName, QString &password) override;
     void beginWait() override;
     void endWait() override;
 
 private:
-    struct PasswordAnswer
-    {
+    struct PasswordAnswer {
         bool confirmed;
         QString userName, password;
     };

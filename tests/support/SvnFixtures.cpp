@@ -3,13 +3,10 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QThread>
 #include <QUrl>
-
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -29,36 +26,21 @@ bool writeFile(const QString &path, const QString &text)
     return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(text.toUtf8()) >= 0;
 }
 
-sockaddr_in loopback(int port)
-{
-    sockaddr_in addr {};
-    addr.sin_family = AF_INET;
-    addr.sin_port = htons(quint16(port));
-    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return addr;
-}
-
 bool listening(int port)
 {
-    const int s = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in addr = loopback(port);
-    const bool ok = s >= 0 && ::connect(s, reinterpret_cast<sockaddr *>(&addr), sizeof addr) == 0;
-    ::close(s);
-    return ok;
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, quint16(port));
+    return socket.waitForConnected(1000);
+}
+
+// A TCP port on 127.0.0.1 that nobody listens on at the moment.
+int FreeLocalPort()
+{
+    QTcpServer probe;
+    return probe.listen(QHostAddress::LocalHost) ? probe.serverPort() : 0;
 }
 
 } // namespace
-
-int FreeLocalPort()
-{
-    const int s = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in addr = loopback(0);
-    socklen_t len = sizeof addr;
-    const bool ok = s >= 0 && ::bind(s, reinterpret_cast<sockaddr *>(&addr), len) == 0
-        && ::getsockname(s, reinterpret_cast<sockaddr *>(&addr), &len) == 0;
-    ::close(s);
-    return ok ? ntohs(addr.sin_port) : 0;
-}
 
 SvnTestRepository::SvnTestRepository(const QString &name)
     : mDir(tempBase() + u"/svn-XXXXXX"_s)

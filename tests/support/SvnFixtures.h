@@ -56,6 +56,3 @@ private:
     QProcess mProcess;
     int mPort = 0;
 };
-
-// A TCP port on 127.0.0.1 that nobody listens on at the moment.
-int FreeLocalPort();
