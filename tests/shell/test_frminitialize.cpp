@@ -9,7 +9,6 @@
 #include "frmSystem.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -109,19 +108,18 @@ private Q_SLOTS:
         delete splash.ProjectBrowserWindow();
     }
 
-    void showStatusPausesATenth()
+    // One tick runs the steps: a missing component closed ends the start, else
+    // the browser opens for want of a default project.
+    void startRunsItsStepsInOneTick_data()
     {
-        frmInitialize splash(mUi, *mHelp, Sessions());
-        QElapsedTimer t;
-        t.start();
-        splash.ShowStatus(QStringLiteral("Working"));
-        QVERIFY(t.elapsed() >= 100);
-        QCOMPARE(Label(splash, "lblStatus"), "Working ...");
+        QTest::addColumn<bool>("present");
+        QTest::newRow("requirements missing") << false;
+        QTest::newRow("no default project") << true;
     }
-
-    void missingComponentAndCloseEndsEverything()
+    void startRunsItsStepsInOneTick()
     {
-        frmInitialize splash(mUi, *mHelp, Sessions(), [](const QString &) { return false; });
+        QFETCH(bool, present);
+        frmInitialize splash(mUi, *mHelp, Sessions(), [present](const QString &) { return present; });
         QSignalSpy steps(&splash, &frmInitialize::statusShown);
         bool dialogSeen = false;
         // The requirements dialog runs modally inside the tick.
@@ -135,69 +133,61 @@ private Q_SLOTS:
         poll.start(20);
         splash.StartKORVO();
         QVERIFY(TickDone(splash));
-        QVERIFY(dialogSeen);
-        QCOMPARE(Texts(steps),
-            (QStringList { "Initializing KORVO Database ...", "Initializing KORVO Projects ...",
-                "Checking System Requirements ..." }));
-        QVERIFY(!splash.ProjectBrowserWindow());
+        QCOMPARE(dialogSeen, !present);
         QCOMPARE(mUi.boxes.size(), 0);
-    }
-
-    void noDefaultProjectOpensTheBrowser()
-    {
-        frmInitialize splash(mUi, *mHelp, Sessions(), [](const QString &) { return true; });
-        QSignalSpy steps(&splash, &frmInitialize::statusShown);
-        splash.StartKORVO();
-        QVERIFY(TickDone(splash));
-        QCOMPARE(Texts(steps),
-            (QStringList { "Initializing KORVO Database ...", "Initializing KORVO Projects ...",
-                "Checking System Requirements ...", "Finding Most Recent KORVO Project ...",
-                "Finding KORVO Projects ...", "Initializing Project Browser ..." }));
-        QVERIFY(splash.Database());
-        QVERIFY(splash.Projects());
-        QCOMPARE(splash.Projects()->Count(), 0);
+        QStringList expected { "Initializing KORVO Database ...", "Initializing KORVO Projects ...",
+            "Checking System Requirements ..." };
         frmProjectBrowser *browser = splash.ProjectBrowserWindow();
-        QVERIFY(browser);
-        QVERIFY(browser->isVisible());
-        QVERIFY(!browser->isModal());
-        QCOMPARE(browser->windowTitle(), "Project Browser");
+        if (!present) {
+            QCOMPARE(Texts(steps), expected);
+            QVERIFY(!browser);
+            return;
+        }
+        QTest::qWait(250); // one tick only
+        QCOMPARE(Texts(steps),
+            expected << "Finding Most Recent KORVO Project ..."
+                     << "Finding KORVO Projects ..."
+                     << "Initializing Project Browser ...");
+        QVERIFY(browser && browser->isVisible() && !browser->isModal());
+        QVERIFY(splash.Database());
         QCOMPARE(browser->Projects(), splash.Projects());
-        // One tick only.
-        QTest::qWait(250);
-        QCOMPARE(steps.size(), 6);
+        QCOMPARE(splash.Projects()->Count(), 0);
         browser->close();
         QTRY_VERIFY(!splash.ProjectBrowserWindow()); // deleted on close
     }
 
     // --- The system requirements dialog ---
 
-    void allPresentShowsNothing()
+    // The list shows what the check finds missing, afresh on every run; closing
+    // asks nothing. With everything present the dialog does not show.
+    void requirementsListWhatIsMissing()
     {
-        frmSystem dialog(mUi, *mHelp, [](const QString &) { return true; });
+        int run = 0;
+        frmSystem dialog(mUi, *mHelp,
+            [&](const QString &name) { return run == 2 || (run == 1 && !name.startsWith(QLatin1String("MSXML2"))); });
+        QStringList rows;
+        const auto check = [&] {
+            rows.clear();
+            return RunCheck(dialog, [&] {
+                auto *list = Control<QTreeWidget>(dialog, QStringLiteral("lvwError"));
+                for (int i = 0; i < list->topLevelItemCount(); ++i)
+                    rows << list->topLevelItem(i)->text(0) + " " + list->topLevelItem(i)->text(1);
+                QTest::mouseClick(Control<QPushButton>(dialog, QStringLiteral("cmdClose")), Qt::LeftButton);
+            });
+        };
+        QVERIFY(!check());
+        QCOMPARE(rows, (QStringList { "Visual SourceSafe 6.0", "ADO 2.5", "XML Parser 3.0" }));
+        run = 1;
+        QVERIFY(!check());
+        QCOMPARE(rows, QStringList { "XML Parser 3.0" });
+        QCOMPARE(dialog.MissingComponentCount(), 1);
+        run = 2;
         int shows = 0;
         QObject::connect(&dialog, &QDialog::finished, [&] { ++shows; });
         QVERIFY(dialog.SystemRequirementsOK());
         QCOMPARE(shows, 0);
-        QVERIFY(!dialog.isVisible());
         QCOMPARE(dialog.MissingComponentCount(), 0);
         QCOMPARE(mUi.boxes.size(), 0);
-    }
-
-    // The list shows what the check found missing; closing asks nothing.
-    void missingComponentsListed()
-    {
-        frmSystem dialog(mUi, *mHelp, NothingPresent);
-        const bool ok = RunCheck(dialog, [&] {
-            auto *list = Control<QTreeWidget>(dialog, QStringLiteral("lvwError"));
-            QStringList rows;
-            for (int i = 0; i < list->topLevelItemCount(); ++i)
-                rows << list->topLevelItem(i)->text(0) + " " + list->topLevelItem(i)->text(1);
-            QCOMPARE(rows, (QStringList { "Visual SourceSafe 6.0", "ADO 2.5", "XML Parser 3.0" }));
-            QTest::mouseClick(Control<QPushButton>(dialog, QStringLiteral("cmdClose")), Qt::LeftButton);
-        });
-        QVERIFY(!ok);
-        QCOMPARE(mUi.boxes.size(), 0);
-        QCOMPARE(dialog.MissingComponentCount(), 3);
     }
 
     void continueAnywayAsksFirst()
@@ -219,21 +209,6 @@ private Q_SLOTS:
                 "wish to continue?"));
         for (const auto &box : mUi.boxes)
             QCOMPARE(box.buttons, UiServices::Buttons::YesNo);
-    }
-
-    void secondRunStartsAfresh()
-    {
-        // Only the XML parser is missing the second time.
-        bool first = true;
-        frmSystem dialog(
-            mUi, *mHelp, [&](const QString &name) { return !first && !name.startsWith(QLatin1String("MSXML2")); });
-        QVERIFY(!RunCheck(dialog, [] {}));
-        first = false;
-        int rows = 0;
-        QVERIFY(!RunCheck(
-            dialog, [&] { rows = Control<QTreeWidget>(dialog, QStringLiteral("lvwError"))->topLevelItemCount(); }));
-        QCOMPARE(rows, 1);
-        QCOMPARE(dialog.MissingComponentCount(), 1);
     }
 
     void clickOnRowOpensItsAddressAndF1OpensHelp()
