@@ -267,17 +267,35 @@ private Q_SLOTS:
         QCOMPARE(mUi.waitDepth, 0);
     }
 
-    void newProjectFinishesWithTheTypedValues_data() { KindRows(); }
+    void newProjectFinishesWithTheTypedValues_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<bool>("windowsAuth");
+        QTest::newRow("SQLServer") << "SQLServer" << false;
+        QTest::newRow("PostgreSQL") << "PostgreSQL" << false;
+        // The operating-system login reaches the test cluster, so no question comes.
+        QTest::newRow("PostgreSQL, Windows authentication") << "PostgreSQL" << true;
+    }
 
     void newProjectFinishesWithTheTypedValues()
     {
         QFETCH(QString, kind);
+        QFETCH(bool, windowsAuth);
         Server s(kind);
         auto wizard = Wizard(s);
-        QStringList databases;
+        QStringList databases, states;
         WhenModal([&](QDialog &dlg) {
             FillValid(dlg, s, QStringLiteral("  Shop  "));
             Control<QCheckBox>(dlg, QStringLiteral("chkSQLStorePassword"))->setChecked(true);
+            // Windows authentication on, off and on: the login fields follow.
+            for (int i = 0; windowsAuth && i < 3; ++i) {
+                Control<QCheckBox>(dlg, QStringLiteral("chkUseWindowsAuth"))->click();
+                QString enabled;
+                for (const char *c : { "txtSQLUsername", "chkSQLStorePassword", "lblSQLUsername" })
+                    enabled += QString::number(Control<QWidget>(dlg, QLatin1String(c))->isEnabled());
+                states << Text(dlg, QStringLiteral("txtSQLUsername")) + "|"
+                        + Text(dlg, QStringLiteral("txtSQLPassword")) + "|" + enabled;
+            }
             Click(dlg, QStringLiteral("cmdNext"), 2);
             auto *list = Control<QComboBox>(dlg, QStringLiteral("cboSQLDatabase"));
             for (int i = 0; i < list->count(); ++i)
@@ -291,12 +309,20 @@ private Q_SLOTS:
         // The list came from the server, and the typed database stayed selected.
         QVERIFY2(databases.contains(s.database), qPrintable(databases.join(',')));
         QCOMPARE(p->Sequence, -1L);
+        QCOMPARE((QStringList { p->VSS()->IniFile, p->VSS()->Project, p->VSS()->GeneralWorkingFolder() }),
+            (QStringList { mRepo->Url(), "$\\Shop\\", mWorkingFolder }));
+        if (windowsAuth) {
+            QCOMPARE(
+                states, (QStringList { "(Windows authentication)||000", "||111", "(Windows authentication)||000" }));
+            QVERIFY(p->SQL()->UseWinNTAuth());
+            QCOMPARE(p->SQL()->StoredUserName() + p->SQL()->Password(), QString());
+            QVERIFY(!p->SQL()->StorePassword());
+            return;
+        }
         QCOMPARE((QStringList { p->Name, p->SQL()->Kind().Name(), p->SQL()->Server(), p->SQL()->Database(),
                      p->SQL()->UserName(), p->SQL()->Password() }),
             (QStringList { "Shop", kind, s.server, s.database, s.user, s.password }));
         QVERIFY(p->SQL()->StorePassword());
-        QCOMPARE((QStringList { p->VSS()->IniFile, p->VSS()->Project, p->VSS()->GeneralWorkingFolder() }),
-            (QStringList { mRepo->Url(), "$\\Shop\\", mWorkingFolder }));
     }
 
     void serverAwayIsAQuestion_data() { KindRows(); }
@@ -445,38 +471,6 @@ private Q_SLOTS:
         QCOMPARE(mUi.last().title + "|" + mUi.last().text,
             "Invalid Data|Could not connect to the specified project. Would you like to continue anyway?\nThe "
             "following error occured:\nPassword was not entered!");
-    }
-
-    void windowsAuthentication()
-    {
-        Server s;
-        auto wizard = Wizard(s);
-        QStringList states;
-        WhenModal([&](QDialog &dlg) {
-            FillValid(dlg, s);
-            auto state = [&] {
-                QString enabled;
-                for (const char *c : { "txtSQLUsername", "chkSQLStorePassword", "lblSQLUsername" })
-                    enabled += QString::number(Control<QWidget>(dlg, QLatin1String(c))->isEnabled());
-                states << Text(dlg, QStringLiteral("txtSQLUsername")) + "|"
-                        + Text(dlg, QStringLiteral("txtSQLPassword")) + "|" + enabled;
-            };
-            Control<QCheckBox>(dlg, QStringLiteral("chkSQLStorePassword"))->setChecked(true);
-            for (int i = 0; i < 3; ++i) {
-                Control<QCheckBox>(dlg, QStringLiteral("chkUseWindowsAuth"))->click();
-                state();
-            }
-            Click(dlg, QStringLiteral("cmdNext"), 4);
-            Click(dlg, QStringLiteral("cmdFinished"));
-        });
-        const KORVOProjectPtr p = wizard->newProject();
-        QCOMPARE(states, (QStringList { "(Windows authentication)||000", "||111", "(Windows authentication)||000" }));
-        // The operating-system login reaches the test cluster, so no question came.
-        QCOMPARE(mUi.boxes.size(), 0);
-        QVERIFY(p);
-        QVERIFY(p->SQL()->UseWinNTAuth());
-        QCOMPARE(p->SQL()->StoredUserName() + p->SQL()->Password(), QString());
-        QVERIFY(!p->SQL()->StorePassword());
     }
 
     // A picked folder or file fills its field; a cancelled picker leaves it.
