@@ -7,8 +7,8 @@
 #include "KORVOProjects.h"
 #include "KORVOSQL.h"
 #include "KORVOVSS.h"
-#include "OffscreenDialogs.h"
 #include "PgTestServer.h"
+#include "ScriptedUi.h"
 #include "StubCollections.h"
 #include "SvnFixtures.h"
 #include "frmInitialize.h"
@@ -118,22 +118,12 @@ private Q_SLOTS:
         QCOMPARE(mUi.pending(), 0);
     }
 
-    // The first-connection question comes once the window is on the screen. No
-    // is recorded for every later opening; Yes leaves the record to the
-    // synchronisation, which writes its own run.
-    void defaultProjectOpensAndAsksOnce_data()
-    {
-        QTest::addColumn<bool>("yes");
-        QTest::newRow("no") << false;
-        QTest::newRow("yes") << true;
-    }
     void defaultProjectOpensAndAsksOnce()
     {
-        QFETCH(bool, yes);
         StoreDefaultProject(mPg->Database);
         frmInitialize splash(
             mUi, *mHelp, [this] { return NewSession(); }, [](const QString &) { return true; });
-        mUi.answer(yes ? UiServices::Answer::Yes : UiServices::Answer::No);
+        mUi.answer(UiServices::Answer::No);
         splash.StartKORVO();
         QVERIFY(QTest::qWaitFor([&] { return !splash.isVisible(); }, 10000));
         QVERIFY(!splash.ProjectBrowserWindow());
@@ -148,21 +138,39 @@ private Q_SLOTS:
         QVERIFY(main->isVisible());
         QCOMPARE(main->windowTitle(), "Shop - KORVO");
 
-        QCOMPARE(Boxes(mUi),
-            QStringList { "question|Start Synchronization Process?|This is the first time anyone has connected to this "
-                          "project. Would you like to Synchronize?" });
+        // The question came once the window was on the screen, and No is shared.
+        QCOMPARE(mUi.boxes.size(), 1);
+        QCOMPARE(mUi.last().title + "|" + mUi.last().text,
+            "Start Synchronization Process?|This is the first time anyone has connected to this project. Would you "
+            "like to Synchronize?");
         QCOMPARE(mUi.last().buttons, UiServices::Buttons::YesNo);
         QCOMPARE(mUi.mainVisible, QList<bool> { true });
-        QCOMPARE(session->Project()->IsFirstUserToConnect(), yes);
-        if (yes) {
-            QVERIFY(!session->Project()->VSS()->ItemExists(QStringLiteral("SyncHistory"), false));
-            return;
-        }
+        QVERIFY(!session->Project()->IsFirstUserToConnect());
         const QString history
             = session->Project()->VSS()->ItemContent(QStringLiteral("SyncHistory"), false, -1, false, false);
         QVERIFY(history.startsWith(QStringLiteral("NoSyncWanted: ")));
-        main->CheckProjectSyncInfo(); // the next opening, by anyone, asks nothing
+
+        // The next opening, by anyone, asks nothing.
+        main->CheckProjectSyncInfo();
         QCOMPARE(mUi.boxes.size(), 1);
+    }
+
+    void yesLeavesTheQuestionOpen()
+    {
+        StoreDefaultProject(mPg->Database);
+        auto session = NewSession();
+        auto project = session->GetDefaultProject();
+        QVERIFY(project);
+        QCOMPARE(project->SQL()->OpenConnection(), QString());
+        QCOMPARE(project->VSS()->OpenConnection({}, {}, {}, {}, {}, false, false), QString());
+        mUi.answer(UiServices::Answer::Yes);
+        bool ok = false;
+        session->OpenProject(project, ok);
+        QVERIFY(ok);
+        QCOMPARE(mUi.boxes.size(), 1);
+        // The synchronisation records its own run; until then nothing is written.
+        QVERIFY(project->IsFirstUserToConnect());
+        QVERIFY(!project->VSS()->ItemExists(QStringLiteral("SyncHistory"), false));
     }
 
     void failedConnectionOpensTheBrowser()
