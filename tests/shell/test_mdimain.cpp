@@ -607,7 +607,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("effect");
         QTest::newRow("Ctrl+Z press") << int(Qt::Key_Z) << 2 << true << true << "Undo";
         QTest::newRow("Ctrl+Z release") << int(Qt::Key_Z) << 2 << false << false << "";
-        QTest::newRow("Ctrl+Shift+Z press") << int(Qt::Key_Z) << 3 << true << true << "Redo";
+        QTest::newRow("Shift+Ctrl+Z press") << int(Qt::Key_Z) << 3 << true << true << "Redo";
         QTest::newRow("Ctrl+C press") << int(Qt::Key_C) << 2 << true << true << "Copy";
         QTest::newRow("Ctrl+D press") << int(Qt::Key_D) << 2 << true << true << "Description";
         QTest::newRow("Ctrl+Alt+D release") << int(Qt::Key_D) << 6 << false << true << "drag";
@@ -645,6 +645,8 @@ private Q_SLOTS:
             effects << "help";
         effects << windows.calls;
         QCOMPARE(effects.join(','), effect);
+        // The row's name is the key as the menus write it.
+        QCOMPARE(mdiMain::KeyName(key, shift), QString(QTest::currentDataTag()).section(' ', 0, 0));
     }
 
     // The help menu opens the main window's page, or the tree's when the tree has the focus.
