@@ -325,88 +325,70 @@ private Q_SLOTS:
         QVERIFY(p->SQL()->StorePassword());
     }
 
-    void serverAwayIsAQuestion_data() { KindRows(); }
-
-    // The user may finish a project whose server is away; No keeps the step.
-    void serverAwayIsAQuestion()
+    // A server, database or project out of reach is a question: No keeps its
+    // step, and brings it up again when finishing; Yes goes on and may finish.
+    void unreachableIsAQuestion_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("away");
+        for (const char *k : { "SQLServer", "PostgreSQL" }) {
+            for (const char *away : { "server", "database", "project" })
+                QTest::addRow("%s %s", k, away) << k << away;
+        }
+    }
+    void unreachableIsAQuestion()
     {
         QFETCH(QString, kind);
+        QFETCH(QString, away);
         Server s(kind);
-        if (s.scripted)
+        if (away == "server" && s.scripted)
             s.scripted->stop();
-        else
+        else if (away == "server")
             s.server = mDir->filePath(QStringLiteral("no-server-here"));
+        const bool project = away == "project";
         auto wizard = Wizard(s);
-        int afterNo = 0, afterYes = 0;
-        bool errorShown = false;
+        QList<int> stays;
+        bool errorShown = false, open = false;
         WhenModal([&](QDialog &dlg) {
             FillValid(dlg, s);
-            Click(dlg, QStringLiteral("cmdNext"), 2); // the list fails quietly
+            if (away == "database")
+                SetText(dlg, QStringLiteral("cboSQLDatabase"), QStringLiteral("nosuchdb"));
+            if (project)
+                SetText(dlg, QStringLiteral("txtVSSProject"), QStringLiteral("$\\NoSuch\\"));
+            Click(dlg, QStringLiteral("cmdNext"), 2); // a server away fails the list quietly
             errorShown = Control<QLabel>(dlg, QStringLiteral("lblSQLServerErrorLabel"))->isVisible()
                 && !Control<QLabel>(dlg, QStringLiteral("lblSQLServerError"))->text().isEmpty();
+            if (!project) {
+                mUi.answer(UiServices::Answer::No);
+                Click(dlg, QStringLiteral("cmdNext"));
+                stays << wizard->CurrentStep();
+                mUi.answer(UiServices::Answer::Yes);
+            }
+            Click(dlg, QStringLiteral("cmdNext"), 2);
             mUi.answer(UiServices::Answer::No);
-            Click(dlg, QStringLiteral("cmdNext"));
-            afterNo = wizard->CurrentStep();
-            mUi.answer(UiServices::Answer::Yes);
-            Click(dlg, QStringLiteral("cmdNext"));
-            afterYes = wizard->CurrentStep();
-            Click(dlg, QStringLiteral("cmdNext"));
+            Click(dlg, QStringLiteral("cmdFinished"));
+            stays << wizard->CurrentStep();
+            open = dlg.isVisible();
+            if (!project) {
+                mUi.answer(UiServices::Answer::Yes);
+                Click(dlg, QStringLiteral("cmdNext"), 2);
+            }
             mUi.answer(UiServices::Answer::Yes); // asked again while finishing
             Click(dlg, QStringLiteral("cmdFinished"));
         });
         const KORVOProjectPtr p = wizard->newProject();
-        QVERIFY(errorShown);
-        QCOMPARE(afterNo, 3);
-        QCOMPARE(afterYes, 4);
         QVERIFY(p);
         QCOMPARE(p->SQL()->Server(), s.server);
-        // Three times the same question, the server's own words after it.
-        QCOMPARE(Boxes(mUi), QStringList(3, Boxes(mUi).value(0)));
-        QCOMPARE(mUi.last().buttons, UiServices::Buttons::YesNo);
-        QVERIFY2(mUi.last().text.startsWith("Could not connect to the specified database. Would you like to continue "
-                                            "anyway?\nThe following error occured:\n")
-                && mUi.last().text.size() > 120,
-            qPrintable(mUi.last().text));
-    }
-
-    // Finishing tests every step again: No to the connection question of
-    // step 3 or 5 brings that step up, keeps the wizard open and finishes nothing.
-    void finishingStopsAtANo_data()
-    {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<int>("step");
-        for (const char *k : { "SQLServer", "PostgreSQL" }) {
-            QTest::addRow("%s database", k) << k << 3;
-            QTest::addRow("%s project", k) << k << 5;
-        }
-    }
-    void finishingStopsAtANo()
-    {
-        QFETCH(QString, kind);
-        QFETCH(int, step);
-        Server s(kind);
-        auto wizard = Wizard(s);
-        int shown = 0;
-        bool open = false;
-        WhenModal([&](QDialog &dlg) {
-            FillValid(dlg, s);
-            Click(dlg, QStringLiteral("cmdNext"), 4);
-            if (step == 3)
-                SetText(dlg, QStringLiteral("cboSQLDatabase"), QStringLiteral("nosuchdb"));
-            else
-                SetText(dlg, QStringLiteral("txtVSSProject"), QStringLiteral("$\\NoSuch\\"));
-            mUi.answer(UiServices::Answer::No);
-            Click(dlg, QStringLiteral("cmdFinished"));
-            shown = wizard->CurrentStep();
-            open = dlg.isVisible();
-        });
-        QVERIFY(!wizard->newProject());
-        QCOMPARE(shown, step);
+        QCOMPARE(stays, project ? QList<int>({ 5 }) : QList<int>({ 3, 3 }));
         QVERIFY(open);
-        QCOMPARE(mUi.boxes.size(), 1);
+        QCOMPARE(errorShown, away == "server");
+        // The same question every time, the server's own words after it.
+        QCOMPARE(Boxes(mUi), QStringList(project ? 2 : 5, Boxes(mUi).value(0)));
         QCOMPARE(mUi.last().buttons, UiServices::Buttons::YesNo);
-        QVERIFY2(mUi.last().text.startsWith(step == 3 ? "Could not connect to the specified database."
-                                                      : "Could not connect to the specified project."),
+        const QString question = QStringLiteral("Could not connect to the specified %1. Would you like to continue "
+                                                "anyway?\nThe following error occured:\n")
+                                     .arg(project ? "project" : "database");
+        QVERIFY2(mUi.last().text.startsWith(question) && mUi.last().text.size() > question.size(),
             qPrintable(mUi.last().text));
     }
 
