@@ -29,8 +29,6 @@ bool RunCheck(frmSystem &dialog, const std::function<void()> &drive)
     return dialog.SystemRequirementsOK();
 }
 
-const auto NothingPresent = [](const QString &) { return false; };
-
 } // namespace
 
 class TestFrmInitialize : public QObject
@@ -153,75 +151,67 @@ private Q_SLOTS:
 
     // --- The system requirements dialog ---
 
-    // The list shows what the check finds missing, afresh on every run; closing
-    // asks nothing. With everything present the dialog does not show.
-    void requirementsListWhatIsMissing()
+    // Three checks with one dialog, the list afresh each time. Everything
+    // missing: a row opens its address, F1 the help, Close asks nothing. One
+    // missing: Continue Anyway asks first, No keeps the dialog. Nothing missing:
+    // no dialog.
+    void requirementsDialogOverThreeChecks()
     {
         int run = 0;
-        frmSystem dialog(mUi, *mHelp,
-            [&](const QString &name) { return run == 2 || (run == 1 && !name.startsWith(QLatin1String("MSXML2"))); });
-        QStringList rows;
-        const auto check = [&] {
-            rows.clear();
-            return RunCheck(dialog, [&] {
-                auto *list = Control<QTreeWidget>(dialog, QStringLiteral("lvwError"));
-                for (int i = 0; i < list->topLevelItemCount(); ++i)
-                    rows << list->topLevelItem(i)->text(0) + " " + list->topLevelItem(i)->text(1);
-                QTest::mouseClick(Control<QPushButton>(dialog, QStringLiteral("cmdClose")), Qt::LeftButton);
+        QList<QUrl> urls;
+        frmSystem dialog(
+            mUi, *mHelp,
+            [&](const QString &name) { return run == 2 || (run == 1 && !name.startsWith(QLatin1String("MSXML2"))); },
+            [&](const QUrl &u) {
+                urls << u;
+                return true;
             });
+        auto *list = Control<QTreeWidget>(dialog, QStringLiteral("lvwError"));
+        QStringList rows;
+        const auto readRows = [&] {
+            rows.clear();
+            for (int i = 0; i < list->topLevelItemCount(); ++i)
+                rows << list->topLevelItem(i)->text(0) + " " + list->topLevelItem(i)->text(1);
         };
-        QVERIFY(!check());
+        QVERIFY(!RunCheck(dialog, [&] {
+            readRows();
+            const QPoint row = list->visualItemRect(list->topLevelItem(1)).center();
+            QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, row);
+            QCOMPARE(urls, QList<QUrl> { QUrl(list->topLevelItem(1)->text(2)) });
+            QTest::keyClick(&dialog, Qt::Key_F1);
+            QTest::mouseClick(Control<QPushButton>(dialog, QStringLiteral("cmdClose")), Qt::LeftButton);
+        }));
         QCOMPARE(rows, (QStringList { "Visual SourceSafe 6.0", "ADO 2.5", "XML Parser 3.0" }));
+        QCOMPARE(mOpened.size(), 1);
+        QVERIFY(mOpened[0].toLocalFile().endsWith(QStringLiteral("/GettingStarted_Firstly.htm")));
+        QCOMPARE(mUi.boxes.size(), 0);
+
         run = 1;
-        QVERIFY(!check());
+        auto *cont = Control<QPushButton>(dialog, QStringLiteral("cmdContinue"));
+        bool openAfterNo = false;
+        QVERIFY(RunCheck(dialog, [&] {
+            readRows();
+            mUi.answer(UiServices::Answer::No);
+            QTest::mouseClick(cont, Qt::LeftButton);
+            openAfterNo = dialog.isVisible();
+            mUi.answer(UiServices::Answer::Yes);
+            QTest::mouseClick(cont, Qt::LeftButton);
+        }));
         QCOMPARE(rows, QStringList { "XML Parser 3.0" });
+        QVERIFY(openAfterNo);
         QCOMPARE(dialog.MissingComponentCount(), 1);
+        QCOMPARE(Boxes(mUi),
+            QStringList(2,
+                "warning|Continue Anyway?|WARNING: If you continue, KORVO may crash at any time!\n\nAre you sure you "
+                "wish to continue?"));
+        QCOMPARE(mUi.last().buttons, UiServices::Buttons::YesNo);
+
         run = 2;
         int shows = 0;
         QObject::connect(&dialog, &QDialog::finished, [&] { ++shows; });
         QVERIFY(dialog.SystemRequirementsOK());
         QCOMPARE(shows, 0);
         QCOMPARE(dialog.MissingComponentCount(), 0);
-        QCOMPARE(mUi.boxes.size(), 0);
-    }
-
-    void continueAnywayAsksFirst()
-    {
-        frmSystem dialog(mUi, *mHelp, NothingPresent);
-        auto *cont = Control<QPushButton>(dialog, QStringLiteral("cmdContinue"));
-        const bool ok = RunCheck(dialog, [&] {
-            mUi.answer(UiServices::Answer::No);
-            QTest::mouseClick(cont, Qt::LeftButton);
-            QVERIFY(dialog.isVisible()); // No keeps the dialog
-            mUi.answer(UiServices::Answer::Yes);
-            QTest::mouseClick(cont, Qt::LeftButton);
-            QVERIFY(!dialog.isVisible());
-        });
-        QVERIFY(ok);
-        QCOMPARE(Boxes(mUi),
-            QStringList(2,
-                "warning|Continue Anyway?|WARNING: If you continue, KORVO may crash at any time!\n\nAre you sure you "
-                "wish to continue?"));
-        for (const auto &box : mUi.boxes)
-            QCOMPARE(box.buttons, UiServices::Buttons::YesNo);
-    }
-
-    void clickOnRowOpensItsAddressAndF1OpensHelp()
-    {
-        QList<QUrl> urls;
-        frmSystem dialog(mUi, *mHelp, NothingPresent, [&](const QUrl &u) {
-            urls << u;
-            return true;
-        });
-        RunCheck(dialog, [&] {
-            auto *list = Control<QTreeWidget>(dialog, QStringLiteral("lvwError"));
-            QTest::mouseClick(
-                list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->topLevelItem(1)).center());
-            QCOMPARE(urls, QList<QUrl> { QUrl(list->topLevelItem(1)->text(2)) });
-            QTest::keyClick(&dialog, Qt::Key_F1);
-            QCOMPARE(mOpened.size(), 1);
-            QVERIFY(mOpened[0].toLocalFile().endsWith(QStringLiteral("/GettingStarted_Firstly.htm")));
-        });
     }
 };
 
