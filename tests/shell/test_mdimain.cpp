@@ -523,6 +523,7 @@ private Q_SLOTS:
         QFETCH(QString, choice);
         QFETCH(bool, refuse);
         QFETCH(QString, project);
+        QFile::remove(mdiMain::BarLayoutFile());
         if (!open())
             QSKIP("no backend");
         for (const char *name : { "Shop", "Other" }) {
@@ -566,24 +567,7 @@ private Q_SLOTS:
             QVERIFY(!main->Tree()->currentItem());
             QVERIFY(node(session->StoredProcedures()->ObjectType()));
         }
-    }
-
-    void barLayoutIsKeptOnlyWhenAsked_data()
-    {
-        QTest::addColumn<QString>("kind");
-        QTest::newRow("PostgreSQL") << "PostgreSQL"; // the server plays no part
-    }
-    void barLayoutIsKeptOnlyWhenAsked()
-    {
-        QFile::remove(mdiMain::BarLayoutFile());
-        if (!open())
-            QSKIP("no backend");
-        QVERIFY(main->CloseProject());
-        QVERIFY(!QFile::exists(mdiMain::BarLayoutFile())); // neither opening nor closing writes it
-        const QString layout = "<bars>\n  <bar name=\"DBTBAR\" visible=\"1\"/>\n</bars>\n";
-        QVERIFY(main->SaveBarLayout(layout));
-        QVERIFY(QFile::exists(settings.filePath("data/" + LoggedOnUserName() + "/barlayout.xml")));
-        QCOMPARE(main->LoadBarLayout(), layout);
+        QVERIFY(!QFile::exists(mdiMain::BarLayoutFile())); // closing and opening leave the bars' layout alone
     }
 
     // --- Without a server --------------------------------------------------
@@ -830,6 +814,13 @@ private Q_SLOTS:
         QVERIFY(!db.DBTVisible());
         window.DoCommand(36);
         QVERIFY(window.findChild<QWidget *>("picBG")->isVisible());
+
+        // The bars' layout is kept in the user's own folder, and only when asked:
+        // opening and closing projects leave it alone (projectCommandsOpenAnotherProject).
+        const QString layout = "<bars>\n  <bar name=\"DBTBAR\" visible=\"1\"/>\n</bars>\n";
+        QVERIFY(window.SaveBarLayout(layout));
+        QVERIFY(QFile::exists(settings.filePath("data/" + LoggedOnUserName() + "/barlayout.xml")));
+        QCOMPARE(window.LoadBarLayout(), layout);
     }
 
     void dragCarriesTheTextOrTheFields_data()
