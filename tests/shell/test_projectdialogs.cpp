@@ -171,7 +171,18 @@ private Q_SLOTS:
         Server s;
         auto wizard = Wizard(s);
         QStringList steps; // "frame:back next finished" per step shown
+        const QString ini = mDir->filePath(QStringLiteral("srcsafe.ini"));
+        QString folder, iniFile;
         WhenModal([&](QDialog &dlg) {
+            // A picked folder or file fills its field; a cancelled picker leaves it.
+            mUi.pick(mWorkingFolder);
+            Click(dlg, QStringLiteral("cmdWFBrowse"));
+            mUi.pick(QString());
+            Click(dlg, QStringLiteral("cmdWFBrowse"));
+            folder = Text(dlg, QStringLiteral("txtWorkingFolder"));
+            mUi.pick(ini);
+            Click(dlg, QStringLiteral("cmdVSSIniFile"));
+            iniFile = Text(dlg, QStringLiteral("txtVSSIniFile"));
             auto record = [&] {
                 QString buttons;
                 for (const char *b : { "cmdBack", "cmdNext", "cmdFinished" })
@@ -197,6 +208,8 @@ private Q_SLOTS:
             (QStringList { "fraStep_1:010", "fraStep_2:110", "fraStep_3:110", "fraStep_4:110", "fraStep_5:101",
                 "fraStep_4:110", "fraStep_1:010" }));
         QCOMPARE(mUi.boxes.size(), 0);
+        QCOMPARE(folder, mWorkingFolder);
+        QCOMPARE(iniFile, ini);
     }
 
     // Each check of a step: the field set to the value on the step shown, the
@@ -453,27 +466,6 @@ private Q_SLOTS:
         QCOMPARE(mUi.last().title + "|" + mUi.last().text,
             "Invalid Data|Could not connect to the specified project. Would you like to continue anyway?\nThe "
             "following error occured:\nPassword was not entered!");
-    }
-
-    // A picked folder or file fills its field; a cancelled picker leaves it.
-    void pickersFillTheirFields()
-    {
-        frmProjectDetails wizard(*mDb, mUi, mHelp.get());
-        const QString ini = mDir->filePath(QStringLiteral("srcsafe.ini"));
-        QString folder, iniFile;
-        WhenModal([&](QDialog &dlg) {
-            mUi.pick(mWorkingFolder);
-            Click(dlg, QStringLiteral("cmdWFBrowse"));
-            mUi.pick(QString()); // cancelled: the field stays
-            Click(dlg, QStringLiteral("cmdWFBrowse"));
-            folder = Text(dlg, QStringLiteral("txtWorkingFolder"));
-            mUi.pick(ini);
-            Click(dlg, QStringLiteral("cmdVSSIniFile"));
-            iniFile = Text(dlg, QStringLiteral("txtVSSIniFile"));
-        });
-        wizard.newProject();
-        QCOMPARE(folder, mWorkingFolder);
-        QCOMPARE(iniFile, ini);
     }
 
     void editKeepsItsNameButNotACaseChange()
