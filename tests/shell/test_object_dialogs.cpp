@@ -20,13 +20,7 @@ namespace
 class DeletedCollection : public StubCollection
 {
 public:
-    DeletedCollection(const QString &type, const QString &display)
-        : StubCollection(type)
-        , mDisplay(display)
-    {
-    }
-    QString SubObjectType() const override { return ObjectType().chopped(1); }
-    QString SubObjectDisplayName() const override { return mDisplay; }
+    using StubCollection::StubCollection;
     bool IsEditable() const override { return true; }
     KORVODBTItemsPtr GetDeletedItems(bool) override
     {
@@ -45,9 +39,6 @@ public:
     }
 
     QStringList deleted, good, calls;
-
-private:
-    QString mDisplay;
 };
 
 class DeletedFactory : public KORVOCollectionFactory
@@ -57,9 +48,9 @@ public:
     KORVOObjectCollectionPtr Create(Kind kind) override
     {
         if (kind == Kind::StoredProcedures)
-            return procs = std::make_shared<DeletedCollection>("StoredProcedures", "Stored Procedure");
+            return procs = std::make_shared<DeletedCollection>("StoredProcedures");
         if (kind == Kind::Views)
-            return views = std::make_shared<DeletedCollection>("Views", "View");
+            return views = std::make_shared<DeletedCollection>("Views");
         return StubCollectionFactory().Create(kind);
     }
     void Link(const KORVOObjectCollectionPtr &, const KORVOObjectCollectionPtr &) override { }
@@ -85,58 +76,58 @@ private Q_SLOTS:
     void init() { ui.clear(); }
     void cleanup() { QCOMPARE(ui.pending(), 0); }
 
-    void renameRefusesBadNames_data()
+    // The old name is shown and the new one trimmed; a bad name is refused with
+    // the dialog left open; Cancel gives nothing, even after a name was typed.
+    void renameChecksTheNewName_data()
     {
         QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("message");
-        auto row
-            = [](const char *tag, const char *typed, const char *message) { QTest::newRow(tag) << typed << message; };
-        row("empty", "   ", "New Name is missing!");
-        row("same name other case", " USP_Orders ", "New Name is the same as the Old Name!");
-        row("open bracket", "usp[x", "New Name is invalid!");
-        row("close bracket", "usp]x", "New Name is invalid!");
+        QTest::addColumn<QString>("message"); // empty: no box
+        QTest::addColumn<QString>("result");
+        QTest::newRow("accepted") << "  usp_orders2 "
+                                  << ""
+                                  << "usp_orders2";
+        QTest::newRow("cancelled") << "other"
+                                   << ""
+                                   << "";
+        QTest::newRow("empty") << "   "
+                               << "New Name is missing!"
+                               << "";
+        QTest::newRow("same name other case") << " USP_Orders "
+                                              << "New Name is the same as the Old Name!"
+                                              << "";
+        QTest::newRow("open bracket") << "usp[x"
+                                      << "New Name is invalid!"
+                                      << "";
+        QTest::newRow("close bracket") << "usp]x"
+                                       << "New Name is invalid!"
+                                       << "";
     }
-    void renameRefusesBadNames()
+    void renameChecksTheNewName()
     {
         QFETCH(QString, typed);
         QFETCH(QString, message);
+        QFETCH(QString, result);
         frmRenameObject dlg(ui);
-        ui.answer(UiServices::Answer::Ok);
+        if (!message.isEmpty())
+            ui.answer(UiServices::Answer::Ok);
         bool stillOpen = false;
-        QString shownTrimmed;
+        QString shown, shownTrimmed;
         WhenModal([&](QDialog &d) {
+            shown = Control<QLabel>(d, QStringLiteral("lblOldName"))->text() + " "
+                + Text(d, QStringLiteral("txtNewName"));
             SetText(d, QStringLiteral("txtNewName"), typed);
-            Click(d, QStringLiteral("cmdRename"));
+            Click(d,
+                QString(QTest::currentDataTag()) == "cancelled" ? QStringLiteral("cmdCancel")
+                                                                : QStringLiteral("cmdRename"));
             stillOpen = d.isVisible();
             shownTrimmed = Text(d, QStringLiteral("txtNewName"));
         });
-        QCOMPARE(dlg.RenameItem(nullptr, QStringLiteral("usp_orders"), QStringLiteral("dbo")), QString());
-        QVERIFY(stillOpen);
-        QCOMPARE(shownTrimmed, typed.trimmed());
-        QCOMPARE(Boxes(ui), QStringList { "warning|Invalid Data|" + message });
-    }
-
-    void renameReturnsTrimmedName()
-    {
-        frmRenameObject dlg(ui);
-        QStringList shown;
-        WhenModal([&](QDialog &d) {
-            for (const char *label : { "lblOldName", "lblOwner", "lblOwnerClose" })
-                shown << Control<QLabel>(d, QLatin1String(label))->text();
-            shown << Text(d, QStringLiteral("txtNewName"));
-            SetText(d, QStringLiteral("txtNewName"), QStringLiteral("  usp_orders2 "));
-            Click(d, QStringLiteral("cmdRename"));
-        });
-        QCOMPARE(dlg.RenameItem(nullptr, QStringLiteral("usp_orders"), QStringLiteral("sales")), "usp_orders2");
-        QCOMPARE(shown, (QStringList { "[sales].[usp_orders]", "[sales].[", "]", "usp_orders" }));
-        QVERIFY(ui.boxes.isEmpty());
-
-        // Cancel gives the empty string, even after a name was typed.
-        WhenModal([&](QDialog &d) {
-            SetText(d, QStringLiteral("txtNewName"), QStringLiteral("other"));
-            Click(d, QStringLiteral("cmdCancel"));
-        });
-        QCOMPARE(dlg.RenameItem(nullptr, QStringLiteral("usp_orders"), QStringLiteral("sales")), QString());
+        QCOMPARE(dlg.RenameItem(nullptr, QStringLiteral("usp_orders"), QStringLiteral("sales")), result);
+        QCOMPARE(shown, "[sales].[usp_orders] usp_orders");
+        QCOMPARE(stillOpen, !message.isEmpty());
+        if (!message.isEmpty())
+            QCOMPARE(shownTrimmed, typed.trimmed());
+        QCOMPARE(Boxes(ui), message.isEmpty() ? QStringList() : QStringList { "warning|Invalid Data|" + message });
     }
 
     void commentOkAndCancel()
@@ -181,10 +172,9 @@ private Q_SLOTS:
         QCOMPARE(start, "Totals per customer");
         QVERIFY(openAfterNo);
         QCOMPARE(description, QString());
-        QCOMPARE(ui.boxes.size(), 2);
-        QCOMPARE(ui.boxes.at(0).title, "Save Blank Description");
-        QCOMPARE(ui.boxes.at(0).text, "Are you sure you want to save a blank description?");
-        QCOMPARE(ui.boxes.at(0).buttons, UiServices::Buttons::YesNo);
+        const QStringList asked(
+            2, QStringLiteral("question|Save Blank Description|Are you sure you want to save a blank description?"));
+        QCOMPARE(Boxes(ui), asked);
 
         // A text is kept without a question; Cancel leaves the caller's text.
         WhenModal([&](QDialog &d) {
@@ -196,7 +186,7 @@ private Q_SLOTS:
         WhenModal([&](QDialog &d) { Click(d, QStringLiteral("cmdCancel")); });
         QVERIFY(!dlg.GetDescription(description));
         QCOMPARE(description, "new");
-        QCOMPARE(ui.boxes.size(), 2);
+        QCOMPARE(Boxes(ui), asked);
     }
 
     void undeleteOutcomes_data()
@@ -248,7 +238,7 @@ private Q_SLOTS:
             Click(d, QStringLiteral("cmdClose"));
         });
         QCOMPARE(dlg.ShowDeletedItems(session), result);
-        QCOMPARE(before, (QStringList { "dbo.101|Stored Procedure", "dbo.102|Stored Procedure", "dbo.201|View" }));
+        QCOMPARE(before, (QStringList { "dbo.101|StoredProcedures", "dbo.102|StoredProcedures", "dbo.201|Views" }));
         QCOMPARE(factory->procs->calls.size() + factory->views->calls.size(), check ? 3 : 0);
         // The list is reloaded: what came back is gone from it.
         QCOMPARE(after.size(), before.size() - (check ? good.size() : 0));

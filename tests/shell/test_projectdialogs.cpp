@@ -16,7 +16,6 @@
 #include "frmProjectBrowser.h"
 #include "frmProjectDetails.h"
 #include "frmSQLPassword.h"
-#include "frmVSSNewProject.h"
 #include "frmVSSPassword.h"
 #include "frmVSSProjectBrowser.h"
 
@@ -25,7 +24,6 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QRegularExpression>
-#include <QSettings>
 #include <QTemporaryDir>
 #include <QTreeWidget>
 
@@ -95,7 +93,6 @@ private:
         QFile f(mFile);
         return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
     }
-    QString Stored(const QString &key) const { return QSettings(mFile, QSettings::IniFormat).value(key).toString(); }
 
     std::unique_ptr<frmProjectDetails> Wizard(const Server &s)
     {
@@ -116,24 +113,14 @@ private:
             SetText(dlg, QLatin1String(control), text);
     }
 
-    // Stores projects of the given names; with a server they reach it on both sides.
-    void SaveProjects(const QStringList &names, const Server *s = nullptr)
+    void SaveProjects(const QStringList &names)
     {
         for (const QString &name : names) {
-            auto p = s ? s->NewProject(mUi) : std::make_shared<KORVOProject>(mUi);
+            auto p = std::make_shared<KORVOProject>(mUi);
             p->Name = name;
-            p->SQL()->SetServer(s ? s->server : "srv-" + name);
-            p->SQL()->SetDatabase(s ? s->database : "db-" + name);
-            p->VSS()->IniFile = s ? mRepo->Url() : "/ini/" + name;
-            if (s) {
-                p->SQL()->SetUserName(s->user);
-                p->SQL()->SetPassword(s->password);
-                p->SQL()->SetStorePassword(true);
-                p->VSS()->UserName = QStringLiteral("anna");
-                p->VSS()->StorePassword = true;
-                p->VSS()->Project = QStringLiteral("$\\Shop\\");
-                p->VSS()->SetGeneralWorkingFolder(mWorkingFolder);
-            }
+            p->SQL()->SetServer("srv-" + name);
+            p->SQL()->SetDatabase("db-" + name);
+            p->VSS()->IniFile = "/ini/" + name;
             mDb->SaveProject(p);
         }
     }
@@ -184,7 +171,18 @@ private Q_SLOTS:
         Server s;
         auto wizard = Wizard(s);
         QStringList steps; // "frame:back next finished" per step shown
+        const QString ini = mDir->filePath(QStringLiteral("srcsafe.ini"));
+        QString folder, iniFile;
         WhenModal([&](QDialog &dlg) {
+            // A picked folder or file fills its field; a cancelled picker leaves it.
+            mUi.pick(mWorkingFolder);
+            Click(dlg, QStringLiteral("cmdWFBrowse"));
+            mUi.pick(QString());
+            Click(dlg, QStringLiteral("cmdWFBrowse"));
+            folder = Text(dlg, QStringLiteral("txtWorkingFolder"));
+            mUi.pick(ini);
+            Click(dlg, QStringLiteral("cmdVSSIniFile"));
+            iniFile = Text(dlg, QStringLiteral("txtVSSIniFile"));
             auto record = [&] {
                 QString buttons;
                 for (const char *b : { "cmdBack", "cmdNext", "cmdFinished" })
@@ -206,11 +204,12 @@ private Q_SLOTS:
             record();
         });
         QVERIFY(!wizard->newProject());
-        QCOMPARE(wizard->windowTitle(), "Project Wizard - New Project");
         QCOMPARE(steps,
             (QStringList { "fraStep_1:010", "fraStep_2:110", "fraStep_3:110", "fraStep_4:110", "fraStep_5:101",
                 "fraStep_4:110", "fraStep_1:010" }));
         QCOMPARE(mUi.boxes.size(), 0);
+        QCOMPARE(folder, mWorkingFolder);
+        QCOMPARE(iniFile, ini);
     }
 
     // Each check of a step: the field set to the value on the step shown, the
@@ -281,17 +280,35 @@ private Q_SLOTS:
         QCOMPARE(mUi.waitDepth, 0);
     }
 
-    void newProjectFinishesWithTheTypedValues_data() { KindRows(); }
+    void newProjectFinishesWithTheTypedValues_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<bool>("windowsAuth");
+        QTest::newRow("SQLServer") << "SQLServer" << false;
+        QTest::newRow("PostgreSQL") << "PostgreSQL" << false;
+        // The operating-system login reaches the test cluster, so no question comes.
+        QTest::newRow("PostgreSQL, Windows authentication") << "PostgreSQL" << true;
+    }
 
     void newProjectFinishesWithTheTypedValues()
     {
         QFETCH(QString, kind);
+        QFETCH(bool, windowsAuth);
         Server s(kind);
         auto wizard = Wizard(s);
-        QStringList databases;
+        QStringList databases, states;
         WhenModal([&](QDialog &dlg) {
             FillValid(dlg, s, QStringLiteral("  Shop  "));
             Control<QCheckBox>(dlg, QStringLiteral("chkSQLStorePassword"))->setChecked(true);
+            // Windows authentication on, off and on: the login fields follow.
+            for (int i = 0; windowsAuth && i < 3; ++i) {
+                Control<QCheckBox>(dlg, QStringLiteral("chkUseWindowsAuth"))->click();
+                QString enabled;
+                for (const char *c : { "txtSQLUsername", "chkSQLStorePassword", "lblSQLUsername" })
+                    enabled += QString::number(Control<QWidget>(dlg, QLatin1String(c))->isEnabled());
+                states << Text(dlg, QStringLiteral("txtSQLUsername")) + "|"
+                        + Text(dlg, QStringLiteral("txtSQLPassword")) + "|" + enabled;
+            }
             Click(dlg, QStringLiteral("cmdNext"), 2);
             auto *list = Control<QComboBox>(dlg, QStringLiteral("cboSQLDatabase"));
             for (int i = 0; i < list->count(); ++i)
@@ -305,98 +322,86 @@ private Q_SLOTS:
         // The list came from the server, and the typed database stayed selected.
         QVERIFY2(databases.contains(s.database), qPrintable(databases.join(',')));
         QCOMPARE(p->Sequence, -1L);
+        QCOMPARE((QStringList { p->VSS()->IniFile, p->VSS()->Project, p->VSS()->GeneralWorkingFolder() }),
+            (QStringList { mRepo->Url(), "$\\Shop\\", mWorkingFolder }));
+        if (windowsAuth) {
+            QCOMPARE(
+                states, (QStringList { "(Windows authentication)||000", "||111", "(Windows authentication)||000" }));
+            QVERIFY(p->SQL()->UseWinNTAuth());
+            QCOMPARE(p->SQL()->StoredUserName() + p->SQL()->Password(), QString());
+            QVERIFY(!p->SQL()->StorePassword());
+            return;
+        }
         QCOMPARE((QStringList { p->Name, p->SQL()->Kind().Name(), p->SQL()->Server(), p->SQL()->Database(),
                      p->SQL()->UserName(), p->SQL()->Password() }),
             (QStringList { "Shop", kind, s.server, s.database, s.user, s.password }));
         QVERIFY(p->SQL()->StorePassword());
-        QCOMPARE((QStringList { p->VSS()->IniFile, p->VSS()->Project, p->VSS()->GeneralWorkingFolder() }),
-            (QStringList { mRepo->Url(), "$\\Shop\\", mWorkingFolder }));
     }
 
-    void serverAwayIsAQuestion_data() { KindRows(); }
-
-    // The user may finish a project whose server is away; No keeps the step.
-    void serverAwayIsAQuestion()
+    // A server, database or project out of reach is a question: No keeps its
+    // step, and brings it up again when finishing; Yes goes on and may finish.
+    void unreachableIsAQuestion_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("away");
+        for (const char *k : { "SQLServer", "PostgreSQL" }) {
+            for (const char *away : { "server", "database", "project" })
+                QTest::addRow("%s %s", k, away) << k << away;
+        }
+    }
+    void unreachableIsAQuestion()
     {
         QFETCH(QString, kind);
+        QFETCH(QString, away);
         Server s(kind);
-        if (s.scripted)
+        if (away == "server" && s.scripted)
             s.scripted->stop();
-        else
+        else if (away == "server")
             s.server = mDir->filePath(QStringLiteral("no-server-here"));
+        const bool project = away == "project";
         auto wizard = Wizard(s);
-        int afterNo = 0, afterYes = 0;
-        bool errorShown = false;
+        QList<int> stays;
+        bool errorShown = false, open = false;
         WhenModal([&](QDialog &dlg) {
             FillValid(dlg, s);
-            Click(dlg, QStringLiteral("cmdNext"), 2); // the list fails quietly
+            if (away == "database")
+                SetText(dlg, QStringLiteral("cboSQLDatabase"), QStringLiteral("nosuchdb"));
+            if (project)
+                SetText(dlg, QStringLiteral("txtVSSProject"), QStringLiteral("$\\NoSuch\\"));
+            Click(dlg, QStringLiteral("cmdNext"), 2); // a server away fails the list quietly
             errorShown = Control<QLabel>(dlg, QStringLiteral("lblSQLServerErrorLabel"))->isVisible()
                 && !Control<QLabel>(dlg, QStringLiteral("lblSQLServerError"))->text().isEmpty();
+            if (!project) {
+                mUi.answer(UiServices::Answer::No);
+                Click(dlg, QStringLiteral("cmdNext"));
+                stays << wizard->CurrentStep();
+                mUi.answer(UiServices::Answer::Yes);
+            }
+            Click(dlg, QStringLiteral("cmdNext"), 2);
             mUi.answer(UiServices::Answer::No);
-            Click(dlg, QStringLiteral("cmdNext"));
-            afterNo = wizard->CurrentStep();
-            mUi.answer(UiServices::Answer::Yes);
-            Click(dlg, QStringLiteral("cmdNext"));
-            afterYes = wizard->CurrentStep();
-            Click(dlg, QStringLiteral("cmdNext"));
+            Click(dlg, QStringLiteral("cmdFinished"));
+            stays << wizard->CurrentStep();
+            open = dlg.isVisible();
+            if (!project) {
+                mUi.answer(UiServices::Answer::Yes);
+                Click(dlg, QStringLiteral("cmdNext"), 2);
+            }
             mUi.answer(UiServices::Answer::Yes); // asked again while finishing
             Click(dlg, QStringLiteral("cmdFinished"));
         });
         const KORVOProjectPtr p = wizard->newProject();
-        QVERIFY(errorShown);
-        QCOMPARE(afterNo, 3);
-        QCOMPARE(afterYes, 4);
         QVERIFY(p);
         QCOMPARE(p->SQL()->Server(), s.server);
-        QCOMPARE(mUi.boxes.size(), 3);
-        for (const auto &box : mUi.boxes) {
-            QCOMPARE(box.title, "Invalid Data");
-            QCOMPARE(box.buttons, UiServices::Buttons::YesNo);
-            QVERIFY2(box.text.startsWith("Could not connect to the specified database. Would you like to continue "
-                                         "anyway?\nThe following error occured:\n"),
-                qPrintable(box.text));
-            QVERIFY(box.text.size() > 120); // the server's own words follow
-        }
-    }
-
-    // Finishing tests every step again: No to the connection question of
-    // step 3 or 5 brings that step up, keeps the wizard open and finishes nothing.
-    void finishingStopsAtANo_data()
-    {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<int>("step");
-        for (const char *k : { "SQLServer", "PostgreSQL" }) {
-            QTest::addRow("%s database", k) << k << 3;
-            QTest::addRow("%s project", k) << k << 5;
-        }
-    }
-    void finishingStopsAtANo()
-    {
-        QFETCH(QString, kind);
-        QFETCH(int, step);
-        Server s(kind);
-        auto wizard = Wizard(s);
-        int shown = 0;
-        bool open = false;
-        WhenModal([&](QDialog &dlg) {
-            FillValid(dlg, s);
-            Click(dlg, QStringLiteral("cmdNext"), 4);
-            if (step == 3)
-                SetText(dlg, QStringLiteral("cboSQLDatabase"), QStringLiteral("nosuchdb"));
-            else
-                SetText(dlg, QStringLiteral("txtVSSProject"), QStringLiteral("$\\NoSuch\\"));
-            mUi.answer(UiServices::Answer::No);
-            Click(dlg, QStringLiteral("cmdFinished"));
-            shown = wizard->CurrentStep();
-            open = dlg.isVisible();
-        });
-        QVERIFY(!wizard->newProject());
-        QCOMPARE(shown, step);
+        QCOMPARE(stays, project ? QList<int>({ 5 }) : QList<int>({ 3, 3 }));
         QVERIFY(open);
-        QCOMPARE(mUi.boxes.size(), 1);
+        QCOMPARE(errorShown, away == "server");
+        // The same question every time, the server's own words after it.
+        QCOMPARE(Boxes(mUi), QStringList(project ? 2 : 5, Boxes(mUi).value(0)));
         QCOMPARE(mUi.last().buttons, UiServices::Buttons::YesNo);
-        QVERIFY2(mUi.last().text.startsWith(step == 3 ? "Could not connect to the specified database."
-                                                      : "Could not connect to the specified project."),
+        const QString question = QStringLiteral("Could not connect to the specified %1. Would you like to continue "
+                                                "anyway?\nThe following error occured:\n")
+                                     .arg(project ? "project" : "database");
+        QVERIFY2(mUi.last().text.startsWith(question) && mUi.last().text.size() > question.size(),
             qPrintable(mUi.last().text));
     }
 
@@ -463,62 +468,6 @@ private Q_SLOTS:
             "following error occured:\nPassword was not entered!");
     }
 
-    void windowsAuthentication()
-    {
-        Server s;
-        auto wizard = Wizard(s);
-        QStringList states;
-        WhenModal([&](QDialog &dlg) {
-            FillValid(dlg, s);
-            auto state = [&] {
-                QString enabled;
-                for (const char *c : { "txtSQLUsername", "chkSQLStorePassword", "lblSQLUsername" })
-                    enabled += QString::number(Control<QWidget>(dlg, QLatin1String(c))->isEnabled());
-                states << Text(dlg, QStringLiteral("txtSQLUsername")) + "|"
-                        + Text(dlg, QStringLiteral("txtSQLPassword")) + "|" + enabled;
-            };
-            Control<QCheckBox>(dlg, QStringLiteral("chkSQLStorePassword"))->setChecked(true);
-            for (int i = 0; i < 3; ++i) {
-                Control<QCheckBox>(dlg, QStringLiteral("chkUseWindowsAuth"))->click();
-                state();
-            }
-            Click(dlg, QStringLiteral("cmdNext"), 4);
-            Click(dlg, QStringLiteral("cmdFinished"));
-        });
-        const KORVOProjectPtr p = wizard->newProject();
-        QCOMPARE(states, (QStringList { "(Windows authentication)||000", "||111", "(Windows authentication)||000" }));
-        // The operating-system login reaches the test cluster, so no question came.
-        QCOMPARE(mUi.boxes.size(), 0);
-        QVERIFY(p);
-        QVERIFY(p->SQL()->UseWinNTAuth());
-        QCOMPARE(p->SQL()->StoredUserName() + p->SQL()->Password(), QString());
-        QVERIFY(!p->SQL()->StorePassword());
-    }
-
-    void pickersAndTheirTitles()
-    {
-        frmProjectDetails wizard(*mDb, mUi, mHelp.get());
-        const QString ini = mDir->filePath(QStringLiteral("srcsafe.ini"));
-        QString folder, iniFile;
-        WhenModal([&](QDialog &dlg) {
-            mUi.pick(mWorkingFolder);
-            Click(dlg, QStringLiteral("cmdWFBrowse"));
-            mUi.pick(QString()); // cancelled: the field stays
-            Click(dlg, QStringLiteral("cmdWFBrowse"));
-            folder = Text(dlg, QStringLiteral("txtWorkingFolder"));
-            mUi.pick(ini);
-            Click(dlg, QStringLiteral("cmdVSSIniFile"));
-            iniFile = Text(dlg, QStringLiteral("txtVSSIniFile"));
-        });
-        wizard.newProject();
-        QCOMPARE(folder, mWorkingFolder);
-        QCOMPARE(iniFile, ini);
-        QCOMPARE(mUi.pickerTitles,
-            (QStringList { "Select the Working Folder (the filename will be ignored)",
-                "Select the Working Folder (the filename will be ignored)",
-                "Select the Microsoft Visual SourceSafe Database File (srcsafe.ini)" }));
-    }
-
     void editKeepsItsNameButNotACaseChange()
     {
         Server s;
@@ -544,7 +493,6 @@ private Q_SLOTS:
             Click(dlg, QStringLiteral("cmdCancel"));
         });
         QVERIFY(!wizard.EditProject(project));
-        QCOMPARE(wizard.windowTitle(), "Project Wizard - Project Details");
         QCOMPARE(filledName, "Alpha");
         QCOMPARE(filledServer, s.server);
         QCOMPARE(stepKept, 2);
@@ -586,7 +534,6 @@ private Q_SLOTS:
         QVERIFY(!chk->isChecked());
         chk->click();
         QVERIFY(mDb->OpenMostRecent());
-        QCOMPARE(Stored(QStringLiteral("ProjectToOpen")), "1");
         chk->click();
         QVERIFY(!mDb->OpenMostRecent());
 
@@ -599,9 +546,7 @@ private Q_SLOTS:
         QCOMPARE(mUi.last().title + "|" + mUi.last().text, "Remove Project|Are you sure you want to the project 'P2'?");
         QCOMPARE(list->topLevelItemCount(), 2);
         QCOMPARE(list->topLevelItem(1)->text(0), "P3");
-        QCOMPARE(Stored(QStringLiteral("2/PrjName")), "P3");
-        QCOMPARE(Stored(QStringLiteral("2/LastServer")), "srv-P3");
-        QVERIFY(!QSettings(mFile, QSettings::IniFormat).childGroups().contains(QStringLiteral("3")));
+        QCOMPARE(mDb->FindAllProjects(true, true)->Count(), 2);
 
         // Without a selected row the buttons do nothing.
         list->clearSelection();
@@ -611,26 +556,12 @@ private Q_SLOTS:
         browser.close();
     }
 
-    // Opening a recent project connects both sides.
-    void openRecentProjectConnectsBothSides()
+    void openRecentProjectReportsAnUnknownName()
     {
-        Server s;
-        SaveProjects({ QStringLiteral("P1"), QStringLiteral("P2"), QStringLiteral("P3") }, &s);
+        SaveProjects({ QStringLiteral("P1") });
         frmProjectBrowser browser(mDb, mUi, *mHelp);
-        bool ok = false;
-        browser.OpenRecentProject(3, QString(), ok);
-        QVERIFY(ok);
-        QCOMPARE(mUi.boxes.size(), 0);
-        QVERIFY(mDb->Project());
-        QCOMPARE(mDb->Project()->Name, "P3");
-        QVERIFY(mDb->Project()->SQL()->ConnectionOpen());
-        QVERIFY(mDb->Project()->VSS()->ConnectionOpen());
-
-        // By name now; an unknown one is reported.
-        browser.OpenRecentProject(-1, QStringLiteral("P2"), ok);
-        QVERIFY(ok);
-        QCOMPARE(mDb->Project()->Name, "P2");
         mUi.answer(UiServices::Answer::Ok);
+        bool ok = true;
         browser.OpenRecentProject(-1, QStringLiteral("Nope"), ok);
         QVERIFY(!ok);
         QCOMPARE(Boxes(mUi),
@@ -703,17 +634,19 @@ private Q_SLOTS:
         QCOMPARE(rootChildren, (QStringList { "$\\A\\", "$\\Shop\\", "$\\X\\" }));
 
         const QString newName = QStringLiteral("New%1").arg(QDateTime::currentMSecsSinceEpoch());
-        QString askName;
+        QString askFocus;
         WhenModal([&](QDialog &dlg) {
             auto *tree = Control<QTreeWidget>(dlg, QStringLiteral("tvwVSSProjects"));
             tree->clearSelection();
             tree->setCurrentItem(nullptr);
-            mUi.answer(UiServices::Answer::Ok).answer(UiServices::Answer::Ok);
+            mUi.answer(UiServices::Answer::Ok).answer(UiServices::Answer::Ok).answer(UiServices::Answer::Ok);
             Click(dlg, QStringLiteral("cmdOK")); // nothing selected
             Click(dlg, QStringLiteral("cmdNewProject"));
             tree->setCurrentItem(tree->topLevelItem(0)->child(0)); // A
             WhenModal([&](QDialog &ask) {
-                askName = ask.objectName();
+                SetText(ask, QStringLiteral("txtVSSProject"), QStringLiteral("   "));
+                Click(ask, QStringLiteral("cmdOK")); // a blank name is refused
+                askFocus = FocusName(ask);
                 SetText(ask, QStringLiteral("txtVSSProject"), "  " + newName + " ");
                 Click(ask, QStringLiteral("cmdOK"));
             });
@@ -721,10 +654,9 @@ private Q_SLOTS:
             Click(dlg, QStringLiteral("cmdOK"));
         });
         QCOMPARE(browser.GetFolder(vss, QStringLiteral("$\\")), "$\\A\\" + newName + "\\");
-        QCOMPARE(askName, "frmVSSNewProject");
-        QCOMPARE(mUi.boxes.size(), 2);
-        QCOMPARE(mUi.boxes.at(0).text, "No Project selected!");
-        QCOMPARE(mUi.boxes.at(1).text, "No Project selected!");
+        const QString none = QStringLiteral("warning|Invalid Data|No Project selected!");
+        QCOMPARE(Boxes(mUi), QStringList({ none, none, "none|Invalid Data|No Project Name specified!" }));
+        QCOMPARE(askFocus, "txtVSSProject");
         QVERIFY(vss.GetProjectSubFolders(QStringLiteral("$\\A\\")).contains(newName));
     }
 
@@ -770,22 +702,6 @@ private Q_SLOTS:
         QVERIFY(!wizard->newProject());
         QCOMPARE(Boxes(mUi), QStringList { box });
         QCOMPARE(project, "$\\Shop\\");
-    }
-
-    void newVSSProjectNeedsAName()
-    {
-        frmVSSNewProject ask(mUi, mHelp.get());
-        QString focus;
-        WhenModal([&](QDialog &dlg) {
-            SetText(dlg, QStringLiteral("txtVSSProject"), QStringLiteral("   "));
-            mUi.answer(UiServices::Answer::Ok);
-            Click(dlg, QStringLiteral("cmdOK"));
-            focus = FocusName(dlg);
-            Click(dlg, QStringLiteral("cmdCancel"));
-        });
-        QCOMPARE(ask.NewVSSProjectName(), QString());
-        QCOMPARE(focus, "txtVSSProject");
-        QCOMPARE(Boxes(mUi), QStringList { "none|Invalid Data|No Project Name specified!" });
     }
 };
 
