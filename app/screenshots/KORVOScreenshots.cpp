@@ -8,6 +8,7 @@
 #include "frmDocumentGenerationStart.h"
 #include "frmEditObjectText.h"
 #include "frmItemHistory.h"
+#include "frmOptions.h"
 #include "frmProjectBrowser.h"
 #include "frmProjectDetails.h"
 #include "frmRecompile.h"
@@ -27,6 +28,7 @@
 #include <QTableView>
 #include <QTimer>
 #include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
 
 #include <cstdio>
 
@@ -43,6 +45,7 @@ bool ShootScriptGenerator(KORVOScreenshotContext &context);
 bool ShootDocGenerator(KORVOScreenshotContext &context);
 bool ShootRecompile(KORVOScreenshotContext &context);
 bool ShootProjects(KORVOScreenshotContext &context);
+bool ShootOptions(KORVOScreenshotContext &context);
 
 } // namespace
 
@@ -62,6 +65,7 @@ QList<KORVOScreenshot> KORVOScreenshots()
         { QStringLiteral("doc-generator"), &ShootDocGenerator },
         // The project browser, and project-details.png from its Edit button.
         { QStringLiteral("project-browser"), &ShootProjects },
+        { QStringLiteral("options"), &ShootOptions },
         // Last: objects that fail to compile are checked out.
         { QStringLiteral("recompile"), &ShootRecompile },
     };
@@ -134,7 +138,7 @@ void CloseChildren(mdiMain &main)
 
 // Runs act on the modal window W once it is up: the command that opens the
 // window blocks until act has closed it.
-template<class W> void WhenModal(std::function<void(W &)> act, int waitMs = 60000)
+template <class W> void WhenModal(std::function<void(W &)> act, int waitMs = 60000)
 {
     auto *timer = new QTimer;
     timer->setInterval(50);
@@ -165,7 +169,7 @@ void PlaceFrame(mdiMain &main, QMdiSubWindow *sub, QSize size = {})
 }
 
 // The first child window of type W in the main window, placed.
-template<class W> W *Child(mdiMain &main)
+template <class W> W *Child(mdiMain &main)
 {
     for (QMdiSubWindow *sub : main.MdiArea()->subWindowList()) {
         if (auto *w = dynamic_cast<W *>(sub->widget())) {
@@ -297,7 +301,8 @@ bool ShootHistory(KORVOScreenshotContext &context)
     WhenModal<frmItemHistory>([&](frmItemHistory &history) {
         history.resize(760, 460);
         // The two newest versions, ready for Compare.
-        if (auto *list = history.findChild<QTreeWidget *>(QStringLiteral("lvwHistory")); list && list->topLevelItemCount() > 1) {
+        if (auto *list = history.findChild<QTreeWidget *>(QStringLiteral("lvwHistory"));
+            list && list->topLevelItemCount() > 1) {
             list->setCurrentItem(list->topLevelItem(0));
             list->topLevelItem(1)->setSelected(true);
         }
@@ -319,11 +324,11 @@ bool ShootQuery(KORVOScreenshotContext &context)
     auto *query = Child<frmSQLQuery>(main);
     if (!query)
         return false;
-    query->Editor().SetText(QStringLiteral(
-        "SELECT sku, name, unit_price FROM products ORDER BY unit_price DESC LIMIT 3;\n"
-        "SELECT w.city, sum(s.quantity) AS items\n"
-        "  FROM stock s JOIN warehouses w USING (warehouse_id) GROUP BY w.city ORDER BY w.city;\n"
-        "DO $$ BEGIN RAISE NOTICE 'Stock counted on %', current_date; END $$;\n"));
+    query->Editor().SetText(
+        QStringLiteral("SELECT sku, name, unit_price FROM products ORDER BY unit_price DESC LIMIT 3;\n"
+                       "SELECT w.city, sum(s.quantity) AS items\n"
+                       "  FROM stock s JOIN warehouses w USING (warehouse_id) GROUP BY w.city ORDER BY w.city;\n"
+                       "DO $$ BEGIN RAISE NOTICE 'Stock counted on %', current_date; END $$;\n"));
     query->Execute();
     const QDeadlineTimer deadline(30000);
     while (query->Results().IsRunning() && !deadline.hasExpired())
@@ -376,6 +381,29 @@ bool ShootDocGenerator(KORVOScreenshotContext &context)
         start.reject();
     });
     context.main.DoCommand(61);
+    return saved;
+}
+
+bool ShootOptions(KORVOScreenshotContext &context)
+{
+    bool saved = false;
+    WhenModal<frmOptions>([&](frmOptions &options) {
+        // The page of the default texts, whose editor shows the most.
+        auto *tree = options.findChild<QTreeWidget *>(QStringLiteral("tvwCaterogies"));
+        for (QTreeWidgetItemIterator it(tree); tree && *it; ++it)
+            if ((*it)->data(0, Qt::UserRole).toString() == QLatin1String("DEFAULTTEXT"))
+                tree->setCurrentItem(*it);
+        // The demo keeps no default text: one as a user would type it, not saved.
+        if (auto *text = options.findChild<SQLTextEditor *>(QStringLiteral("txtDefaultText")))
+            text->SetText(
+                QStringLiteral("-- Created <DATE> <TIME> by <DONEBYVSS>\nCREATE PROCEDURE dbo.new_procedure()\n"
+                               "LANGUAGE sql\nAS $$\n    SELECT 1;\n$$;\n"));
+        options.resize(760, 500);
+        Settle();
+        saved = context.save(options, QStringLiteral("options"));
+        options.reject();
+    });
+    context.main.DoCommand(42);
     return saved;
 }
 
