@@ -87,27 +87,20 @@ private Q_SLOTS:
     }
 
     // No function folder when the probe is refused; the second set follows the
-    // same probe and sees SQL only.
+    // same probe and sees SQL only. (The order of the collections and the lists
+    // of folders are test_session's.)
     void foldersInTheirOrder_data() { AddKindRows({ QString(), "refusing functions" }); }
     void foldersInTheirOrder()
     {
         QFETCH(QString, row);
         const bool refuse = !row.isEmpty();
         QVERIFY(setUp(refuse));
-        QCOMPARE(types(session->Collections()),
-            QStringList({ "StoredProcedures", "Tables", "UserDefinedFunctions", "Views", "Triggers" }));
         const QStringList roots = QStringList({ "StoredProcedures", "Tables", "UserDefinedFunctions", "Views" })
                                       .filter(QRegularExpression(refuse ? "^(?!User)" : ""));
-        KORVODBTItemsPtr items = session->GetItemInfo("Start", QString());
-        QCOMPARE(Keys(*items), roots);
-        QCOMPARE(Node(items->Item(0)), "StoredProcedures|Stored Procedures|StoredProcedures|STOREDPROCEDURES");
-        QCOMPARE(items->Item("Views")->Children().FirstChild()->Key, QStringLiteral("Views_tmp"));
+        QCOMPARE(Keys(*session->GetItemInfo("Start", QString())), roots);
         // Triggers are editable, though not a root folder.
         QCOMPARE(Keys(*session->AvailableEditableObjects()),
             QStringList(roots).filter(QRegularExpression("^(?!Tables)")) << "Triggers");
-        QCOMPARE(Keys(*session->GetItemsForNewMenu()),
-            QStringList({ "StoredProcedure", "UserDefinedFunction", "View", "Trigger" }));
-        QVERIFY(session->Icons()->Names().contains("TRIGGER:DELETE"));
 
         const QString id = b->Versioned("usp_a");
         auto other = std::make_shared<KORVOSQL>(b->ui);
@@ -213,8 +206,6 @@ private Q_SLOTS:
         QVERIFY(item->RemoveItem && item->KeyChanged.isEmpty());
         QVERIFY(o->Name().isEmpty());
         QVERIFY(!object("StoredProcedure", "I" + newId));
-        QCOMPARE(Node(session->RefreshItem("StoredProcedures", "x")),
-            "StoredProcedures|Stored Procedures|StoredProcedures|STOREDPROCEDURES");
     }
 
     // A table's triggers folder lists its own triggers. (A table recreated
