@@ -367,16 +367,26 @@ private Q_SLOTS:
         QVERIFY(b->ServerText(w->DBID()).contains(Backend::Marker(type, 1)));
     }
 
-    // Reading either side, as CREATE or in its replacing form; nothing to undo
-    // or check out. (An undone check-out's text is test_textwindow's.)
-    void readingEitherSide_data() { AddKindRows(); }
-    void readingEitherSide()
+    // Undo check-out gives the latest text back; reading either side, as
+    // CREATE or in its replacing form.
+    void undoCheckoutAndContent_data() { AddKindRows(); }
+    void undoCheckoutAndContent()
     {
         QVERIFY(SetUp());
         KORVOTypedObjectPtr o = checkedIn("usp_undo");
         QVERIFY(o);
         const QString item = o->DBID() + ".sp";
         QVERIFY(!o->Generic().UndoCheckout()); // nothing checked out
+        QVERIFY(o->CheckOut());
+        QFile edit(o->FileName());
+        QVERIFY(edit.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        edit.write("CREATE PROCEDURE edited");
+        edit.close();
+        QVERIFY(o->Generic().UndoCheckout());
+        QVERIFY(!o->IsCheckedOut());
+        QVERIFY(edit.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(edit.readAll()), b->Latest(item));
+
         QCOMPARE(o->Generic().GetContent(1, -1, false), b->Latest(item));
         QCOMPARE(o->Generic().GetContent(2, -1, false), b->ServerText(o->DBID()));
         QCOMPARE(o->Generic().GetContent(3, -1, false), QString());
