@@ -219,7 +219,6 @@ private Q_SLOTS:
         QCOMPARE(Nodes(*trigger->GetItemInfo(false)),
             QStringList({ "INSERT" + x + "|INSERT||TRIGGER:INSERT", "UPDATE" + x + "|UPDATE||TRIGGER:UPDATE" }));
 
-        QCOMPARE(triggers->GetItemInfo(false)->Count(), 2);
         QVERIFY(b->vss->RemoveItem(y + ".trg", true));
         KORVODBTItemsPtr deleted = triggers->GetDeletedItems(false);
         QCOMPARE(deleted->Count(), 1);
