@@ -533,18 +533,6 @@ inline void AddKindRows(const QStringList &names = {})
     }
 }
 
-inline void AddKindAndTypeRows()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<int>("cls");
-    for (const char *kind : { "PostgreSQL", "SQLServer" }) {
-        QTest::addRow("%s procedure", kind) << kind << int(ObjectClass::StoredProcedure);
-        QTest::addRow("%s view", kind) << kind << int(ObjectClass::View);
-        QTest::addRow("%s function", kind) << kind << int(ObjectClass::UserDefinedFunction);
-        QTest::addRow("%s trigger", kind) << kind << int(ObjectClass::Trigger);
-    }
-}
-
 // A table of operations refused or failing at a step on both kinds: rows
 // "<kind> <step>" with the columns kind, step, icon, title and text of the box
 // expected; rows(postgreSQL, row) adds the rows of a kind.

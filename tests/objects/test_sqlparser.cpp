@@ -117,9 +117,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("oldName");
         const auto row = [](const char *name, const QString &text, const QString &newName, const QString &result,
                              const QString &oldName) { QTest::newRow(name) << text << newName << result << oldName; };
-        row("glued list goes with the name", "CREATE PROC x(@a int) AS", "[t]", "CREATE PROC [t] int) AS", "x(@a");
-        row("bracketed owner", "CREATE PROCEDURE [dbo].[b]\r\nAS", "[sptmp_1]", "CREATE PROCEDURE [sptmp_1]\r\nAS",
-            "[dbo].[b]");
+        // A glued parameter list and a bracketed owner: test_kind_text's temporary names.
         row("name at end replaced to end", "CREATE PROC p", "[q]", "CREATE PROC [q]", "p");
         row("comment before kept", "/*h*/\nCREATE PROC p AS", "z", "/*h*/\nCREATE PROC z AS", "p");
         row("not found", "SELECT 1", "z", "", "");
@@ -146,7 +144,7 @@ private Q_SLOTS:
                              const QString &newWord = QStringLiteral("ALTER")) {
             QTest::newRow(name) << text << old << newWord << result;
         };
-        row("only the word outside the comment", "/* CREATE */ CREATE PROC x", "CREATE", "/* CREATE */ ALTER PROC x");
+        // A word in a comment: test_kind_text's SQL Server replacing text.
         row("first of two", "create view a as select 1 create", "CREATE", "ALTER view a as select 1 create");
         row("missing word gives empty", "SELECT 1", "CREATE", "");
         row("string does not count", "'CREATE' CREATE", "CREATE", "'CREATE' ALTER");

@@ -35,10 +35,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QVariantList>("row"); // ColType, ColLength, ColXprec, ColScale
         QTest::addColumn<QString>("expected");
-        QTest::newRow("numeric") << QVariantList { "numeric", 9, 10, 2 } << "numeric(10, 2)";
-        QTest::newRow("decimal") << QVariantList { "decimal", 5, 5, 0 } << "decimal(5, 0)";
-        QTest::newRow("varchar") << QVariantList { "varchar", 20, 0, 0 } << "varchar(20)";
-        QTest::newRow("nchar") << QVariantList { "nchar", 6, 0, 0 } << "nchar(6)";
+        // Sizes written out are in listAndNodes (SQL Server's numeric and varchar).
         QTest::newRow("int stays bare") << QVariantList { "int", 4, 10, 0 } << "int";
         QTest::newRow("case counts") << QVariantList { "VARCHAR", 20, 0, 0 } << "VARCHAR";
         QTest::newRow("size in the name")
