@@ -350,10 +350,25 @@ bool ShootQuery(KORVOScreenshotContext &context)
     return saved;
 }
 
-bool ShootScriptGenerator(KORVOScreenshotContext &context)
+// Opens a modal window W with the main window's command, readies it, saves its
+// picture and closes it.
+template <class W>
+bool ShootDialog(KORVOScreenshotContext &context, long command, const QString &name, std::function<void(W &)> ready)
 {
     bool saved = false;
-    WhenModal<frmScriptCreator>([&](frmScriptCreator &wizard) {
+    WhenModal<W>([&](W &window) {
+        ready(window);
+        Settle();
+        saved = context.save(window, name);
+        window.reject();
+    });
+    context.main.DoCommand(command);
+    return saved;
+}
+
+bool ShootScriptGenerator(KORVOScreenshotContext &context)
+{
+    return ShootDialog<frmScriptCreator>(context, 62, QStringLiteral("script-generator"), [](frmScriptCreator &wizard) {
         wizard.resize(720, 520);
         if (auto *complete = wizard.findChild<QAbstractButton *>(QStringLiteral("optType_3")))
             complete->click();
@@ -363,31 +378,18 @@ bool ShootScriptGenerator(KORVOScreenshotContext &context)
         while (!wizard.Idle() && !deadline.hasExpired())
             QApplication::processEvents(QEventLoop::AllEvents, 50);
         wizard.ShowStepList();
-        Settle();
-        saved = context.save(wizard, QStringLiteral("script-generator"));
-        wizard.reject();
     });
-    context.main.DoCommand(62);
-    return saved;
 }
 
 bool ShootDocGenerator(KORVOScreenshotContext &context)
 {
-    bool saved = false;
-    WhenModal<frmDocumentGenerationStart>([&](frmDocumentGenerationStart &start) {
-        start.resize(560, start.sizeHint().height());
-        Settle();
-        saved = context.save(start, QStringLiteral("doc-generator"));
-        start.reject();
-    });
-    context.main.DoCommand(61);
-    return saved;
+    return ShootDialog<frmDocumentGenerationStart>(context, 61, QStringLiteral("doc-generator"),
+        [](frmDocumentGenerationStart &start) { start.resize(560, start.sizeHint().height()); });
 }
 
 bool ShootOptions(KORVOScreenshotContext &context)
 {
-    bool saved = false;
-    WhenModal<frmOptions>([&](frmOptions &options) {
+    return ShootDialog<frmOptions>(context, 42, QStringLiteral("options"), [](frmOptions &options) {
         // The page of the default texts, whose editor shows the most.
         auto *tree = options.findChild<QTreeWidget *>(QStringLiteral("tvwCaterogies"));
         for (QTreeWidgetItemIterator it(tree); tree && *it; ++it)
@@ -399,12 +401,7 @@ bool ShootOptions(KORVOScreenshotContext &context)
                 QStringLiteral("-- Created <DATE> <TIME> by <DONEBYVSS>\nCREATE PROCEDURE dbo.new_procedure()\n"
                                "LANGUAGE sql\nAS $$\n    SELECT 1;\n$$;\n"));
         options.resize(760, 500);
-        Settle();
-        saved = context.save(options, QStringLiteral("options"));
-        options.reject();
     });
-    context.main.DoCommand(42);
-    return saved;
 }
 
 bool ShootRecompile(KORVOScreenshotContext &context)
