@@ -3,6 +3,7 @@
 #include "DocGenProject.h"
 #include "KORVODatabase.h"
 #include "frmCompareText.h"
+#include "frmServerTextChanged.h"
 #include "frmDocumentGenerationStart.h"
 #include "frmEditObjectPermissions.h"
 #include "frmEditObjectText.h"
@@ -14,6 +15,7 @@
 #include "frmOptions.h"
 #include "sql/KORVOSQL.h"
 
+#include <QApplication>
 #include <QWidget>
 
 namespace
@@ -59,6 +61,15 @@ void KORVOAllWindows::Compare(QWidget *parent, KORVODatabase &session, const QSt
     // Owned by the top window, so that it outlives the text window it was opened from.
     frmCompareText::Show(session, session.Ui(), parent ? parent->window() : nullptr, leftText, rightText, leftCaption,
         rightCaption, postgreSQL);
+}
+
+UiServices::ServerTextChoice KORVOAllWindows::ChooseServerText(KORVODatabase &session, const QString &title,
+    const QString &text, const QString &serverText, const QString &myText)
+{
+    const auto &sql = session.Project() ? session.Project()->SQL() : nullptr;
+    const bool postgreSQL = sql && sql->Kind().KindId() == ServerKind::Id::PostgreSQL;
+    return frmServerTextChanged::Ask(
+        session, session.Ui(), QApplication::activeWindow(), title, text, serverText, myText, postgreSQL);
 }
 
 void KORVOAllWindows::DocumentGenerator(QWidget *parent, KORVODatabase &session)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KORVOWindows.h"
+#include "UiServices.h"
 
 class HelpIntegration;
 
@@ -24,6 +25,9 @@ public:
     KORVOChildWindow *OpenQuery(KORVOMainWindowServices &main, KORVODatabase &session) override;
     void Compare(QWidget *parent, KORVODatabase &session, const QString &leftText, const QString &rightText,
         const QString &leftCaption, const QString &rightCaption) override;
+    // Asked before a check-in over a server text changed since the check-out.
+    static UiServices::ServerTextChoice ChooseServerText(KORVODatabase &session, const QString &title,
+        const QString &text, const QString &serverText, const QString &myText);
     // Documentation generator (korvo_docgen).
     void DocumentGenerator(QWidget *parent, KORVODatabase &session) override;
 

@@ -22,8 +22,15 @@ int main(int argc, char *argv[])
     app.installEventFilter(&helpKeys);
     KORVOAllWindows windows(&help);
     frmInitialize splash(ui, help, [&ui, &help, &windows] {
-        return std::make_shared<KORVODatabase>(ui, std::make_shared<KORVOObjectFactory>(),
+        auto session = std::make_shared<KORVODatabase>(ui, std::make_shared<KORVOObjectFactory>(),
             [&help, &windows] { return std::make_unique<mdiMain>(windows, &help); });
+        ui.SetServerTextChooser([session = std::weak_ptr<KORVODatabase>(session)](const QString &title,
+                                    const QString &text, const QString &serverText, const QString &myText) {
+            const auto live = session.lock();
+            return live ? KORVOAllWindows::ChooseServerText(*live, title, text, serverText, myText)
+                        : UiServices::ServerTextChoice::Cancel;
+        });
+        return session;
     });
     splash.StartKORVO();
     return app.exec();

@@ -14,6 +14,7 @@
 #include "frmRecompile.h"
 #include "frmSQLQuery.h"
 #include "frmScriptCreator.h"
+#include "frmServerTextChanged.h"
 #include "frmSyncResults.h"
 #include "mdiMain.h"
 #include "multiGrid.h"
@@ -46,6 +47,7 @@ bool ShootDocGenerator(KORVOScreenshotContext &context);
 bool ShootRecompile(KORVOScreenshotContext &context);
 bool ShootProjects(KORVOScreenshotContext &context);
 bool ShootOptions(KORVOScreenshotContext &context);
+bool ShootServerTextChanged(KORVOScreenshotContext &context);
 
 } // namespace
 
@@ -66,6 +68,7 @@ QList<KORVOScreenshot> KORVOScreenshots()
         // The project browser, and project-details.png from its Edit button.
         { QStringLiteral("project-browser"), &ShootProjects },
         { QStringLiteral("options"), &ShootOptions },
+        { QStringLiteral("server-text-changed"), &ShootServerTextChanged },
         // Last: objects that fail to compile are checked out.
         { QStringLiteral("recompile"), &ShootRecompile },
     };
@@ -420,6 +423,30 @@ bool ShootRecompile(KORVOScreenshotContext &context)
             recompile.reject();
     });
     context.main.DoCommand(70);
+    return saved;
+}
+
+// The question before a check-in over a colleague's change: usp_restock with
+// an urgent fix on the server and the user's own change beside it.
+bool ShootServerTextChanged(KORVOScreenshotContext &context)
+{
+    const KORVOTypedObjectPtr object
+        = Object(context, Node(context.main, context.session.StoredProcedures(), QStringLiteral("usp_restock")));
+    if (!object)
+        return false;
+    QStringList theirs = object->GetContent(1).split(QLatin1Char('\n'));
+    QStringList mine = theirs;
+    theirs.insert(qMin<qsizetype>(4, theirs.size()), QStringLiteral("    -- urgent fix: never restock a negative quantity"));
+    mine.insert(qMax<qsizetype>(0, mine.size() - 2), QStringLiteral("    -- restock in batches of ten"));
+    frmServerTextChanged dialog(context.session, context.session.Ui(), &context.main, QStringLiteral("Server Text Changed"),
+        QStringLiteral("The text of public.usp_restock on the server was changed after it was checked out, and that "
+                       "change is not in source control."),
+        theirs.join(QLatin1Char('\n')), mine.join(QLatin1Char('\n')), true);
+    dialog.resize(980, 560);
+    dialog.show();
+    Settle();
+    const bool saved = context.save(dialog, QStringLiteral("server-text-changed"));
+    dialog.reject();
     return saved;
 }
 

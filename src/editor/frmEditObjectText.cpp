@@ -362,6 +362,10 @@ bool frmEditObjectText::CheckInItem()
         }
     }
     const bool ok = mItem->CheckIn(txtSQL->Text(), comment);
+    if (!ok && mItem->ServerTextTaken()) {
+        // The working file holds the server's text now.
+        LoadObject(QString());
+    }
     if (ok) {
         LoadObject(QString());
         if (mOpenedAsNew) {

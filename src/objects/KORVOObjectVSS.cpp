@@ -179,7 +179,7 @@ QList<QStringList> KORVOObjectVSS::DateSummary(bool ascending) const
     if (!mVSS)
         return rows;
     for (const KORVOHistoryData &version : mVSS->GetItemHistory(ItemName(), IsDeleted())) {
-        rows.append({ version.VersionDate, version.Comment, QString::number(version.VersionNumber) });
+        rows.append({ version.VersionDate, version.Comment, QString::number(version.VersionNumber), version.Action });
         dates.append(VersionDateTime(version.VersionDate));
     }
     // An exchange sort over all pairs, so that equal dates keep their order.

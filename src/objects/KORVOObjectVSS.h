@@ -91,9 +91,16 @@ public:
     bool SQLAndVSSDiffer() const;
     QDateTime FirstDate() const;
     QDateTime LastDate() const;
-    // One row per version: date, comment, version number; sorted by date.
+    // One row per version: date, comment, version number, action; sorted by date.
     QList<QStringList> DateSummary(bool ascending) const;
     QString DropScript() const;
+    // Drops this object as it stood under an earlier owner and name.
+    QString DropScriptAs(const QString &owner, const QString &name) const;
+    // Drops the object a CREATE text of the type makes, where no object of this
+    // id is left on the server to read it from (a deleted item's last text).
+    QString DropScriptOfText(const QString &text) const;
+    // Owner and name as a CREATE text of the type writes them (owner may be empty).
+    QStringList NameInText(const QString &text) const;
     QString Description() const;
     void SetDescription(const QString &description);
 
@@ -121,12 +128,16 @@ public:
     // --- Version-control operations ---
     // Source 1 source control, 2 the server; any other gives "". asAlter gives
     // the text in the server's replacing form.
-    QString GetContent(int source, long version = -1, bool asAlter = false) const;
+    // deleted: a version of the item as it was before it was deleted.
+    QString GetContent(int source, long version = -1, bool asAlter = false, bool deleted = false) const;
     bool GetLatestVersion();
     bool CheckOut();
     bool UndoCheckout();
     // Proves the text first; a new object is created, an existing one replaced.
     bool CheckIn(const QString &content, const QString &comment);
+    // The last check-in stopped because the user took the server's changed text
+    // into the working file instead.
+    bool ServerTextTaken() const { return mServerTextTaken; }
     // Creates and drops the text under a temporary name; for an existing object
     // the text must keep its name and owner.
     bool TestItem(const QString &content, bool silent);
@@ -187,6 +198,15 @@ private:
     // The one box of a failing server step: ReportLost, or the server's text
     // under the operation's title, followed by state.
     void ServerStepFailed(const QString &title, const SqlError &error, const QString &state = QString()) const;
+    // Whether a check-in of content may go on over what the server holds now.
+    bool ServerChangeSettled(const QString &content, const QString &title, const QString &keptLine);
+    // Whether an operation that replaces or drops the server's object may go on:
+    // a server text changed outside KORVO is lost only when the user says so
+    // (never when silent). consequence says what would become of it.
+    bool ServerChangeMayBeLost(const QString &title, const QString &consequence, bool silent);
+    // Takes away every right but the owner's from the object made anew from
+    // source control; false when that failed.
+    bool KeepOwnerRightsOnly();
     // Who holds the item's check-out when another user does; empty otherwise
     // and when source control cannot tell.
     QString OtherHolder() const;
@@ -222,6 +242,10 @@ private:
     KORVOIconsPtr mIcons;
     std::unique_ptr<KORVODescription> mDescription;
     bool mIsNew = false;
+    bool mServerTextTaken = false;
+    // The server's text the user took into the editor: checking in over it
+    // needs no second question.
+    QString mTakenServerText;
     QString mTempFile;
     bool mTempFileMadeHere = false;
 };

@@ -143,6 +143,41 @@ QString KORVOObjectVSS::DropScriptOf(const QString &id, const QString &owner, co
         });
 }
 
+QString KORVOObjectVSS::DropScriptAs(const QString &owner, const QString &name) const
+{
+    std::shared_ptr<KORVOSQL> sql = mSQL;
+    return ServerKindOf(mSQL).DropRenamedScript(
+        mType.Class, DBID, owner, name, [sql](const QString &statement) -> std::shared_ptr<Recordset> {
+            return sql ? sql->OpenRecordset(statement) : nullptr;
+        });
+}
+
+QString KORVOObjectVSS::DropScriptOfText(const QString &text) const
+{
+    if (!mSQL)
+        return QString();
+    // Where overloads share a name, the server reads the argument types from the
+    // text; a drop by name alone could take a sibling or fail as not unique.
+    QString signature;
+    try {
+        IdentifyText(text, &signature);
+    } catch (const SqlError &) {
+    }
+    if (const QString drop = mSQL->Kind().DropSignatureScript(mType.Class, signature); !drop.isEmpty())
+        return drop;
+    const QStringList written = NameInText(text);
+    if (written.value(1).isEmpty())
+        return DropScript();
+    return DropScriptOf(QString(), written.value(0).isEmpty() ? Owner : written.value(0), written.value(1));
+}
+
+QStringList KORVOObjectVSS::NameInText(const QString &text) const
+{
+    if (!mSQL)
+        return {};
+    return mSQL->ExtractOwnerAndItemName(ExtractNameAfterPattern(Parse(), text));
+}
+
 QString KORVOObjectVSS::UndoCreate(const QString &id, const QString &owner, const QString &name) const
 {
     const QString written = ServerKindOf(mSQL).FormatName(owner, name);
@@ -166,11 +201,11 @@ void KORVOObjectVSS::RefreshAfterChange()
     }
 }
 
-QString KORVOObjectVSS::GetContent(int source, long version, bool asAlter) const
+QString KORVOObjectVSS::GetContent(int source, long version, bool asAlter, bool deleted) const
 {
     QString text;
     if (source == 1 && mVSS)
-        text = mVSS->ItemContent(ItemName(), false, version, false, false);
+        text = mVSS->ItemContent(ItemName(), false, version, false, deleted);
     else if (source == 2 && mSQL)
         text = mSQL->GetObjectText(DBID);
     else
@@ -295,6 +330,10 @@ bool KORVOObjectVSS::CheckIn(const QString &content, const QString &comment)
     }
     const QString keptLine = kept.isEmpty() ? QString() : QStringLiteral(" Your text is kept in '%1'.").arg(kept);
 
+    mServerTextTaken = false;
+    if (!mIsNew && !ServerChangeSettled(content, title, keptLine))
+        return false;
+
     if (!TestItem(content, false))
         return false;
 
@@ -403,6 +442,85 @@ bool KORVOObjectVSS::CheckIn(const QString &content, const QString &comment)
     return ok;
 }
 
+bool KORVOObjectVSS::ServerChangeSettled(const QString &content, const QString &title, const QString &keptLine)
+{
+    QString server;
+    try {
+        server = mSQL->GetObjectText(DBID);
+    } catch (const SqlError &error) {
+        ServerStepFailed(title, error, QStringLiteral("Nothing was changed.") + keptLine);
+        return false;
+    }
+    // Dropped behind KORVO's back: the check-in makes it again and loses nothing.
+    if (IsBlankText(server))
+        return true;
+    // The lock kept the repository's text as it was when the check-out began.
+    const QString started = mVSS->ItemContent(ItemName(), false, -1, true, false);
+    if (!mVSS->LastError().isEmpty() && IsBlankText(started)) {
+        Box(UiServices::Icon::Critical, title, mVSS->LastError() + QStringLiteral("\n\nNothing was changed.") + keptLine);
+        return false;
+    }
+    if (TextsEqual(started, server, true, true) || TextsEqual(content, server, true, true)
+        || (!mTakenServerText.isEmpty() && TextsEqual(mTakenServerText, server, true, true)))
+        return true;
+    UiServices *ui = Ui();
+    if (!ui)
+        return false;
+    const QString caption = Caption(true);
+    switch (ui->serverTextChanged(QStringLiteral("Server Text Changed"),
+        QStringLiteral("The text of %1 on the server was changed after it was checked out, and that change is not in "
+                       "source control.")
+            .arg(caption),
+        server, content)) {
+    case UiServices::ServerTextChoice::KeepMine:
+        return true;
+    case UiServices::ServerTextChoice::TakeTheirs: {
+        const QString mine = mVSS->KeepText(ItemName(), content, true);
+        if (mVSS->KeepText(ItemName(), server, false).isEmpty()) {
+            Box(UiServices::Icon::Critical, title,
+                QStringLiteral("The server's text could not be written to the working file.\n\nNothing was changed.")
+                    + keptLine);
+            return false;
+        }
+        mServerTextTaken = true;
+        mTakenServerText = server;
+        Box(UiServices::Icon::Information, QStringLiteral("Server Text Taken"),
+            QStringLiteral("The server's text of %1 is in the editor now; nothing was checked in.").arg(caption)
+                + (mine.isEmpty() ? QString() : QStringLiteral(" Your text is kept in '%1'.").arg(mine)));
+        return false;
+    }
+    case UiServices::ServerTextChoice::Cancel:
+        break;
+    }
+    return false;
+}
+
+bool KORVOObjectVSS::ServerChangeMayBeLost(const QString &title, const QString &consequence, bool silent)
+{
+    QString server;
+    try {
+        server = mSQL->GetObjectText(DBID);
+    } catch (const SqlError &) {
+        // The operation's own first statement meets the same fault and says so.
+        return true;
+    }
+    if (IsBlankText(server))
+        return true;
+    const QString latest = mVSS->ItemContent(ItemName(), false, -1, true, false);
+    if (IsBlankText(latest) || TextsEqual(latest, server, true, true))
+        return true;
+    if (silent)
+        return false;
+    UiServices *ui = Ui();
+    return ui
+        && ui->messageBox(UiServices::Icon::Warning, title,
+               QStringLiteral("The text of %1 on the server was changed outside KORVO and is not in source control. %2"
+                              "\n\nGo on anyway?")
+                   .arg(Caption(true), consequence),
+               UiServices::Buttons::YesNo)
+        == UiServices::Answer::Yes;
+}
+
 void KORVOObjectVSS::RefuseUnfitText(const QString &text) const
 {
     // Without its CREATE keywords a text would run as whatever it is, and
@@ -466,6 +584,11 @@ bool KORVOObjectVSS::SyncAdd(int target)
     if (!id.isEmpty()) {
         mVSS->RenameItem(ItemName(), id + mType.VSSExt, false, false, false);
         DBID = id;
+        if (!KeepOwnerRightsOnly())
+            Box(UiServices::Icon::Warning, title,
+                QStringLiteral("The item %1 was added to SQL, but the rights the server gives a new object by default "
+                               "could not be taken away. Check its permissions.")
+                    .arg(Caption(true)));
     }
     return true;
 }

@@ -66,6 +66,11 @@ bool KORVOObjectVSS::RenameItem(const QString &newName, bool silent)
     // made: an object that already has the new name must not be taken for it.
     if (newText.isEmpty())
         return refuse(notLocated);
+    if (!ServerChangeMayBeLost(aborted,
+            QStringLiteral("The renamed object is made from the text in source control, and the server's text is "
+                           "dropped with the old name."),
+            silent))
+        return false;
     const QString title = QStringLiteral("Could not Rename Item");
     const auto failed = [&](const SqlError &error, const QString &state) {
         if (!silent)
@@ -158,6 +163,9 @@ bool KORVOObjectVSS::DeleteItem()
             QStringLiteral("The item is checked out by %1.\n\nNothing was changed.").arg(holder));
         return false;
     }
+    if (!ServerChangeMayBeLost(
+            title, QStringLiteral("Deleting the object drops that text from the server."), false))
+        return false;
     try {
         mSQL->ExecuteSQL(DropScript());
     } catch (const SqlError &error) {
@@ -226,7 +234,33 @@ bool KORVOObjectVSS::UnDelete(bool silent)
     DBID = id;
     InSQL = true;
     InVSS = true;
+    if (!KeepOwnerRightsOnly() && !silent)
+        Box(UiServices::Icon::Warning, QStringLiteral("Item Undeleted"),
+            QStringLiteral("The item was undeleted, but the rights the server gives a new object by default could not "
+                           "be taken away. Check its permissions."));
     return true;
+}
+
+bool KORVOObjectVSS::KeepOwnerRightsOnly()
+{
+    // The grants of the object that was dropped went with it. A server that
+    // lets everyone run a new routine must not give the one made again from
+    // source control more than its owner's rights.
+    if (!mType.HasPermissions)
+        return true;
+    std::shared_ptr<KORVOPermissions> permissions;
+    try {
+        permissions = GetPermissions(true, 0);
+    } catch (const SqlError &) {
+        return false;
+    }
+    if (!permissions)
+        return false;
+    for (const KORVOPermissionPtr &p : *permissions) {
+        for (int action = ActionExecute; action <= ActionReferences; ++action)
+            p->SetValue(action, PermissionNone);
+    }
+    return CarryPermissionsOver(permissions, DBID);
 }
 
 QList<KORVOHistoryData> KORVOObjectVSS::History() const
@@ -257,6 +291,10 @@ bool KORVOObjectVSS::Rollback(long version, bool silent)
                 QStringLiteral("The current version and the selected version are identical!"));
         return false;
     }
+
+    if (!ServerChangeMayBeLost(QStringLiteral("Rollback Unsuccessful"),
+            QStringLiteral("The rollback replaces it with the selected version."), silent))
+        return false;
 
     // Failures from here on are shown even when silent: only the refusals
     // above are kept quiet.

@@ -60,6 +60,9 @@ public:
     void SetDescription(const QString &description) { mObject->SetDescription(description); }
     bool IsNew() const { return mObject->IsNew(); }
     QString DropScript() const { return mObject->DropScript(); }
+    QString DropScriptAs(const QString &owner, const QString &name) const { return mObject->DropScriptAs(owner, name); }
+    QStringList NameInText(const QString &text) const { return mObject->NameInText(text); }
+    QString DropScriptOfText(const QString &text) const { return mObject->DropScriptOfText(text); }
 
     // --- Tree and dispatch ---
     std::shared_ptr<KORVOFields> GetFields(bool showNullability) override;
@@ -73,15 +76,16 @@ public:
     }
 
     // --- Operations ---
-    QString GetContent(int source, long version = -1, bool asAlter = false) const
+    QString GetContent(int source, long version = -1, bool asAlter = false, bool deleted = false) const
     {
-        return mObject->GetContent(source, version, asAlter);
+        return mObject->GetContent(source, version, asAlter, deleted);
     }
     bool GetLatestVersion() { return mObject->GetLatestVersion(); }
     bool CheckOut() { return mObject->CheckOut(); }
     bool UndoCheckout() { return mObject->UndoCheckout(); }
     virtual bool CheckIn(const QString &content, const QString &comment) { return mObject->CheckIn(content, comment); }
     bool TestItem(const QString &content) { return mObject->TestItem(content, false); }
+    bool ServerTextTaken() const { return mObject->ServerTextTaken(); }
     bool SyncAdd(int target) { return mObject->SyncAdd(target); }
     bool SyncRemove(int target) { return mObject->SyncRemove(target); }
     bool SyncChange(int target) { return mObject->SyncChange(target); }

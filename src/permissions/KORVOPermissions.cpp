@@ -168,6 +168,10 @@ void KORVOPermissions::ReadQuickForm(const ObjectInfo &object)
     }
     if (current && !Item(current->Name))
         mItems.append(current);
+    // A routine made anew on PostgreSQL may be run by everyone: a grantee who
+    // holds nothing here must be listed so that restating revokes it.
+    if (const QString everyone = kind.DefaultGrantee(); !everyone.isEmpty() && Show != 2 && !Item(everyone))
+        mItems.append(NewPermission(everyone, true, object));
 }
 
 QStringList KORVOPermissions::Statements(const QString &fullName) const
@@ -200,6 +204,10 @@ QString KORVOPermissions::CreateScript(const QString &objectName, const QString 
     if (!objectName.isEmpty() && !ownerName.isEmpty()) {
         fullName = ActiveDBConnection->Kind().PermissionObjectName(
             ownerName, objectName, ClassOf(HasExecuteOnly, HasExecAndRefOnly));
+        // Where routines are told apart by their argument types, the name alone
+        // may stand for several: the catalogue's name of this one carries them.
+        if (const ObjectInfo object = FindObject(); object.Found && object.FullName.startsWith(fullName + '('))
+            fullName = object.FullName;
     } else {
         const ObjectInfo object = FindObject();
         if (!object.Found)

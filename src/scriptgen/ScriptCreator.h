@@ -21,6 +21,9 @@ public:
     KORVOTypedObjectPtr ScriptObject;
     int Action = 0;
     int VersionNumber = -1; // -1: the latest version
+    bool Deleted = false; // the object's item is deleted in source control
+    QString DropText; // drops the object under an earlier name; empty: its own drop
+    bool Recreated = false; // an update of an object made anew: its permissions are stated too
 };
 
 using ScriptCreatorObjectPtr = std::shared_ptr<ScriptCreatorObject>;

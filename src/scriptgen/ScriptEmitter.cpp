@@ -28,14 +28,16 @@ QString Padded(const QString &title, int width)
     return title.size() >= width ? title : title + QString(width - title.size(), QLatin1Char(' '));
 }
 
-bool Takes(int section, int action)
+bool Takes(int section, const ScriptCreatorObject &entry)
 {
+    const int action = entry.Action;
     switch (section) {
     case 0: // drop everything first
         return true;
-    case 1:
-    case 4: // creations and their permissions
+    case 1: // creations
         return action == ScriptCreatorObject::Add;
+    case 4: // the permissions of objects made on the target
+        return action == ScriptCreatorObject::Add || (action == ScriptCreatorObject::Update && entry.Recreated);
     case 2:
         return action == ScriptCreatorObject::Update;
     default:
@@ -91,6 +93,7 @@ QString ScriptEmitter::Banner(const QDateTime &created)
 ScriptEmitter::Result ScriptEmitter::Run(const QString &fileName)
 {
     mScript.clear();
+    mMissing.clear();
     mDependenciesRead = false;
     mNeeds.clear();
     mLatest = {};
@@ -124,8 +127,10 @@ ScriptEmitter::Result ScriptEmitter::Build(const QString &fileName)
         { Section::Update, !wholeDatabase }, { Section::Drop, !wholeDatabase },
         { Section::Permissions, mJob.CreatePermission } };
     for (const Plan &p : plan) {
-        if (p.runs && !BuildSection(p.section, script))
-            return Result::Interrupted;
+        if (!p.runs)
+            continue;
+        if (const Result result = BuildSection(p.section, script); result != Result::Written)
+            return result;
     }
 
     mSteps.NextStep();
@@ -143,7 +148,7 @@ ScriptEmitter::Result ScriptEmitter::Build(const QString &fileName)
     return Result::Written;
 }
 
-bool ScriptEmitter::BuildSection(Section section, QString &script)
+ScriptEmitter::Result ScriptEmitter::BuildSection(Section section, QString &script)
 {
     static const QString titles[] = { QStringLiteral("Drop all objects if they exist"),
         QStringLiteral("Create objects"), QStringLiteral("Update objects"), QStringLiteral("Drop objects"),
@@ -155,7 +160,7 @@ bool ScriptEmitter::BuildSection(Section section, QString &script)
 
     QList<Entry> taken;
     for (const Entry &entry : list) {
-        if (Takes(int(section), entry->Action))
+        if (Takes(int(section), *entry))
             taken.append(entry);
     }
     const bool drops = section == Section::PreDrop || section == Section::Drop;
@@ -166,14 +171,28 @@ bool ScriptEmitter::BuildSection(Section section, QString &script)
     long position = 0;
     qsizetype next = 0;
     for (const Entry &entry : list) {
-        if (Takes(int(section), entry->Action))
-            AppendStatement(buffer, EntryText(section, *order.at(next++)));
+        if (Takes(int(section), *entry)) {
+            const ScriptCreatorObject &taken = *order.at(next++);
+            const QString text = EntryText(section, taken);
+            // A text that could not be read must not leave the object out of a
+            // script reported as complete; only permissions may be empty.
+            if ((section == Section::Add || section == Section::Update) && text.trimmed().isEmpty()) {
+                mMissing = taken.ScriptObject->Generic().Caption(true);
+                if (taken.VersionNumber != -1)
+                    mMissing += QStringLiteral(" (version %1)").arg(taken.VersionNumber);
+                return Result::TextMissing;
+            }
+            if (section == Section::Permissions)
+                AppendPermissions(buffer, text);
+            else
+                AppendStatement(buffer, text);
+        }
         mSteps.SetProgress(++position, QString());
         if (mInterrupted)
-            return false;
+            return Result::Interrupted;
     }
     AppendSection(script, buffer, titles[int(section)]);
-    return true;
+    return Result::Written;
 }
 
 QString ScriptEmitter::EntryText(Section section, const ScriptCreatorObject &entry) const
@@ -181,13 +200,20 @@ QString ScriptEmitter::EntryText(Section section, const ScriptCreatorObject &ent
     const KORVOTypedObject &object = *entry.ScriptObject;
     switch (section) {
     case Section::PreDrop:
+        return mKind.ScriptStatement(object.DropScript());
     case Section::Drop:
+        if (!entry.DropText.isEmpty())
+            return mKind.ScriptStatement(entry.DropText);
+        // A deleted object is gone from the server: its last text says what to drop.
+        if (entry.Deleted && !object.InSQL())
+            return mKind.ScriptStatement(object.DropScriptOfText(object.GetContent(1, -1, false, true)));
         return mKind.ScriptStatement(object.DropScript());
     case Section::Add:
     case Section::Update: {
         const bool asAlter = section == Section::Update;
-        return mKind.ScriptStatement(entry.VersionNumber == -1 ? mLatest.Of(object, asAlter)
-                                                               : object.GetContent(1, entry.VersionNumber, asAlter));
+        return mKind.ScriptStatement(entry.VersionNumber == -1
+                ? mLatest.Of(object, asAlter)
+                : object.GetContent(1, entry.VersionNumber, asAlter, entry.Deleted));
     }
     case Section::Permissions:
         return mKind.ScriptStatementLines(object.GetPermissions(false, 0)->CreateScript(object.Name(), object.Owner()));
@@ -195,11 +221,15 @@ QString ScriptEmitter::EntryText(Section section, const ScriptCreatorObject &ent
     return QString();
 }
 
-void ScriptEmitter::AppendStatement(QString &buffer, const QString &text) const
+void ScriptEmitter::AppendPermissions(QString &buffer, const QString &text) const
 {
     // An object without permissions leaves no trace.
-    if (text.isEmpty())
-        return;
+    if (!text.isEmpty())
+        AppendStatement(buffer, text);
+}
+
+void ScriptEmitter::AppendStatement(QString &buffer, const QString &text) const
+{
     AppendLine(buffer, text);
     const QString separator = mKind.ScriptBatchSeparator();
     if (!separator.isEmpty())

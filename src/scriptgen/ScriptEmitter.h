@@ -26,11 +26,13 @@ public:
 
     // The steps of a run, for the step list.
     void AddSteps();
-    enum class Result { Written, Interrupted, WriteFailed };
+    enum class Result { Written, Interrupted, WriteFailed, TextMissing };
     // Builds the text in memory and writes it to fileName in one piece at the end.
     Result Run(const QString &fileName);
     // The text of the last run that was not interrupted.
     const QString &Script() const { return mScript; }
+    // After TextMissing: the object whose text could not be read.
+    const QString &MissingText() const { return mMissing; }
 
     static QString Banner(const QDateTime &created);
 
@@ -39,11 +41,12 @@ private:
     enum class Section { PreDrop, Add, Update, Drop, Permissions };
 
     Result Build(const QString &fileName);
-    // False when interrupted.
-    bool BuildSection(Section section, QString &script);
+    // Written, Interrupted or TextMissing.
+    Result BuildSection(Section section, QString &script);
     QString EntryText(Section section, const ScriptCreatorObject &entry) const;
     void AppendSection(QString &script, const QString &section, const QString &title) const;
     void AppendStatement(QString &buffer, const QString &text) const;
+    void AppendPermissions(QString &buffer, const QString &text) const;
     // The list's order with the taken entries rearranged so that an object comes
     // after (or, for drops, before) the objects it depends on.
     QList<Entry> Ordered(const QList<Entry> &taken, bool drops);
@@ -54,6 +57,7 @@ private:
     KORVOStepProgress &mSteps;
     const bool &mInterrupted;
     QString mScript;
+    QString mMissing;
     bool mDependenciesRead = false;
     // The latest texts of the run, read a project at a time.
     mutable KORVOLatestTexts mLatest;

@@ -1,6 +1,7 @@
 #include "ScriptObjectSelection.h"
 
 #include "KORVODatabase.h"
+#include "KORVOProject.h"
 #include "KORVOHistoryData.h"
 #include "KORVOLatestTexts.h"
 #include "KORVOStepProgress.h"
@@ -23,22 +24,61 @@ QDateTime WholeSeconds(const QDateTime &date)
     return date.addMSecs(-date.time().msec());
 }
 
-// Objects compare by owner and name without regard to case.
+// Objects compare by owner and name without regard to case; routines also by
+// their argument types, where both sides know them.
 QString MatchKey(const KORVOTypedObject &object)
 {
     return object.Owner().toLower() + QChar(0x1f) + object.Name().toLower();
 }
 
-// The first object of each owner and name.
-QHash<QString, KORVOTypedObjectPtr> MatchIndex(const KORVOVersionedObjects &collection)
+// A routine's argument types by id, where the server tells overloads apart.
+using ArgumentTypes = QHash<QString, QString>;
+
+ArgumentTypes ReadArgumentTypes(KORVOSQL *sql)
 {
-    QHash<QString, KORVOTypedObjectPtr> index;
-    index.reserve(collection.Count());
-    // From the back, so that the first of equal keys is the one kept.
-    for (int i = collection.Count() - 1; i >= 0; --i)
-        index.insert(MatchKey(*collection.At(i)), collection.At(i));
-    return index;
+    ArgumentTypes types;
+    if (!sql || !sql->ConnectionOpen())
+        return types;
+    const QString statement = sql->Kind().ArgumentTypesStatement();
+    if (statement.isEmpty())
+        return types;
+    const std::shared_ptr<Recordset> rows = sql->OpenRecordset(statement);
+    for (; rows && rows->IsOpen() && !rows->Eof(); rows->MoveNext())
+        types.insert(rows->FieldText(QStringLiteral("id")), rows->FieldText(QStringLiteral("types")));
+    return types;
 }
+
+// The objects of each owner and name, in the collection's order.
+class MatchIndex
+{
+public:
+    MatchIndex(const KORVOVersionedObjects &collection, const ArgumentTypes &types)
+        : mTypes(types)
+    {
+        mByName.reserve(collection.Count());
+        for (const KORVOTypedObjectPtr &object : collection)
+            mByName[MatchKey(*object)].append(object);
+    }
+    // The first object of the same owner and name and, where both sides know
+    // them, the same argument types.
+    KORVOTypedObjectPtr Match(const KORVOTypedObject &object, const ArgumentTypes &objectTypes) const
+    {
+        const auto found = mByName.constFind(MatchKey(object));
+        if (found == mByName.cend())
+            return nullptr;
+        const auto mine = objectTypes.constFind(object.DBID());
+        for (const KORVOTypedObjectPtr &candidate : *found) {
+            const auto theirs = mTypes.constFind(candidate->DBID());
+            if (mine == objectTypes.cend() || theirs == mTypes.cend() || *mine == *theirs)
+                return candidate;
+        }
+        return nullptr;
+    }
+
+private:
+    const ArgumentTypes &mTypes;
+    QHash<QString, QList<KORVOTypedObjectPtr>> mByName;
+};
 
 QString Stripped(const QString &text)
 {
@@ -124,20 +164,79 @@ QList<QList<KORVOTypedObjectPtr>> ScriptObjectSelection::GetObjectCollections(bo
     return result;
 }
 
-int ScriptObjectSelection::VersionInFrame(
+ScriptObjectSelection::FrameVersions ScriptObjectSelection::VersionsOf(
     const KORVOTypedObject &object, const QDateTime &fromPicked, const QDateTime &untilPicked)
 {
     const QDateTime from = WholeSeconds(fromPicked), until = WholeSeconds(untilPicked);
-    QDateTime latest(QDate(1900, 1, 1), QTime(0, 0));
-    int version = -1;
+    QDateTime latest(QDate(1900, 1, 1), QTime(0, 0)), before = latest;
+    FrameVersions versions;
+    QList<QDateTime> renames;
     for (const QStringList &entry : object.DateSummary(true)) {
         const QDateTime date = VersionDateTime(entry.value(0));
-        if (InFrame(date, from, until) && latest.secsTo(date) > 0) {
+        // Dates have whole seconds: of two versions in one second the higher
+        // number is the later one.
+        const int number = entry.value(2).toInt();
+        if (InFrame(date, from, until)
+            && (latest.secsTo(date) > 0 || (latest.secsTo(date) == 0 && number > versions.InFrame))) {
             latest = date;
-            version = entry.value(2).toInt();
+            versions.InFrame = number;
+        } else if (date.isValid() && date.secsTo(from) > 0
+            && (before.secsTo(date) > 0 || (before.secsTo(date) == 0 && number > versions.Before))) {
+            before = date;
+            versions.Before = number;
         }
+        // The item moved to a new id: the object was made anew on the server
+        // (renamed, undeleted, or added again from source control).
+        if (entry.value(3) == QLatin1String("Renamed") || entry.value(3) == QLatin1String("Recovered"))
+            renames.append(date);
     }
-    return version;
+    for (const QDateTime &date : std::as_const(renames))
+        versions.Recreated = versions.Recreated || (versions.Before > -1 && InFrame(date, from, latest));
+    return versions;
+}
+
+int ScriptObjectSelection::VersionInFrame(
+    const KORVOTypedObject &object, const QDateTime &fromPicked, const QDateTime &untilPicked)
+{
+    return VersionsOf(object, fromPicked, untilPicked).InFrame;
+}
+
+void ScriptObjectSelection::Recreated(const ScriptCreatorObjectPtr &entry, int before, int &count)
+{
+    const KORVOTypedObject &object = *entry->ScriptObject;
+    const QStringList earlier = object.NameInText(object.GetContent(1, before, false, entry->Deleted));
+    if (earlier.value(1).isEmpty())
+        return;
+    const QString earlierOwner = earlier.value(0).isEmpty() ? object.Owner() : earlier.value(0);
+    QStringList now { object.Owner(), object.Name() };
+    if (entry->Action != ScriptCreatorObject::Drop) {
+        now = object.NameInText(object.GetContent(1, entry->VersionNumber, false, entry->Deleted));
+        if (now.value(0).isEmpty())
+            now[0] = object.Owner();
+    }
+    const bool sameName = earlierOwner.compare(now.value(0), Qt::CaseInsensitive) == 0
+        && earlier.value(1).compare(now.value(1), Qt::CaseInsensitive) == 0;
+    if (sameName) {
+        // Under its old name the object keeps its place; its rights are those
+        // the new one was given.
+        if (entry->Action == ScriptCreatorObject::Update)
+            entry->Recreated = true;
+        return;
+    }
+    const QString drop = object.DropScriptAs(earlierOwner, earlier.value(1));
+    if (entry->Action == ScriptCreatorObject::Drop) {
+        entry->DropText = drop;
+        return;
+    }
+    // The target knows the object by its earlier name: it is made under the new
+    // one, and the earlier one goes.
+    entry->Action = ScriptCreatorObject::Add;
+    ScriptCreatorObjectPtr dropEntry = mJob.ObjectsToScript().Add();
+    dropEntry->Action = ScriptCreatorObject::Drop;
+    dropEntry->ScriptObject = entry->ScriptObject;
+    dropEntry->Deleted = entry->Deleted;
+    dropEntry->DropText = drop;
+    ++count;
 }
 
 int ScriptObjectSelection::TimeFrame(const QDateTime &fromPicked, const QDateTime &untilPicked)
@@ -156,9 +255,11 @@ int ScriptObjectSelection::TimeFrame(const QDateTime &fromPicked, const QDateTim
     QList<QList<KORVOTypedObjectPtr>> collections = GetObjectCollections(false);
     if (mInterrupted)
         return -1;
-    collections += GetObjectCollections(true);
+    const QList<QList<KORVOTypedObjectPtr>> deleted = GetObjectCollections(true);
     if (mInterrupted)
         return -1;
+    const qsizetype deletedCollections = deleted.size();
+    collections += deleted;
     mSteps.NextStep();
     long total = 0;
     for (const auto &members : std::as_const(collections))
@@ -168,14 +269,19 @@ int ScriptObjectSelection::TimeFrame(const QDateTime &fromPicked, const QDateTim
 
     int count = 0;
     long position = 0;
-    for (const auto &members : std::as_const(collections)) {
-        for (const KORVOTypedObjectPtr &object : members) {
-            const int version = VersionInFrame(*object, from, until);
-            if (version > -1) {
+    const qsizetype presentCollections = collections.size() - deletedCollections;
+    QHash<const ScriptCreatorObject *, int> recreatedBefore;
+    for (qsizetype c = 0; c < collections.size(); ++c) {
+        for (const KORVOTypedObjectPtr &object : std::as_const(collections.at(c))) {
+            const FrameVersions versions = VersionsOf(*object, from, until);
+            if (versions.InFrame > -1) {
                 ScriptCreatorObjectPtr entry = list.Add();
                 entry->Action = ScriptCreatorObject::Update;
-                entry->VersionNumber = version;
+                entry->VersionNumber = versions.InFrame;
                 entry->ScriptObject = object;
+                entry->Deleted = c >= presentCollections;
+                if (versions.Recreated)
+                    recreatedBefore.insert(entry.get(), versions.Before);
                 ++count;
             }
             mSteps.SetProgress(++position, QString());
@@ -185,10 +291,13 @@ int ScriptObjectSelection::TimeFrame(const QDateTime &fromPicked, const QDateTim
     }
 
     mSteps.NextStep();
-    mSteps.SetProgressMax(list.Count());
+    const int entries = list.Count();
+    mSteps.SetProgressMax(entries);
     mSteps.SetProgress(0, QString());
     position = 0;
-    for (const ScriptCreatorObjectPtr &entry : list) {
+    // By position: an object renamed in the frame adds a drop entry at the end.
+    for (int i = 1; i <= entries; ++i) {
+        const ScriptCreatorObjectPtr entry = list.Item(i);
         const KORVOTypedObject &object = *entry->ScriptObject;
         if (InFrame(object.FirstDate(), from, until))
             entry->Action = ScriptCreatorObject::Add;
@@ -200,6 +309,9 @@ int ScriptObjectSelection::TimeFrame(const QDateTime &fromPicked, const QDateTim
                 entry->Action = ScriptCreatorObject::Drop;
             }
         }
+        if (const auto before = recreatedBefore.constFind(entry.get());
+            before != recreatedBefore.cend() && entry->Action != ScriptCreatorObject::Nothing)
+            Recreated(entry, *before, count);
         mSteps.SetProgress(++position, QString());
         if (mInterrupted)
             return -1;
@@ -278,6 +390,8 @@ ScriptObjectSelection::CompareResult ScriptObjectSelection::Compare(int &count, 
         return nullptr;
     };
     KORVOLatestTexts latest;
+    const std::shared_ptr<KORVOSQL> project = mSession.Project() ? mSession.Project()->SQL() : nullptr;
+    const ArgumentTypes ownTypes = ReadArgumentTypes(project.get()), otherTypes = ReadArgumentTypes(other.get());
     long position = 0;
     for (const auto &mine : std::as_const(own)) {
         const auto theirs = sameType(others, mine->ObjectType());
@@ -285,10 +399,10 @@ ScriptObjectSelection::CompareResult ScriptObjectSelection::Compare(int &count, 
             position += mine->Count();
             continue;
         }
-        const QHash<QString, KORVOTypedObjectPtr> index = MatchIndex(*theirs);
+        const MatchIndex index(*theirs, otherTypes);
         const QHash<QString, QString> texts = ServerTexts(*other, *theirs);
         for (const KORVOTypedObjectPtr &object : *mine) {
-            const KORVOTypedObjectPtr match = index.value(MatchKey(*object));
+            const KORVOTypedObjectPtr match = index.Match(*object, ownTypes);
             int action = ScriptCreatorObject::Add;
             if (match) {
                 const auto text = texts.constFind(match->DBID());
@@ -312,9 +426,9 @@ ScriptObjectSelection::CompareResult ScriptObjectSelection::Compare(int &count, 
             position += collection->Count();
             continue;
         }
-        const QHash<QString, KORVOTypedObjectPtr> index = MatchIndex(*mine);
+        const MatchIndex index(*mine, ownTypes);
         for (const KORVOTypedObjectPtr &object : *collection) {
-            if (!index.contains(MatchKey(*object))) {
+            if (!index.Match(*object, otherTypes)) {
                 ScriptCreatorObjectPtr entry = list.Add();
                 entry->Action = ScriptCreatorObject::Drop;
                 entry->ScriptObject = object;

@@ -10,6 +10,7 @@ class KORVODatabase;
 class KORVOStepProgress;
 class KORVOVersionedObjects;
 class ScriptCreator;
+class ScriptCreatorObject;
 
 // Decides which objects a script touches and what it does with each, in the
 // four ways of the script generator, and fills the job's list. Progress goes
@@ -38,9 +39,19 @@ public:
 
     // The history entry of an object inside [from, until]: its version, or -1.
     static int VersionInFrame(const KORVOTypedObject &object, const QDateTime &from, const QDateTime &until);
+    struct FrameVersions {
+        int InFrame = -1; // the newest version inside the frame
+        int Before = -1; // the newest version before it: what the target holds
+        bool Recreated = false; // given a new id between the two (renamed, undeleted, added again)
+    };
+    static FrameVersions VersionsOf(const KORVOTypedObject &object, const QDateTime &from, const QDateTime &until);
 
 private:
     void AddObjectTypeSteps(bool deleted, bool other);
+    // An object made anew in the frame. Renamed: the script drops it under the
+    // name the target knows (read from the text of version before) and an update
+    // makes it under its present name. Same name: its rights are stated again.
+    void Recreated(const std::shared_ptr<ScriptCreatorObject> &entry, int before, int &count);
     // The project's collections of the script types; for deleted ones the
     // resolved objects of each type's deleted list.
     QList<QList<KORVOTypedObjectPtr>> GetObjectCollections(bool deleted);

@@ -745,6 +745,15 @@ void frmScriptCreator::Finish()
         close();
         return;
     }
+    if (result == ScriptEmitter::Result::TextMissing) {
+        wait.Release();
+        mUi.messageBox(UiServices::Icon::Critical, QStringLiteral("Script Not Generated"),
+            QStringLiteral("The text of %1 could not be read from source control, so the script would be "
+                           "incomplete. No script file was written.")
+                .arg(emitter.MissingText()));
+        ShowFrame(fraFinish, txtFileLocation);
+        return;
+    }
     if (result == ScriptEmitter::Result::WriteFailed) {
         wait.Release();
         const QFileInfo target(fileName);

@@ -80,6 +80,15 @@ UiServices::Answer QtUiServices::messageBox(Icon icon, const QString &title, con
     return toAnswer(box.exec(), buttons);
 }
 
+UiServices::ServerTextChoice QtUiServices::serverTextChanged(
+    const QString &title, const QString &text, const QString &serverText, const QString &myText)
+{
+    if (!mServerTextChooser)
+        return UiServices::serverTextChanged(title, text, serverText, myText);
+    NormalCursorWhileAsking normal;
+    return mServerTextChooser(title, text, serverText, myText);
+}
+
 QString QtUiServices::openFileName(const QString &title, const QString &folder, const QString &filter)
 {
     NormalCursorWhileAsking normal;

@@ -79,6 +79,12 @@ class TestOperations : public QObject, BackendTest
         QFile file(path);
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
     }
+    // Whether everyone may run the procedure of this id.
+    bool publicMayRun(const QString &id)
+    {
+        const auto everyone = ReadPermissions(b->sql, id, true, false, true, 0)->Item(b->PublicRole());
+        return everyone && everyone->HasExecute == PermissionGrant;
+    }
     // A procedure that reads a table which can go away later.
     KORVOTypedObjectPtr readingTable()
     {
@@ -530,6 +536,8 @@ private Q_SLOTS:
         b->sql->ExecuteSQL(
             b->Pick("GRANT EXECUTE ON PROCEDURE dbo.usp_r TO %1", "GRANT EXECUTE ON [dbo].[usp_r] TO [%1]").arg(role));
         QCOMPARE(o->GetPermissions(true, 0)->Item(role)->HasExecute, 1);
+        if (b->IsPostgreSQL())
+            b->sql->ExecuteSQL("REVOKE EXECUTE ON PROCEDURE dbo.usp_r FROM PUBLIC");
         if (saveFails)
             b->FailStatements("GRANT .*", "GRANT permission denied.");
         b->ExpectBox();
@@ -542,6 +550,8 @@ private Q_SLOTS:
         } else {
             QCOMPARE(b->ui.last().icon, Icon::Information);
             QVERIFY(carried && carried->HasExecute == 1);
+            // The new object gets no right the old one did not have.
+            QVERIFY(!publicMayRun(o->DBID()));
         }
     }
 
@@ -577,6 +587,9 @@ private Q_SLOTS:
             "CREATE PROCEDURE usp_d @a int AS SELECT 4");
         if (step == "blank text" || step == "no owner in text")
             QVERIFY(b->vss->ChangeItemContent(item, step == "blank text" ? " \r\n" : noOwner, QString(), true));
+        // The server's text is not the one in source control now: the delete asks first.
+        if (step == "no owner in text")
+            b->ui.answer(UiServices::Answer::Yes);
         QVERIFY(o->DeleteItem());
         QVERIFY(!o->InSQL() && !o->InVSS() && b->vss->ItemIsDeleted(item));
         const QStringList listed = Nodes(*procs->GetDeletedItems(true));
@@ -597,6 +610,8 @@ private Q_SLOTS:
             QVERIFY(!newId.isEmpty());
             QCOMPARE(b->Files(), QStringList { newId + ".sp" });
             QCOMPARE(b->Latest(newId + ".sp"), noOwner);
+            // The undeleted routine is not everyone's to run, whatever the server's default.
+            QVERIFY(!publicMayRun(newId));
             return;
         }
         ExpectRowBox();
@@ -619,6 +634,48 @@ private Q_SLOTS:
         QVERIFY(procs->UnDeleteObject("I" + id));
         QVERIFY(b->Latest(b->Id("usp_d") + ".sp").contains(Backend::Marker(ObjectClass::StoredProcedure, 1)));
         QCOMPARE(procs->GetDeletedItems(false)->Count(), 0);
+    }
+
+    // A colleague replaced the object on the server after the check-out: the
+    // user sees the server's text beside the own and keeps the own, takes the
+    // colleague's into the working file (the own kept beside it), or cancels.
+    // Nothing is overwritten unasked; a text taken in is checked in unasked.
+    void serverChangedSinceCheckOut_data() { AddKindRows({ "keep mine", "take theirs", "cancel" }); }
+    void serverChangedSinceCheckOut()
+    {
+        QVERIFY(SetUp());
+        QFETCH(QString, row);
+        KORVOTypedObjectPtr o = checkedIn("usp_c");
+        QVERIFY(o && o->CheckOut());
+        const QString item = o->DBID() + ".sp";
+        KORVOSQL colleague(b->ui);
+        b->Bind(colleague);
+        colleague.ExecuteSQL(colleague.Kind().ReplacingText(text("usp_c", 3)));
+        const QString theirs = b->ServerText(o->DBID());
+        b->ui.answer(row == "keep mine" ? UiServices::Answer::Yes
+                : row == "take theirs"  ? UiServices::Answer::No
+                                        : UiServices::Answer::Cancel);
+        if (row == "take theirs")
+            b->ExpectBox();
+        QCOMPARE(o->CheckIn(text("usp_c", 2), "mine"), row == "keep mine");
+        QCOMPARE(b->ui.shownServerTexts, QStringList { theirs });
+        QCOMPARE(b->ui.boxes.first().title, QStringLiteral("Server Text Changed"));
+        const QString ours = Backend::Marker(ObjectClass::StoredProcedure, 2);
+        if (row == "keep mine") {
+            QVERIFY(b->ServerText(o->DBID()).contains(ours) && b->Latest(item).contains(ours));
+            return;
+        }
+        QCOMPARE(b->ServerText(o->DBID()), theirs);
+        QVERIFY(b->Latest(item).contains(Backend::Marker(ObjectClass::StoredProcedure, 1)));
+        QVERIFY(o->IsCheckedOutByMe());
+        if (row == "cancel")
+            return;
+        b->ExpectLastBox(Icon::Information, "Server Text Taken", "~Your text is kept in");
+        QVERIFY(fileText(o->FileName()).contains(Backend::Marker(ObjectClass::StoredProcedure, 3)));
+        QVERIFY(fileText(o->FileName() + ".mine").contains(ours));
+        QVERIFY(o->CheckIn(fileText(o->FileName()), "theirs"));
+        QCOMPARE(b->ui.shownServerTexts.size(), 1);
+        QVERIFY(b->Latest(item).contains(Backend::Marker(ObjectClass::StoredProcedure, 3)));
     }
 
     // A rollback refused, or failing at a step: the box (none when silent),
@@ -774,12 +831,13 @@ private Q_SLOTS:
         const QMap<QString, QString> at {
             { "compile", b->Pick("^BEGIN; CREATE PROCEDURE sptmp_", "^CREATE PROCEDURE \\[sptmp_") },
             { "replace", b->Pick("^CREATE OR REPLACE PROCEDURE", "^ALTER PROCEDURE") },
-            { "read back", b->Pick("pg_get_functiondef\\(p\\.oid\\) AS \"Text\"", "AS \"ObjectName\"") },
+            // The server's text is read before the replace too (has it changed?): the read back follows it.
+            { "read back", b->Pick("^CREATE OR REPLACE PROCEDURE", "^ALTER PROCEDURE") },
             { "earlier", "." }, { "after create", b->Pick("^CREATE PROCEDURE dbo\\.", "^CREATE PROCEDURE \\[dbo\\]") },
             { "create", b->Pick("^CREATE PROCEDURE dbo\\.usp_s", "^CREATE PROCEDURE \\[dbo\\]\\.\\[usp_s\\]") },
             { "drop", b->Pick("^DROP PROCEDURE", "^IF EXISTS .*DROP PROCEDURE \\[dbo\\]\\.\\[usp_l") }
         };
-        b->LoseConnectionAt(at.value(step), step.startsWith("after"));
+        b->LoseConnectionAt(at.value(step), step.startsWith("after") || step == "read back");
         if (step == "earlier")
             QVERIFY_THROWS_EXCEPTION(SqlError, b->sql->GetObjectID("usp_l", "dbo"));
         bool done = true;

@@ -114,7 +114,8 @@ private Q_SLOTS:
         QVERIFY(all->Item(reader)->IsRole);
         QStringList shownRoles, users;
         for (const KORVOPermissionPtr &p : *all) {
-            QVERIFY(!quick || p->HasAnyPermissionSet());
+            // PostgreSQL lists PUBLIC, whose default right a restatement must take away.
+            QVERIFY(!quick || p->HasAnyPermissionSet() || p->Name == b->sql->Kind().DefaultGrantee());
             QCOMPARE(p->IsOwner, p->Name == b->OwningGrantee());
             (p->IsRole ? shownRoles : users).append(p->Name);
         }
@@ -132,9 +133,10 @@ private Q_SLOTS:
         // SQL Server takes every grantee it knows for a role; PostgreSQL tells login roles apart.
         QCOMPARE(all->Item(writer)->IsRole, !b->IsPostgreSQL());
         // The tree's rows: one per grantee, one child per right set.
+        // The tree leaves out PUBLIC, listed last on PostgreSQL when it holds nothing.
         KORVODBTItemsPtr items = GetPermissionItems(id, *all);
-        QCOMPARE(items->Count(), all->Count());
-        for (int n = 0; n < all->Count(); ++n) {
+        QCOMPARE(items->Count(), all->Count() - (b->IsPostgreSQL() ? 1 : 0));
+        for (int n = 0; n < items->Count(); ++n) {
             const KORVOPermissionPtr p = all->Item(n);
             const QString key = QStringLiteral("P%1_value%2").arg(id).arg(n + 1);
             QCOMPARE(Node(items->Item(key)), key + "|" + p->Name + "||PERMISSION:" + (p->IsRole ? "ROLE" : "USER"));
@@ -217,8 +219,8 @@ private Q_SLOTS:
         f->HasExecuteOnly = f->QuickList = true;
         f->GetItemPermissions();
         QVERIFY(f->CreateScript().contains("EXECUTE ON PROCEDURE dbo.p_noop() "));
-        QCOMPARE(f->CreateScript("p_noop", "dbo").section('\n', 0, 0),
-            f->CreateScript().section('\n', 0, 0).replace("p_noop()", "p_noop"));
+        // Named by owner and name, a routine still carries its argument types: overloads share names.
+        QCOMPARE(f->CreateScript("p_noop", "dbo"), f->CreateScript());
     }
 };
 

@@ -349,7 +349,9 @@ private Q_SLOTS:
 
     // Created before and changed in the frame: update at the frame's version.
     // Created in the frame: add. Created and deleted in it: nothing. Changed
-    // and deleted in it: drop. Created after it: left out.
+    // and deleted in it: drop. Created after it: left out. Renamed in it: made
+    // under the new name, dropped under the old. Changed in it and deleted
+    // after it: updated with the text of the frame's time.
     void timeFrame_data() { AddKindRows(); }
     void timeFrame()
     {
@@ -358,17 +360,22 @@ private Q_SLOTS:
             return b->Text(ObjectClass::StoredProcedure, name, variant);
         };
         QVERIFY(CheckIn("StoredProcedures", sp("usp_old")) && CheckIn("StoredProcedures", sp("usp_gone")));
+        QVERIFY(CheckIn("StoredProcedures", sp("usp_ren")) && CheckIn("StoredProcedures", sp("usp_later")));
         QThread::msleep(1100);
         const QDateTime from = QDateTime::currentDateTime();
         QVERIFY(Change("StoredProcedures", "usp_old", sp("usp_old", 2)));
         QVERIFY(Change("StoredProcedures", "usp_gone", sp("usp_gone", 2)) && Delete("StoredProcedures", "usp_gone"));
         QVERIFY(CheckIn("StoredProcedures", sp("usp_brief")) && Delete("StoredProcedures", "usp_brief"));
         QVERIFY(CheckIn("StoredProcedures", sp("usp_new")));
+        b->ExpectBox();
+        QVERIFY(Object("StoredProcedures", "usp_ren")->RenameItem("usp_ren2", false));
+        QVERIFY(Change("StoredProcedures", "usp_later", sp("usp_later", 2)));
         QThread::msleep(1100);
         const QDateTime until = QDateTime::currentDateTime();
         QThread::msleep(1100);
         QVERIFY(CheckIn("StoredProcedures", sp("usp_late")));
         QVERIFY(Change("StoredProcedures", "usp_new", sp("usp_new", 3)));
+        QVERIFY(Delete("StoredProcedures", "usp_later"));
 
         frmScriptCreator &w = Wizard();
         Choose(w, 1);
@@ -377,14 +384,60 @@ private Q_SLOTS:
         Control<QCheckBox>(w, "chkUntil")->setChecked(false);
         Click(w, "cmdNext");
         const QStringList entries = Entries(w.Job());
-        QVERIFY2(
-            entries == QStringList({ "add usp_new v", "update usp_old v", "drop usp_gone v", "nothing usp_brief v" }),
+        QVERIFY2(entries
+                == QStringList({ "add usp_new v", "update usp_old v", "add usp_ren2 v", "drop usp_gone v",
+                    "update usp_later v", "nothing usp_brief v", "drop usp_ren2" }),
             qPrintable(entries.join(", ")));
         const QString script = Finish(w, "frame.sql");
         CompareWithExpected(script, b->Pick("PostgreSQL", "SQLServer") + QStringLiteral("_timeframe.sql"));
         // The text of the frame's time, not the later one.
         QVERIFY(script.contains("SELECT 1"));
         QVERIFY(!script.contains("SELECT 3"));
+        QVERIFY(script.contains(b->Pick("DROP PROCEDURE IF EXISTS dbo.usp_ren(", "DROP PROCEDURE [dbo].[usp_ren]")));
+    }
+
+    // A text that cannot be read stops the script: no file, and a box that says
+    // which object, never "successfully generated".
+    void unreadableText()
+    {
+        b = Backend::Make("SQLServer");
+        QVERIFY(b && setUpSession());
+        QVERIFY(CheckIn("StoredProcedures", b->Text(ObjectClass::StoredProcedure, "usp_blank")));
+        const KORVOTypedObjectPtr o = Object("StoredProcedures", "usp_blank");
+        QVERIFY(b->vss->ChangeItemContent(o->DBID() + ".sp", " \r\n", QString(), true));
+        frmScriptCreator &w = Wizard();
+        Choose(w, 3);
+        SetText(w, "txtFileLocation", tmp->filePath("blank.sql"));
+        b->ui.answer(Answer::Ok);
+        Click(w, "cmdFinished");
+        b->ExpectLastBox(Icon::Critical, "Script Not Generated", "~dbo.usp_blank");
+        QVERIFY(!QFile::exists(tmp->filePath("blank.sql")));
+    }
+
+    // Overloads are told apart by their argument types: the one the other
+    // database has in another text is updated, the one only it has is dropped.
+    void compareOverloads()
+    {
+        b = Backend::Make("PostgreSQL");
+        QVERIFY(b && setUpSession());
+        const QString fn("CREATE FUNCTION dbo.f_over(p %1) RETURNS integer LANGUAGE sql AS $$ SELECT %2 $$");
+        QVERIFY(CheckIn("UserDefinedFunctions", fn.arg("integer").arg(1)));
+        QVERIFY(CheckIn("UserDefinedFunctions", fn.arg("text").arg(2)));
+        otherPg = PgTestServer().newDatabase(QStringLiteral("older"));
+        otherPg->exec("CREATE SCHEMA dbo;" + fn.arg("integer").arg(1) + ";" + fn.arg("text").arg(3) + ";"
+            + fn.arg("boolean").arg(4));
+        frmScriptCreator &w = Wizard();
+        Choose(w, 2);
+        Compare(w);
+        QCOMPARE(Entries(w.Job()), QStringList({ "update f_over", "drop f_over" }));
+        const QString script = Finish(w, "overloads.sql");
+        QVERIFY(script.contains("DROP FUNCTION IF EXISTS dbo.f_over(p boolean)"));
+        RunPsql(otherPg->Database, tmp->filePath("overloads.sql"));
+        QCOMPARE(otherPg->exec("SELECT string_agg(oid::regprocedure::text || '=' || prosrc, ',' ORDER BY 1) AS s FROM "
+                               "pg_proc WHERE proname = 'f_over'")
+                     .Results.first()
+                     ->FieldText("s"),
+            QStringLiteral("dbo.f_over(integer)= SELECT 1 ,dbo.f_over(text)= SELECT 2 "));
     }
 
     // The wizard's checks: message, and where the focus goes; an existing file

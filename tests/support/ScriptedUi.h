@@ -38,6 +38,8 @@ public:
     };
     QList<Prompt> prompts;
     QList<QString> pickerTitles;
+    // The server's texts shown beside the user's before a check-in.
+    QStringList shownServerTexts;
     int waitDepth = 0;
     int waitCalls = 0;
 
@@ -57,6 +59,13 @@ public:
     bool vssPassword(const QString &iniFile, QString &userName, QString &password) override;
     void beginWait() override;
     void endWait() override;
+    // Recorded, then asked as the plain three-button box (Yes keeps mine).
+    ServerTextChoice serverTextChanged(
+        const QString &title, const QString &text, const QString &serverText, const QString &myText) override
+    {
+        shownServerTexts.append(serverText);
+        return UiServices::serverTextChanged(title, text, serverText, myText);
+    }
 
 private:
     struct PasswordAnswer {

@@ -93,6 +93,41 @@ QString PostgreSQLKind::DropObjectScript(
     return rs && !rs->Eof() ? rs->FieldText(QStringLiteral("Script")) : DropScript(cls, owner, name, nullptr);
 }
 
+QString PostgreSQLKind::DropSignatureScript(ObjectClass cls, const QString &signature) const
+{
+    if (!IsRoutine(cls) || signature.isEmpty())
+        return QString();
+    return (cls == ObjectClass::StoredProcedure ? QStringLiteral("DROP PROCEDURE IF EXISTS ")
+                                                : QStringLiteral("DROP FUNCTION IF EXISTS "))
+        + signature + QLatin1Char(';');
+}
+
+QString PostgreSQLKind::DropRenamedScript(
+    ObjectClass cls, const QString &id, const QString &owner, const QString &name, const CatalogueReader &read) const
+{
+    bool numeric = false;
+    const qlonglong oid = id.trimmed().toLongLong(&numeric);
+    const QString key = numeric && oid >= 0 && oid <= 4294967295LL ? QString::number(oid) : QStringLiteral("NULL");
+    QString statement;
+    if (IsRoutine(cls))
+        statement = QStringLiteral("SELECT format('DROP %s IF EXISTS %I.%I(%s);', CASE p.prokind WHEN 'p' THEN "
+                                   "'PROCEDURE' ELSE 'FUNCTION' END, %1::text, %2::text, "
+                                   "pg_catalog.pg_get_function_identity_arguments(p.oid)) AS \"Script\" FROM "
+                                   "pg_catalog.pg_proc p WHERE p.oid = %3 AND p.prokind IN ('f','p')");
+    else if (cls == ObjectClass::Trigger)
+        statement = QStringLiteral("SELECT format('DROP TRIGGER IF EXISTS %I ON %I.%I;', %2::text, n.nspname, "
+                                   "c.relname) AS \"Script\" FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class c "
+                                   "ON c.oid = t.tgrelid JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
+                                   "WHERE t.oid = %3 AND %1::text IS NOT NULL");
+    if (!statement.isEmpty() && read) {
+        if (const auto rs = read(statement.arg(Quoted(owner), Quoted(name), key)); rs && !rs->Eof())
+            return rs->FieldText(QStringLiteral("Script"));
+    }
+    // Gone from this server too: the name alone, which the server refuses where
+    // overloads share it rather than dropping one of them.
+    return DropScript(cls, owner, name, nullptr);
+}
+
 QString PostgreSQLKind::TextIdentityStatement(
     ObjectClass cls, const QString &createText, const QString &temporaryName) const
 {

@@ -50,6 +50,13 @@ QString OidList(const QStringList &ids)
 
 } // namespace
 
+QString PostgreSQLKind::ArgumentTypesStatement() const
+{
+    return QStringLiteral("SELECT p.oid::bigint AS id, pg_catalog.oidvectortypes(p.proargtypes) AS types FROM "
+                          "pg_catalog.pg_proc p WHERE p.prokind IN ('f','p') AND p.pronamespace <> "
+                          "'pg_catalog'::regnamespace AND p.pronamespace <> 'information_schema'::regnamespace");
+}
+
 QString PostgreSQLKind::ScriptTextsStatement(const QStringList &ids) const
 {
     const QString oids = OidList(ids);

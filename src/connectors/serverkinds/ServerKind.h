@@ -124,6 +124,25 @@ public:
         Q_UNUSED(id);
         return DropScript(cls, owner, name, read);
     }
+    // A text that drops the object of this id as it stood under an earlier
+    // owner and name (before a rename), on a server where the earlier name may
+    // still exist. The catalogue gives what the name alone does not (argument
+    // types, a trigger's table).
+    virtual QString DropRenamedScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
+        const CatalogueReader &read) const
+    {
+        Q_UNUSED(id);
+        Q_UNUSED(read);
+        return DropScript(cls, owner, name, nullptr);
+    }
+    // A text that drops the routine of this signature ("schema.name(types)", as
+    // TextIdentityStatement gives it); empty where names alone identify objects.
+    virtual QString DropSignatureScript(ObjectClass cls, const QString &signature) const
+    {
+        Q_UNUSED(cls);
+        Q_UNUSED(signature);
+        return QString();
+    }
     // The statements that prove a CREATE text (already under a temporary name)
     // on the server and leave nothing behind. dropScript drops the temporary object.
     virtual QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const = 0;
@@ -190,6 +209,9 @@ public:
     virtual QString KnownGranteeStatement(const QString &grantee) const = 0;
     // Whether this right exists for objects of the class.
     virtual bool PermissionApplies(int action, ObjectClass cls) const = 0;
+    // A grantee the quick form lists even without rights, because a new object
+    // gives it rights by default: restating the list must take them away again.
+    virtual QString DefaultGrantee() const { return QString(); }
 
     // --- Versioned objects (procedures, views, triggers, functions and their lists) ---
     struct VersionedStatements {
@@ -260,6 +282,9 @@ public:
     // Fields "id" and "Text" of many objects at once, each object's rows
     // together and in order, their texts as ObjectTextStatement gives them.
     // Empty where the kind reads texts one by one.
+    // Every routine's argument types where the server tells overloads apart:
+    // fields "id" and "types". Empty where names alone identify objects.
+    virtual QString ArgumentTypesStatement() const { return QString(); }
     virtual QString ScriptTextsStatement(const QStringList &ids) const
     {
         (void)ids;
@@ -400,6 +425,9 @@ public:
 
     QString DropScript(
         ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const override;
+    QString DropSignatureScript(ObjectClass cls, const QString &signature) const override;
+    QString DropRenamedScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
+        const CatalogueReader &read) const override;
     QString DropObjectScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
         const CatalogueReader &read) const override;
     QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const override;
@@ -424,6 +452,7 @@ public:
     QString ObjectRightsStatement(const QString &objectName, const QString &id, ObjectClass cls) const override;
     QString KnownGranteeStatement(const QString &grantee) const override;
     bool PermissionApplies(int action, ObjectClass cls) const override;
+    QString DefaultGrantee() const override { return QStringLiteral("PUBLIC"); }
 
     // Versioned objects
     VersionedStatements VersionedObjectStatements(ObjectClass cls) const override;
@@ -444,6 +473,7 @@ public:
     QString ScriptStatementLines(const QString &text) const override;
     QString ScriptDependencyStatement(const QStringList &ids) const override;
     QString ScriptTextsStatement(const QStringList &ids) const override;
+    QString ArgumentTypesStatement() const override;
 
     // An identifier as PostgreSQL prints it: quoted only when it must be.
     static QString QuoteIdent(const QString &identifier);

@@ -241,8 +241,9 @@ bool KORVOVSS::ItemIsDeleted(const QString &item)
 
 QString KORVOVSS::ItemContent(const QString &item, bool useWorkingCopy, long version, bool silent, bool deleted)
 {
+    mLastError.clear();
     if (version != -1)
-        return ItemContentForVersion(item, version, silent);
+        return ItemContentForVersion(item, version, silent, deleted);
     try {
         VssDatabase &db = Database();
         const auto info = db.Item(item, deleted);
@@ -315,11 +316,11 @@ QString KORVOVSS::ReadThroughScratch(const QString &scratchName, const QByteArra
     return text;
 }
 
-QString KORVOVSS::ItemContentForVersion(const QString &item, long version, bool silent)
+QString KORVOVSS::ItemContentForVersion(const QString &item, long version, bool silent, bool deleted)
 {
     try {
         VssDatabase &db = Database();
-        const auto versions = db.Versions(item, false);
+        const auto versions = db.Versions(item, deleted);
         const auto it = std::find_if(
             versions.cbegin(), versions.cend(), [&](const VssDatabase::Version &v) { return v.Number == version; });
         if (it == versions.cend())

@@ -57,7 +57,7 @@ public:
     bool ItemExists(const QString &item, bool deleted = false);
     bool ItemIsDeleted(const QString &item);
     QString ItemContent(const QString &item, bool useWorkingCopy, long version, bool silent, bool deleted);
-    QString ItemContentForVersion(const QString &item, long version, bool silent);
+    QString ItemContentForVersion(const QString &item, long version, bool silent, bool deleted = false);
     // What ItemContent(item, false, -1, true, false) gives for every live item of
     // the project, read in one request, keyed by item name, without touching the
     // working folder. An item whose text could not be read that way is left out

@@ -41,6 +41,28 @@ public:
     // The source-control password prompt, the same with the ini file shown.
     virtual bool vssPassword(const QString &iniFile, QString &userName, QString &password) = 0;
 
+    // An object's text on the server changed since its check-out began: the
+    // user sees the server's text beside the own and chooses. Without an
+    // override a three-button box asks.
+    enum class ServerTextChoice { KeepMine, TakeTheirs, Cancel };
+    virtual ServerTextChoice serverTextChanged(const QString &title, const QString &text, const QString &serverText,
+                                               const QString &myText)
+    {
+        Q_UNUSED(serverText);
+        Q_UNUSED(myText);
+        switch (messageBox(Icon::Warning, title,
+                           text + QStringLiteral("\n\nYes: check in your text over the server's.\nNo: take the server's "
+                                                 "text into the editor.\nCancel: change nothing."),
+                           Buttons::YesNoCancel)) {
+        case Answer::Yes:
+            return ServerTextChoice::KeepMine;
+        case Answer::No:
+            return ServerTextChoice::TakeTheirs;
+        default:
+            return ServerTextChoice::Cancel;
+        }
+    }
+
     // Wait cursor; calls nest.
     virtual void beginWait() = 0;
     virtual void endWait() = 0;

@@ -18,6 +18,11 @@ CREATE OR REPLACE PROCEDURE dbo.usp_new(IN p_a integer, IN p_b character varying
 AS $procedure$ SELECT 1 $procedure$;
 
 
+CREATE OR REPLACE PROCEDURE dbo.usp_ren2(IN p_a integer, IN p_b character varying)
+ LANGUAGE sql
+AS $procedure$ SELECT 1 $procedure$;
+
+
 /****************************************************************
  *** End: Create objects                                      ***
  ****************************************************************/
@@ -32,6 +37,11 @@ CREATE OR REPLACE PROCEDURE dbo.usp_old(IN p_a integer, IN p_b character varying
 AS $procedure$ SELECT 2 $procedure$;
 
 
+CREATE OR REPLACE PROCEDURE dbo.usp_later(IN p_a integer, IN p_b character varying)
+ LANGUAGE sql
+AS $procedure$ SELECT 2 $procedure$;
+
+
 /****************************************************************
  *** End: Update objects                                      ***
  ****************************************************************/
@@ -41,7 +51,9 @@ AS $procedure$ SELECT 2 $procedure$;
  *** Start: Drop objects                                      ***
  ****************************************************************/
 
-DROP PROCEDURE IF EXISTS dbo.usp_gone;
+DROP PROCEDURE IF EXISTS dbo.usp_gone(integer, character varying);
+
+DROP PROCEDURE IF EXISTS dbo.usp_ren(IN p_a integer, IN p_b character varying);
 
 /****************************************************************
  *** End: Drop objects                                        ***

@@ -16,6 +16,9 @@ GO
 CREATE PROCEDURE [dbo].[usp_new] @a int, @b varchar(10) AS SELECT 1
 GO
 
+CREATE PROCEDURE [dbo].[usp_ren2] @a int, @b varchar(10) AS SELECT 1
+GO
+
 /****************************************************************
  *** End: Create objects                                      ***
  ****************************************************************/
@@ -28,6 +31,9 @@ GO
 GO
 
 ALTER PROCEDURE [dbo].[usp_old] @a int, @b varchar(10) AS SELECT 2
+GO
+
+ALTER PROCEDURE [dbo].[usp_later] @a int, @b varchar(10) AS SELECT 2
 GO
 
 /****************************************************************
@@ -43,6 +49,10 @@ GO
 
 IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'[dbo].[usp_gone]') AND OBJECTPROPERTY(id, N'IsProcedure') = 1) 
 	 DROP PROCEDURE [dbo].[usp_gone]
+GO
+
+IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = OBJECT_ID(N'[dbo].[usp_ren]') AND OBJECTPROPERTY(id, N'IsProcedure') = 1) 
+	 DROP PROCEDURE [dbo].[usp_ren]
 GO
 
 /****************************************************************
