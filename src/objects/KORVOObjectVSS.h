@@ -123,7 +123,8 @@ public:
     // the text in the server's replacing form.
     QString GetContent(int source, long version = -1, bool asAlter = false) const;
     bool GetLatestVersion();
-    bool CheckOut();
+    // silent: no box at all, whoever holds the item (a check-out "where possible").
+    bool CheckOut(bool silent = false);
     bool UndoCheckout();
     // Proves the text first; a new object is created, an existing one replaced.
     bool CheckIn(const QString &content, const QString &comment);

@@ -187,13 +187,13 @@ bool KORVOObjectVSS::GetLatestVersion()
     return ok;
 }
 
-bool KORVOObjectVSS::CheckOut()
+bool KORVOObjectVSS::CheckOut(bool silent)
 {
     if (mIsNew || !mVSS)
         return false;
-    const bool ok = mVSS->CheckOut(ItemName(), false);
+    const bool ok = mVSS->CheckOut(ItemName(), silent);
     // The connector says nothing when another user holds the item: say who.
-    if (const QString holder = ok ? QString() : OtherHolder(); !holder.isEmpty())
+    if (const QString holder = ok || silent ? QString() : OtherHolder(); !holder.isEmpty())
         Box(UiServices::Icon::Critical, QStringLiteral("Could not check out"),
             QStringLiteral("The item is checked out by %1.").arg(holder));
     RefreshState();
@@ -235,9 +235,16 @@ bool KORVOObjectVSS::TestItem(const QString &content, bool silent)
             dropScript = kind.DropScript(mType.Class, temporary.value(0), temporary.value(1),
                 [sql](const QString &statement) { return sql->OpenRecordset(statement); });
         }
-        for (const QString &statement : kind.CompileCheckStatements(replaced, dropScript))
+        for (const QString &statement : kind.CompileCheckStatements(replaced, dropScript, mSQL->CompileTestTimeout))
             mSQL->ExecuteSQL(statement);
     } catch (const SqlError &error) {
+        if (const QString cleanup = kind.CompileCheckCleanup(mSQL->CompileTestTimeout);
+            !cleanup.isEmpty() && !error.ConnectionLost) {
+            try {
+                mSQL->ExecuteSQL(cleanup);
+            } catch (const SqlError &) {
+            }
+        }
         if (!silent && !ReportLost(QStringLiteral("Could not test the item"), error))
             Box(UiServices::Icon::Critical, syntaxError, CleanSQLError(error.Description));
         return false;

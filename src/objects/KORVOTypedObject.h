@@ -78,7 +78,7 @@ public:
         return mObject->GetContent(source, version, asAlter);
     }
     bool GetLatestVersion() { return mObject->GetLatestVersion(); }
-    bool CheckOut() { return mObject->CheckOut(); }
+    bool CheckOut(bool silent = false) { return mObject->CheckOut(silent); }
     bool UndoCheckout() { return mObject->UndoCheckout(); }
     virtual bool CheckIn(const QString &content, const QString &comment) { return mObject->CheckIn(content, comment); }
     bool TestItem(const QString &content) { return mObject->TestItem(content, false); }

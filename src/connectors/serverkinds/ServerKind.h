@@ -117,7 +117,8 @@ public:
         ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const = 0;
     // A text that drops the object of this id if it exists. Kinds whose names
     // identify objects drop by owner and name (DropScript); PostgreSQL drops a
-    // routine by its oid, with its argument types, and never a sibling overload.
+    // routine by its oid, with its argument types, and never a sibling overload:
+    // empty when no routine has the oid any more (another user dropped it).
     virtual QString DropObjectScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
         const CatalogueReader &read) const
     {
@@ -125,8 +126,18 @@ public:
         return DropScript(cls, owner, name, read);
     }
     // The statements that prove a CREATE text (already under a temporary name)
-    // on the server and leave nothing behind. dropScript drops the temporary object.
-    virtual QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const = 0;
+    // on the server and leave nothing behind. dropScript drops the temporary
+    // object. With timeoutSeconds the check fails instead of waiting longer on
+    // the server (a lock another session holds).
+    virtual QStringList CompileCheckStatements(
+        const QString &createText, const QString &dropScript, int timeoutSeconds = 0) const = 0;
+    // What puts the session back after CompileCheckStatements with a timeout
+    // failed part-way; empty where nothing outlasts the check.
+    virtual QString CompileCheckCleanup(int timeoutSeconds) const
+    {
+        Q_UNUSED(timeoutSeconds);
+        return QString();
+    }
     // Whether CompileCheckStatements uses its dropScript; where the check is
     // rolled back there is nothing to drop and the script need not be written.
     virtual bool CompileCheckDrops() const { return true; }
@@ -313,7 +324,9 @@ public:
 
     QString DropScript(
         ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const override;
-    QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const override;
+    QStringList CompileCheckStatements(
+        const QString &createText, const QString &dropScript, int timeoutSeconds = 0) const override;
+    QString CompileCheckCleanup(int timeoutSeconds) const override;
     QStringList RehearsalStatements(const QString &statement) const override;
     QString PermissionStatement(
         int action, int value, const QString &objectName, const QString &grantee) const override;
@@ -402,7 +415,8 @@ public:
         ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const override;
     QString DropObjectScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
         const CatalogueReader &read) const override;
-    QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const override;
+    QStringList CompileCheckStatements(
+        const QString &createText, const QString &dropScript, int timeoutSeconds = 0) const override;
     bool CompileCheckDrops() const override { return false; }
     QStringList RehearsalStatements(const QString &statement) const override;
     QString TextIdentityStatement(
