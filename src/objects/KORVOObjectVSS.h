@@ -93,7 +93,10 @@ public:
     QDateTime LastDate() const;
     // One row per version: date, comment, version number; sorted by date.
     QList<QStringList> DateSummary(bool ascending) const;
-    QString DropScript() const;
+    // The drop of the object; empty when the server kind goes by id and the
+    // object is gone. forScript: for a script that runs on another database,
+    // where the id means nothing, a gone object is dropped by its name.
+    QString DropScript(bool forScript = false) const;
     QString Description() const;
     void SetDescription(const QString &description);
 
@@ -200,7 +203,8 @@ private:
     // identifies by it, else by name and owner. Throws SqlError.
     QString LocateCreated(const QString &text, const QString &name, const QString &owner) const;
     // The drop script of the object of this id (owner and name where the kind goes by name).
-    QString DropScriptOf(const QString &id, const QString &owner, const QString &name) const;
+    QString DropScriptOf(
+        const QString &id, const QString &owner, const QString &name, bool byNameWhenGone = false) const;
     // Drops an object this operation made, as the undo of its step; what is
     // left, as a sentence for the box.
     QString UndoCreate(const QString &id, const QString &owner, const QString &name) const;

@@ -134,13 +134,16 @@ QString KORVOObjectVSS::LocateCreated(const QString &text, const QString &name, 
     return LookupObjectID(name, owner);
 }
 
-QString KORVOObjectVSS::DropScriptOf(const QString &id, const QString &owner, const QString &name) const
+QString KORVOObjectVSS::DropScriptOf(
+    const QString &id, const QString &owner, const QString &name, bool byNameWhenGone) const
 {
     std::shared_ptr<KORVOSQL> sql = mSQL;
     return ServerKindOf(mSQL).DropObjectScript(
-        mType.Class, id, owner, name, [sql](const QString &statement) -> std::shared_ptr<Recordset> {
+        mType.Class, id, owner, name,
+        [sql](const QString &statement) -> std::shared_ptr<Recordset> {
             return sql ? sql->OpenRecordset(statement) : nullptr;
-        });
+        },
+        byNameWhenGone);
 }
 
 QString KORVOObjectVSS::UndoCreate(const QString &id, const QString &owner, const QString &name) const

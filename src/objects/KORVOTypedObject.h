@@ -59,7 +59,8 @@ public:
     QString Description() const { return mObject->Description(); }
     void SetDescription(const QString &description) { mObject->SetDescription(description); }
     bool IsNew() const { return mObject->IsNew(); }
-    QString DropScript() const { return mObject->DropScript(); }
+    // As a script for another database writes it.
+    QString DropScript() const { return mObject->DropScript(true); }
 
     // --- Tree and dispatch ---
     std::shared_ptr<KORVOFields> GetFields(bool showNullability) override;

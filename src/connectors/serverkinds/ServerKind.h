@@ -117,12 +117,15 @@ public:
         ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const = 0;
     // A text that drops the object of this id if it exists. Kinds whose names
     // identify objects drop by owner and name (DropScript); PostgreSQL drops a
-    // routine by its oid, with its argument types, and never a sibling overload:
-    // empty when no routine has the oid any more (another user dropped it).
+    // routine by its oid, with its argument types, and never a sibling overload.
+    // When no routine has the oid any more (another user dropped it) the text
+    // is empty, or, with byNameWhenGone (a script for another database, where
+    // the oid means nothing), the drop by owner and name.
     virtual QString DropObjectScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
-        const CatalogueReader &read) const
+        const CatalogueReader &read, bool byNameWhenGone = false) const
     {
         Q_UNUSED(id);
+        Q_UNUSED(byNameWhenGone);
         return DropScript(cls, owner, name, read);
     }
     // The statements that prove a CREATE text (already under a temporary name)
@@ -414,7 +417,7 @@ public:
     QString DropScript(
         ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const override;
     QString DropObjectScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
-        const CatalogueReader &read) const override;
+        const CatalogueReader &read, bool byNameWhenGone = false) const override;
     QStringList CompileCheckStatements(
         const QString &createText, const QString &dropScript, int timeoutSeconds = 0) const override;
     bool CompileCheckDrops() const override { return false; }
