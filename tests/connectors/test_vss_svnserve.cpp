@@ -8,7 +8,6 @@
 #include "WorkingFiles.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTcpServer>
 #include <QTemporaryDir>
@@ -198,31 +197,6 @@ private Q_SLOTS:
         QVERIFY2(error.contains(u"did not answer within 1 second"_s), qPrintable(error));
         QCOMPARE(ui.last().title, u"Connection Error"_s);
         QVERIFY(!vss.ConnectionOpen());
-    }
-
-    // A server frozen in the middle of a session: each call gives up after the
-    // timeout with its box, and the same connection carries on once it thaws.
-    void frozenServerTimesOut()
-    {
-        ScriptedUi ui;
-        KORVOVSS vss(ui);
-        vss.ConnectTimeout = 2;
-        QCOMPARE(vss.OpenConnection(
-                     url(true), u"alice"_s, u"pw1"_s, project, mRepo->Folder(u"work-frozen"_s), true, false),
-            QString());
-        QVERIFY(vss.AddItem(u"400.sp"_s, u"kept"_s, false, {}));
-        QVERIFY(mServer->Freeze(true));
-        QElapsedTimer clock;
-        clock.start();
-        ui.answer(UiServices::Answer::Ok);
-        QVERIFY(!vss.CheckOut(u"400.sp"_s, false));
-        QCOMPARE(ui.last().title, u"Could not check out"_s);
-        QVERIFY2(ui.last().text.contains(u"did not answer within 2 seconds"_s), qPrintable(ui.last().text));
-        QVERIFY_THROWS_EXCEPTION(VssError, vss.Items(u"*.sp"_s, false, false));
-        QVERIFY2(clock.elapsed() < 15000, qPrintable(QString::number(clock.elapsed())));
-        QVERIFY(mServer->Freeze(false));
-        QVERIFY(vss.CheckOut(u"400.sp"_s, false));
-        QCOMPARE(vss.CheckedOutBy(u"400.sp"_s), u"alice"_s);
     }
 
     // Last: it stops the server and starts it again.
