@@ -48,6 +48,7 @@ KORVOProjectPtr KORVODatabase::LoadProjectFromKey(const RegistryKey &key) const
         sql.SetPassword(key.GetValueData(QStringLiteral("Password")));
     // Projects stored before there was a choice of server are SQL Server projects.
     sql.SetKind(ServerKind::FromName(key.GetValueData(QStringLiteral("ServerKind"))));
+    sql.CompileTestTimeout = CompileTestTimeout();
 
     KORVOVSS &vss = *project->VSS();
     vss.IniFile = key.GetValueData(QStringLiteral("VSSFile"));

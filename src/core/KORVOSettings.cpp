@@ -478,6 +478,16 @@ void KORVOSettings::SetSvnConnectTimeout(int seconds)
     WriteNumber(QStringLiteral("SvnConnectTimeout"), seconds);
 }
 
+int KORVOSettings::CompileTestTimeout() const
+{
+    return WholeAtLeastOne(QStringLiteral("CompileTestTimeout"), 30);
+}
+
+void KORVOSettings::SetCompileTestTimeout(int seconds)
+{
+    WriteNumber(QStringLiteral("CompileTestTimeout"), seconds);
+}
+
 int KORVOSettings::ChildWindowWidth() const
 {
     return WholeAtLeastOne(QStringLiteral("ChildWindowWidth"), 5000);

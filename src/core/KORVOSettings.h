@@ -98,9 +98,14 @@ public:
 
     int ChildWindowState() const;
     void SetChildWindowState(int value);
-    // Seconds an svn:// server has to answer a connection: "SvnConnectTimeout", 15.
+    // Seconds an svn:// server has to answer a connection, and then each read
+    // and write of every request: "SvnConnectTimeout", 15.
     int SvnConnectTimeout() const;
     void SetSvnConnectTimeout(int seconds);
+    // Seconds a compile test may wait on the server (a lock held by another
+    // session): "CompileTestTimeout", 30.
+    int CompileTestTimeout() const;
+    void SetCompileTestTimeout(int seconds);
     int ChildWindowWidth() const;
     void SetChildWindowWidth(int value);
     int ChildWindowHeight() const;

@@ -135,9 +135,10 @@ void frmRecompile::Start()
                 }
                 if (!fine) {
                     mHadErrors = true;
+                    // "Where possible": a check-out that cannot be had is passed over without a box.
                     if (!o->IsCheckedOut()) {
                         try {
-                            o->CheckOut();
+                            o->CheckOut(true);
                         } catch (const SqlError &) {
                         }
                     }

@@ -195,9 +195,9 @@ QList<QStringList> KORVOObjectVSS::DateSummary(bool ascending) const
     return rows;
 }
 
-QString KORVOObjectVSS::DropScript() const
+QString KORVOObjectVSS::DropScript(bool forScript) const
 {
-    return DropScriptOf(DBID, Owner, Name);
+    return DropScriptOf(DBID, Owner, Name, forScript);
 }
 
 QString KORVOObjectVSS::Description() const

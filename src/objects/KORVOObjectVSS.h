@@ -93,7 +93,10 @@ public:
     QDateTime LastDate() const;
     // One row per version: date, comment, version number, action; sorted by date.
     QList<QStringList> DateSummary(bool ascending) const;
-    QString DropScript() const;
+    // The drop of the object; empty when the server kind goes by id and the
+    // object is gone. forScript: for a script that runs on another database,
+    // where the id means nothing, a gone object is dropped by its name.
+    QString DropScript(bool forScript = false) const;
     // Drops this object as it stood under an earlier owner and name.
     QString DropScriptAs(const QString &owner, const QString &name) const;
     // Drops the object a CREATE text of the type makes, where no object of this
@@ -131,7 +134,8 @@ public:
     // deleted: a version of the item as it was before it was deleted.
     QString GetContent(int source, long version = -1, bool asAlter = false, bool deleted = false) const;
     bool GetLatestVersion();
-    bool CheckOut();
+    // silent: no box at all, whoever holds the item (a check-out "where possible").
+    bool CheckOut(bool silent = false);
     bool UndoCheckout();
     // Proves the text first; a new object is created, an existing one replaced.
     bool CheckIn(const QString &content, const QString &comment);
@@ -219,7 +223,8 @@ private:
     // identifies by it, else by name and owner. Throws SqlError.
     QString LocateCreated(const QString &text, const QString &name, const QString &owner) const;
     // The drop script of the object of this id (owner and name where the kind goes by name).
-    QString DropScriptOf(const QString &id, const QString &owner, const QString &name) const;
+    QString DropScriptOf(
+        const QString &id, const QString &owner, const QString &name, bool byNameWhenGone = false) const;
     // Drops an object this operation made, as the undo of its step; what is
     // left, as a sentence for the box.
     QString UndoCreate(const QString &id, const QString &owner, const QString &name) const;

@@ -134,13 +134,16 @@ QString KORVOObjectVSS::LocateCreated(const QString &text, const QString &name, 
     return LookupObjectID(name, owner);
 }
 
-QString KORVOObjectVSS::DropScriptOf(const QString &id, const QString &owner, const QString &name) const
+QString KORVOObjectVSS::DropScriptOf(
+    const QString &id, const QString &owner, const QString &name, bool byNameWhenGone) const
 {
     std::shared_ptr<KORVOSQL> sql = mSQL;
     return ServerKindOf(mSQL).DropObjectScript(
-        mType.Class, id, owner, name, [sql](const QString &statement) -> std::shared_ptr<Recordset> {
+        mType.Class, id, owner, name,
+        [sql](const QString &statement) -> std::shared_ptr<Recordset> {
             return sql ? sql->OpenRecordset(statement) : nullptr;
-        });
+        },
+        byNameWhenGone);
 }
 
 QString KORVOObjectVSS::DropScriptAs(const QString &owner, const QString &name) const
@@ -167,8 +170,8 @@ QString KORVOObjectVSS::DropScriptOfText(const QString &text) const
         return drop;
     const QStringList written = NameInText(text);
     if (written.value(1).isEmpty())
-        return DropScript();
-    return DropScriptOf(QString(), written.value(0).isEmpty() ? Owner : written.value(0), written.value(1));
+        return DropScript(true);
+    return DropScriptOf(QString(), written.value(0).isEmpty() ? Owner : written.value(0), written.value(1), true);
 }
 
 QStringList KORVOObjectVSS::NameInText(const QString &text) const
@@ -222,13 +225,13 @@ bool KORVOObjectVSS::GetLatestVersion()
     return ok;
 }
 
-bool KORVOObjectVSS::CheckOut()
+bool KORVOObjectVSS::CheckOut(bool silent)
 {
     if (mIsNew || !mVSS)
         return false;
-    const bool ok = mVSS->CheckOut(ItemName(), false);
+    const bool ok = mVSS->CheckOut(ItemName(), silent);
     // The connector says nothing when another user holds the item: say who.
-    if (const QString holder = ok ? QString() : OtherHolder(); !holder.isEmpty())
+    if (const QString holder = ok || silent ? QString() : OtherHolder(); !holder.isEmpty())
         Box(UiServices::Icon::Critical, QStringLiteral("Could not check out"),
             QStringLiteral("The item is checked out by %1.").arg(holder));
     RefreshState();
@@ -270,9 +273,16 @@ bool KORVOObjectVSS::TestItem(const QString &content, bool silent)
             dropScript = kind.DropScript(mType.Class, temporary.value(0), temporary.value(1),
                 [sql](const QString &statement) { return sql->OpenRecordset(statement); });
         }
-        for (const QString &statement : kind.CompileCheckStatements(replaced, dropScript))
+        for (const QString &statement : kind.CompileCheckStatements(replaced, dropScript, mSQL->CompileTestTimeout))
             mSQL->ExecuteSQL(statement);
     } catch (const SqlError &error) {
+        if (const QString cleanup = kind.CompileCheckCleanup(mSQL->CompileTestTimeout);
+            !cleanup.isEmpty() && !error.ConnectionLost) {
+            try {
+                mSQL->ExecuteSQL(cleanup);
+            } catch (const SqlError &) {
+            }
+        }
         if (!silent && !ReportLost(QStringLiteral("Could not test the item"), error))
             Box(UiServices::Icon::Critical, syntaxError, CleanSQLError(error.Description));
         return false;

@@ -156,26 +156,67 @@ bool KORVOObjectVSS::DeleteItem()
     if (!mSQL || !mVSS)
         return false;
     const QString title = QStringLiteral("Could not Delete Item");
-    // Source control would refuse to delete an item another user holds: the
-    // object must not be dropped first.
-    if (const QString holder = OtherHolder(); !holder.isEmpty()) {
+    const QString item = ItemName();
+    const QString unchanged = QStringLiteral("\n\nNothing was changed.");
+    // Source control would refuse to delete an item another user holds, and
+    // one it cannot reach it cannot delete: either stops before anything moves.
+    try {
+        if (mVSS->CheckOutStatus(item) == 1) {
+            Box(UiServices::Icon::Critical, title,
+                QStringLiteral("The item is checked out by %1.").arg(mVSS->Checkouts(item).join(QStringLiteral(", ")))
+                    + unchanged);
+            return false;
+        }
+    } catch (const VssError &error) {
         Box(UiServices::Icon::Critical, title,
-            QStringLiteral("The item is checked out by %1.\n\nNothing was changed.").arg(holder));
+            QStringLiteral("Source control could not be asked about the item:\n") + error.Description() + unchanged);
         return false;
     }
     if (!ServerChangeMayBeLost(
             title, QStringLiteral("Deleting the object drops that text from the server."), false))
         return false;
+    // The drop is rehearsed (run and rolled back) before source control moves,
+    // and the file goes before the object: source control can still refuse at
+    // its commit (a hook, a server gone), and a deleted file comes back with
+    // Undelete where a dropped object and its grants would not.
+    QString drop;
     try {
-        mSQL->ExecuteSQL(DropScript());
+        drop = DropScript();
+        if (!drop.isEmpty()) {
+            for (const QString &statement : mSQL->Kind().RehearsalStatements(drop))
+                mSQL->ExecuteSQL(statement);
+        }
     } catch (const SqlError &error) {
         ServerStepFailed(title, error);
         return false;
     }
-    InSQL = false;
-    if (!mVSS->RemoveItem(ItemName(), false))
+    if (!mVSS->RemoveItem(item, true)) {
+        Box(UiServices::Icon::Critical, title,
+            (mVSS->LastError().isEmpty() ? QStringLiteral("Source control did not delete the file.")
+                                         : mVSS->LastError())
+                + QStringLiteral("\n\nThe object was not dropped: it is unchanged on the server, and its file "
+                                 "stays in source control."));
         return false;
+    }
     InVSS = false;
+    const QString written = mSQL->Kind().FormatName(Owner, Name);
+    if (drop.isEmpty()) {
+        // By its name alone another overload would go: there is nothing to drop.
+        InSQL = false;
+        Box(UiServices::Icon::Warning, QStringLiteral("Item Deleted"),
+            QStringLiteral("%1 had already been dropped from the server by another user, so nothing was dropped. Its "
+                           "file was deleted in source control.")
+                .arg(written));
+        return true;
+    }
+    try {
+        mSQL->ExecuteSQL(drop);
+    } catch (const SqlError &error) {
+        ServerStepFailed(title, error,
+            QStringLiteral("The file was deleted in source control; the object %1 stays on the server.").arg(written));
+        return false;
+    }
+    InSQL = false;
     return true;
 }
 

@@ -59,7 +59,8 @@ public:
     QString Description() const { return mObject->Description(); }
     void SetDescription(const QString &description) { mObject->SetDescription(description); }
     bool IsNew() const { return mObject->IsNew(); }
-    QString DropScript() const { return mObject->DropScript(); }
+    // As a script for another database writes it.
+    QString DropScript() const { return mObject->DropScript(true); }
     QString DropScriptAs(const QString &owner, const QString &name) const { return mObject->DropScriptAs(owner, name); }
     QStringList NameInText(const QString &text) const { return mObject->NameInText(text); }
     QString DropScriptOfText(const QString &text) const { return mObject->DropScriptOfText(text); }
@@ -81,7 +82,7 @@ public:
         return mObject->GetContent(source, version, asAlter, deleted);
     }
     bool GetLatestVersion() { return mObject->GetLatestVersion(); }
-    bool CheckOut() { return mObject->CheckOut(); }
+    bool CheckOut(bool silent = false) { return mObject->CheckOut(silent); }
     bool UndoCheckout() { return mObject->UndoCheckout(); }
     virtual bool CheckIn(const QString &content, const QString &comment) { return mObject->CheckIn(content, comment); }
     bool TestItem(const QString &content) { return mObject->TestItem(content, false); }

@@ -350,7 +350,7 @@ void mdiMain::InitDBT(long widthTwips)
     statusBar()->setVisible(!mDatabase || mDatabase->ShowMainStatusBar());
     mClosed = false;
     mRefreshing = false;
-    mDragNode = nullptr;
+    SetDragNode(nullptr);
     txtFilter->clear();
 
     ebcExtraInfo->Clear();
@@ -460,9 +460,17 @@ void mdiMain::AddNodes(const KORVODBTItems &items, QTreeWidgetItem *parent, cons
 
 void mdiMain::RemoveChildren(QTreeWidgetItem *node)
 {
-    if (mDragNode && node->indexOfChild(mDragNode) >= 0)
-        mDragNode = nullptr;
     qDeleteAll(node->takeChildren());
+}
+
+QTreeWidgetItem *mdiMain::DragNode() const
+{
+    return mDragIndex.isValid() ? tvwDBT->itemFromIndex(mDragIndex) : nullptr;
+}
+
+void mdiMain::SetDragNode(QTreeWidgetItem *node)
+{
+    mDragIndex = node ? QPersistentModelIndex(tvwDBT->indexFromItem(node)) : QPersistentModelIndex();
 }
 
 void mdiMain::OnExpanded(QTreeWidgetItem *node)
@@ -513,8 +521,6 @@ void mdiMain::RefreshNode(QTreeWidgetItem *node)
         return;
     mRefreshing = true;
     if (item->RemoveItem) {
-        if (mDragNode == node)
-            mDragNode = nullptr;
         delete node;
         mRefreshing = false;
         UpdateExtraPanel();
@@ -655,7 +661,7 @@ QString mdiMain::DragText(QTreeWidgetItem *node) const
 
 void mdiMain::StartDrag()
 {
-    QTreeWidgetItem *node = mDragNode;
+    QTreeWidgetItem *node = DragNode();
     if (!node)
         return;
     auto *mime = new QMimeData;
@@ -663,9 +669,10 @@ void mdiMain::StartDrag()
     auto *drag = new QDrag(tvwDBT);
     drag->setMimeData(mime);
     drag->exec(Qt::CopyAction);
-    if (FindNode(NodeKey(node)) == node)
+    // The drag runs its own event loop: a refresh in it may have deleted the node.
+    if ((node = DragNode()))
         tvwDBT->setCurrentItem(node);
-    mDragNode = nullptr;
+    SetDragNode(nullptr);
     UpdateExtraPanel();
 }
 
@@ -719,8 +726,8 @@ bool mdiMain::eventFilter(QObject *watched, QEvent *event)
             break;
         case QEvent::MouseMove:
             if (!(mouse->buttons() & Qt::LeftButton)) {
-                mDragNode = tvwDBT->itemAt(mouse->position().toPoint());
-            } else if (mDragNode
+                SetDragNode(tvwDBT->itemAt(mouse->position().toPoint()));
+            } else if (DragNode()
                        && (mouse->position().toPoint() - mDragStart).manhattanLength()
                            >= QApplication::startDragDistance()) {
                 StartDrag();
@@ -729,7 +736,7 @@ bool mdiMain::eventFilter(QObject *watched, QEvent *event)
             break;
         case QEvent::MouseButtonRelease:
             if (mouse->button() != Qt::LeftButton || !(mouse->buttons() & Qt::LeftButton))
-                mDragNode = mouse->button() == Qt::LeftButton ? tvwDBT->itemAt(mouse->position().toPoint()) : nullptr;
+                SetDragNode(mouse->button() == Qt::LeftButton ? tvwDBT->itemAt(mouse->position().toPoint()) : nullptr);
             break;
         default:
             break;
@@ -744,7 +751,7 @@ bool mdiMain::eventFilter(QObject *watched, QEvent *event)
     if ((watched == mMdi || watched == mMdi->viewport())
         && (type == QEvent::DragEnter || type == QEvent::DragMove || type == QEvent::Drop)) {
         auto *drop = static_cast<QDropEvent *>(event);
-        QTreeWidgetItem *node = mDragNode;
+        QTreeWidgetItem *node = DragNode();
         const bool opens = node && mDatabase && drop->mimeData()->hasText()
             && drop->mimeData()->text() == node->text(0) && mDatabase->CanOpenObject(NodeTag(node), NodeKey(node));
         if (!opens)
@@ -754,7 +761,7 @@ bool mdiMain::eventFilter(QObject *watched, QEvent *event)
         if (type == QEvent::Drop) {
             EditItem(NodeTag(node), NodeKey(node));
             tvwDBT->setCurrentItem(node);
-            mDragNode = nullptr;
+            SetDragNode(nullptr);
         }
         return true;
     }
@@ -796,7 +803,7 @@ void mdiMain::OnTreeContextMenu(const QPoint &pos)
     QTreeWidgetItem *node = tvwDBT->itemAt(pos);
     if (node)
         tvwDBT->setCurrentItem(node);
-    mDragNode = nullptr;
+    SetDragNode(nullptr);
     QMenu *popup = PreparePopup(tvwDBT->currentItem());
     popup->popup(tvwDBT->viewport()->mapToGlobal(pos));
 }

@@ -11,6 +11,7 @@
 #include <QHash>
 #include <QMainWindow>
 #include <QPoint>
+#include <QPersistentModelIndex>
 #include <QPointer>
 
 #include <memory>
@@ -81,6 +82,8 @@ public:
     static QString NodeTag(const QTreeWidgetItem *node);
     // The text a drag from the node carries.
     QString DragText(QTreeWidgetItem *node) const;
+    // The node a drag started now would carry (the last one under the mouse); null when none, or when it is gone.
+    QTreeWidgetItem *DragNode() const;
     void UpdateExtraPanel();
 
     // --- Commands ---
@@ -256,6 +259,10 @@ private:
     QPointer<QWidget> mChildToFocus;
     QDateTime mLastFocusTime;
     QPoint mMousePos;
-    QTreeWidgetItem *mDragNode = nullptr;
+    // The node under the mouse that a drag would carry. Held by a persistent
+    // index: a refresh that deletes the node (or any folder above it) leaves
+    // it invalid instead of dangling.
+    QPersistentModelIndex mDragIndex;
+    void SetDragNode(QTreeWidgetItem *node);
     QPoint mDragStart;
 };

@@ -2,6 +2,7 @@
 
 #include "KORVODatabase.h"
 #include "KORVOTypedObject.h"
+#include "sql/KORVOSQL.h"
 
 #include <exception>
 
@@ -265,6 +266,12 @@ void KORVOSyncResultsModel::ApplyChanges(KORVODatabase &database, const std::fun
         }
         if (progress)
             progress(processed, total);
+        // The operation has shown its "Connection Lost" box; every row above
+        // would show one more, so they stay as they are.
+        if (const auto &sql = database.Project() ? database.Project()->SQL() : nullptr; sql && sql->ConnectionLost()) {
+            kept = mSyncItems.mid(0, r) + kept;
+            break;
+        }
     }
 }
 

@@ -64,7 +64,8 @@ public:
     // Applies the marked rows from the bottom up; rows that succeed leave the
     // grid. progress(processed, total) after each row. A server error that an
     // operation does not handle is not caught: it ends the run, and the rows
-    // done so far stay done and gone.
+    // done so far stay done and gone. A lost connection ends the run after the
+    // row that found it; the rows above stay.
     void ApplyChanges(KORVODatabase &database, const std::function<void(int, int)> &progress);
     bool ChangesApplied() const { return mChangesApplied; }
 

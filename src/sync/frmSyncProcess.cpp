@@ -3,6 +3,7 @@
 #include "HelpIntegration.h"
 #include "KORVOIconImages.h"
 #include "KORVOProject.h"
+#include "KorvoApplication.h"
 #include "UiServices.h"
 #include "frmSyncResults.h"
 
@@ -51,17 +52,37 @@ frmSyncProcess::~frmSyncProcess() = default;
 bool frmSyncProcess::StartSync(KORVODatabase &database)
 {
     msdbCurrent = &database;
-    KORVOSessionListener *previous = database.Listener();
+    // The session gets its own listener back on every road out.
+    struct Restore {
+        frmSyncProcess *w;
+        KORVODatabase &database;
+        KORVOSessionListener *previous;
+        ~Restore()
+        {
+            database.SetListener(previous);
+            w->msdbCurrent = nullptr;
+        }
+    } restore { this, database, database.Listener() };
     database.SetListener(this);
     mAnalysis = std::make_unique<KORVOSyncAnalysis>(database);
+    mFailure.clear();
     InitSteps();
     BuildSteps();
     tmr->start(100);
     exec();
 
+    // A partial list would pass for the truth: a failed analysis opens no
+    // results and leaves no history line, so it will be offered again.
+    if (!mFailure.isEmpty()) {
+        database.Ui().messageBox(UiServices::Icon::Critical, QStringLiteral("Synchronization Failed"),
+            mFailure
+                + QStringLiteral("\n\nNothing was changed and the synchronization was not recorded. Start it again "
+                                 "when the cause is put right."));
+        return false;
+    }
     bool changed = false;
     const QList<KORVOSyncDifference> differences = mAnalysis->Differences();
-    database.SetListener(previous);
+    database.SetListener(restore.previous);
     if (!differences.isEmpty()) {
         frmSyncResults results(mWindows, mHelp, parentWidget());
         changed = results.ShowSyncProblems(database, differences);
@@ -70,7 +91,6 @@ bool frmSyncProcess::StartSync(KORVODatabase &database)
     }
     if (database.Project())
         database.Project()->ProjectWasSyncronized(QStringLiteral("Synchronization"));
-    msdbCurrent = nullptr;
     return changed;
 }
 
@@ -108,8 +128,17 @@ void frmSyncProcess::Tick()
         }
     } close { this };
     mRunning = true;
-    for (mCurrentStep = 0; mCurrentStep < mAnalysis->Steps().size(); ++mCurrentStep)
-        mAnalysis->RunStep(mCurrentStep, *this);
+    try {
+        for (mCurrentStep = 0; mCurrentStep < mAnalysis->Steps().size(); ++mCurrentStep)
+            mAnalysis->RunStep(mCurrentStep, *this);
+    } catch (const std::exception &error) {
+        // The rest of the steps stay "Not Started"; StartSync shows the one box.
+        SetStepStatus(mCurrentStep, QStringLiteral("Failed"), -1);
+        const KORVOSyncStep &step = mAnalysis->Steps().at(mCurrentStep);
+        mFailure = QStringLiteral("The synchronization analysis failed at step %1 - %2:\n\n%3")
+                       .arg(mCurrentStep + 1)
+                       .arg(step.StepText, KorvoApplication::ErrorText(error));
+    }
 }
 
 void frmSyncProcess::SetStepStatus(int step, const QString &text, int icon)

@@ -21,7 +21,8 @@ public:
     frmSyncProcess(KORVOWindows &windows, HelpIntegration *help = nullptr, QWidget *parent = nullptr);
     ~frmSyncProcess() override;
 
-    // True when the results window applied at least one change.
+    // True when the results window applied at least one change. An analysis
+    // that fails shows one box, opens no results and is not recorded.
     bool StartSync(KORVODatabase &database);
 
     const KORVOSyncAnalysis *Analysis() const { return mAnalysis.get(); }
@@ -51,6 +52,8 @@ private:
     std::unique_ptr<KORVOSyncAnalysis> mAnalysis;
     int mCurrentStep = -1;
     bool mRunning = false;
+    // Why the analysis stopped; empty when it ran through.
+    QString mFailure;
     QTreeWidget *lvwSteps;
     QProgressBar *pbrCurrent;
     QTimer *tmr;

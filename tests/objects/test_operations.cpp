@@ -7,6 +7,7 @@
 #include "KORVOPermissions.h"
 #include "test_backend.h"
 
+#include <QElapsedTimer>
 #include <QTest>
 
 using Icon = UiServices::Icon;
@@ -829,7 +830,7 @@ private Q_SLOTS:
 
         // Where the session goes: before the step's statement, or after it.
         const QMap<QString, QString> at {
-            { "compile", b->Pick("^BEGIN; CREATE PROCEDURE sptmp_", "^CREATE PROCEDURE \\[sptmp_") },
+            { "compile", b->Pick("^BEGIN; (SET LOCAL statement_timeout = [0-9]+; )?CREATE PROCEDURE sptmp_", "^CREATE PROCEDURE \\[sptmp_") },
             { "replace", b->Pick("^CREATE OR REPLACE PROCEDURE", "^ALTER PROCEDURE") },
             // The server's text is read before the replace too (has it changed?): the read back follows it.
             { "read back", b->Pick("^CREATE OR REPLACE PROCEDURE", "^ALTER PROCEDURE") },
@@ -919,6 +920,10 @@ private Q_SLOTS:
             row("rollback", "Rollback Unsuccessful", "~checkedout by 'bob'", Icon::Warning);
             row("rename", "Rename Aborted", "Cannot rename a Item! It is currently Checkd Out by bob");
             row("delete", "Could not Delete Item", "~checked out by bob");
+            // Source control fails after the check for other holders: the object must not be dropped.
+            row("delete refused", "Could not Delete Item", "~commits are closed");
+            row("delete with svnserve down", "Could not Delete Item", "~Source control could not be asked");
+            row("check out with svnserve frozen", "Could not check out", "~did not answer within 2 seconds");
         });
     }
     void secondUser()
@@ -930,10 +935,14 @@ private Q_SLOTS:
         QVERIFY(o);
         const long first = o->Generic().History().at(0).VersionNumber;
         QVERIFY(change(*o, text("usp_u", 2), "second"));
+        const bool frozen = op.endsWith("frozen");
+        if (frozen) // every call of alice's, not only the connect, waits this long
+            b->vss->ConnectTimeout = 2;
         const std::shared_ptr<KORVOVSS> bob = b->ServeTwoUsers();
         QVERIFY(bob);
         const QString id = o->DBID(), item = id + ".sp", mine = text("usp_u", 3);
         const bool checkIn = op == "stolen lock" || op == "old copy";
+        const bool sourceControlFails = op.startsWith("delete ") || frozen;
         if (checkIn) {
             QVERIFY(o->CheckOut());
             QVERIFY(b->SvnAs("bob", { "lock", "--force" }, item));
@@ -943,14 +952,22 @@ private Q_SLOTS:
                 QVERIFY(bob->CheckIn(item, "bob's text", "by bob", true));
                 QVERIFY(b->SvnAs("alice", { "lock" }, item));
             }
-        } else {
+        } else if (!sourceControlFails) {
             QVERIFY(bob->CheckOut(item, true));
         }
         const QStringList before = held(*o);
+        if (op == "delete refused")
+            b->RefuseCommits(true);
+        else if (op == "delete with svnserve down")
+            b->served->Stop();
+        else if (frozen)
+            QVERIFY(b->served->Freeze(true));
         b->ExpectBox();
+        QElapsedTimer clock;
+        clock.start();
         if (checkIn)
             QVERIFY(!o->CheckIn(mine, "mine"));
-        else if (op == "check out")
+        else if (op == "check out" || frozen)
             QVERIFY(!o->CheckOut());
         else if (op == "rollback")
             QVERIFY(!o->Generic().Rollback(first, false));
@@ -959,6 +976,19 @@ private Q_SLOTS:
         else
             QVERIFY(!procs->DeleteItem("I" + id));
         ExpectRowBox();
+        if (frozen) {
+            QVERIFY2(clock.elapsed() < 20000, qPrintable(QString::number(clock.elapsed())));
+            QVERIFY(b->served->Freeze(false));
+        } else if (op == "delete with svnserve down") {
+            const int port = b->served->Port();
+            b->served.reset();
+            b->served = std::make_unique<SvnServe>(b->repo->Root(), port);
+            QVERIFY(b->served->IsRunning());
+        }
+        b->RefuseCommits(false);
+        if (op.startsWith("delete ")) // the box says the object was not dropped
+            QVERIFY2(b->ui.last().text.contains(op == "delete refused" ? "The object was not dropped" : "Nothing was changed"),
+                qPrintable(b->ui.last().text));
         QCOMPARE(held(*o), before);
         QVERIFY(!b->Exists("usp_u2"));
         if (!checkIn)
@@ -985,7 +1015,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QString>("op");
         for (const char *op : { "delete", "sync remove", "rename", "rollback to another name", "undelete",
-                 "new overload", "argument type changed", "rename with a dependent view", "caption" })
+                 "new overload", "argument type changed", "rename with a dependent view", "caption",
+                 "delete after another user dropped it", "rename after another user dropped it" })
             QTest::addRow("PostgreSQL %s", op) << "PostgreSQL" << op;
     }
     void overloads()
@@ -1034,7 +1065,20 @@ private Q_SLOTS:
         QVERIFY(ft && fi && ft->InSQL() && ft->InVSS() && fi->InSQL() && fi->InVSS());
         const QStringList files = b->Files();
 
-        if (op == "delete" || op == "sync remove") {
+        if (op.endsWith("another user dropped it")) {
+            // Only f(integer) is left under the name: a drop by name alone would take it.
+            b->pg->exec("DROP FUNCTION dbo.f(text)");
+            b->ExpectBox();
+            if (op.startsWith("delete")) {
+                QVERIFY(udfs->DeleteItem("I" + textId));
+                b->ExpectLastBox(Icon::Warning, "Item Deleted", "~already been dropped from the server by another user");
+                QCOMPARE(b->Files(), QStringList({ intId + ".udf" }));
+            } else {
+                // The new object comes from the file; there is no old one left to drop.
+                QVERIFY(udfs->RenameItem("I" + textId, "g"));
+                QVERIFY(!oid("dbo.g(text)").isEmpty());
+            }
+        } else if (op == "delete" || op == "sync remove") {
             QVERIFY(op == "delete" ? udfs->DeleteItem("I" + textId) : ft->Generic().SyncRemove(2));
             QCOMPARE(oid("dbo.f(text)"), QString());
         } else if (op == "rename") {
@@ -1089,6 +1133,33 @@ private Q_SLOTS:
         QCOMPARE(oid("dbo.f(integer)"), intId);
         QVERIFY(b->ServerText(intId).contains("SELECT 1"));
         QCOMPARE(b->Latest(intId + ".udf"), b->ServerText(intId));
+    }
+
+    // Another session holds a lock the compile test needs: the test gives up
+    // after the timeout with the server's words instead of waiting for ever.
+    void compileTestTimesOut_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::newRow("PostgreSQL") << "PostgreSQL";
+    }
+    void compileTestTimesOut()
+    {
+        QVERIFY(SetUp());
+        KORVOTypedObjectPtr o = readingTable();
+        QVERIFY(o);
+        KORVOSQL other(b->ui, ServerKind::PostgreSQL());
+        b->Bind(other);
+        other.ExecuteSQL("BEGIN; LOCK TABLE dbo.t_gone IN ACCESS EXCLUSIVE MODE");
+        b->sql->CompileTestTimeout = 1;
+        QElapsedTimer clock;
+        clock.start();
+        b->ExpectBox();
+        QVERIFY(!o->Generic().Recompile(false));
+        b->ExpectLastBox(Icon::Critical, "Syntax Error", "~statement timeout");
+        QVERIFY(clock.elapsed() < 20000);
+        other.ExecuteSQL("ROLLBACK");
+        QVERIFY(o->Generic().Recompile());
+        QCOMPARE(b->TemporaryObjects(), QStringList());
     }
 
     // A procedure whose table was dropped no longer compiles; by default the

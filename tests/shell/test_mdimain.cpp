@@ -26,6 +26,7 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QPointer>
 #include <QSplitter>
 #include <QTemporaryDir>
@@ -860,6 +861,23 @@ private Q_SLOTS:
         auto *root = new QTreeWidgetItem(window.Tree());
         window.FillNode(root, items);
         QCOMPARE(window.DragText(root->child(0)), text);
+        if (!subnodes)
+            return;
+
+        // The mouse rests on a field; a refresh fills the folder anew, and the
+        // field's node is gone: no drag may carry it any more.
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        root->setExpanded(true);
+        root->child(0)->setExpanded(true);
+        QTreeWidgetItem *field = root->child(0)->child(1);
+        const QPoint at = window.Tree()->visualItemRect(field).center();
+        QMouseEvent hover(QEvent::MouseMove, at, window.Tree()->viewport()->mapToGlobal(at), Qt::NoButton,
+            Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(window.Tree()->viewport(), &hover);
+        QCOMPARE(window.DragNode(), field);
+        window.FillNode(root, items);
+        QCOMPARE(window.DragNode(), nullptr);
     }
 
     void linksGoThroughTheDesktop_data()

@@ -8,6 +8,8 @@
 #include <QThread>
 #include <QUrl>
 
+#include <csignal>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -139,11 +141,18 @@ void SvnServe::Stop()
 {
     if (mProcess.state() == QProcess::NotRunning)
         return;
+    Freeze(false);
     mProcess.terminate();
     if (!mProcess.waitForFinished(3000)) {
         mProcess.kill();
         mProcess.waitForFinished(3000);
     }
+}
+
+bool SvnServe::Freeze(bool on)
+{
+    const qint64 pid = mProcess.processId();
+    return pid > 0 && ::kill(pid_t(pid), on ? SIGSTOP : SIGCONT) == 0;
 }
 
 QString SvnServe::Url(const QString &repository) const

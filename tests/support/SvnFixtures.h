@@ -51,6 +51,9 @@ public:
     int Port() const { return mPort; }
     QString Url(const QString &repository) const;
     void Stop();
+    // Stops (SIGSTOP) or thaws the server: frozen it keeps its connections and
+    // takes new ones, but answers nothing.
+    bool Freeze(bool on);
 
 private:
     QProcess mProcess;

@@ -271,23 +271,74 @@ private Q_SLOTS:
         QVERIFY(w.Model().ChangesApplied());
     }
 
+    // The server goes away under the first row applied: one box, and every
+    // row above it stays as it was marked.
+    void applyLosesConnection_data() { AddKindRows(); }
+    void applyLosesConnection()
+    {
+        if (!setUp())
+            QSKIP("no server");
+        b->Bind(*session->Project()->SQL(), b->tripping);
+        makeDifferences();
+        frmSyncResults w(windows);
+        w.Fill(*session, analyse());
+        w.show();
+        Click(w, "cmdInSQL");
+        const QStringList marked = rows(w);
+        QCOMPARE(marked.size(), 4);
+        b->LoseConnectionAt(".");
+        b->ExpectBox();
+        Click(w, "cmdApply");
+        QVERIFY(b->tripping->Tripped());
+        QCOMPARE(b->ui.boxes.size(), 1);
+        QCOMPARE(b->ui.last().title, QString("Connection Lost"));
+        QCOMPARE(rows(w), marked);
+        QCOMPARE(w.Model().SyncItems().size(), 4);
+    }
+
     // The whole command: steps, the box when all is in step, the history line.
-    void startSync_data() { AddKindRows(); }
+    // An analysis that fails at a step says so, opens no results, writes no
+    // history line and gives the session its listener back.
+    void startSync_data() { AddKindRows({ "in sync", "lost" }); }
     void startSync()
     {
         if (!setUp())
             QSKIP("no server");
+        QFETCH(QString, row);
         b->Versioned("p_same");
         frmSyncProcess process(windows);
+        auto *steps = Control<QTreeWidget>(process, "lvwSteps");
+        struct : KORVOSessionListener {
+            void RetrieveStatusChange(const QString &, const QString &, long, long, bool &) override { }
+            void AddingStatusChange(const QString &, const QString &, long, long, bool &) override { }
+            void CompletedCurrentStatus(const QString &, const QString &) override { }
+        } mine;
+        session->SetListener(&mine);
         b->ExpectBox();
+        if (row == "lost") {
+            b->Create(ObjectClass::StoredProcedure, "p_sqlonly");
+            b->Bind(*session->Project()->SQL(), b->tripping);
+            // Views are the third step's refresh: stored procedures were found and compared.
+            b->LoseConnectionAt(b->Pick("relkind = 'v' AND", "N'IsView'"));
+            QVERIFY(!process.StartSync(*session));
+            QVERIFY(b->tripping->Tripped());
+            QCOMPARE(b->ui.boxes.size(), 1);
+            b->ExpectLastBox(UiServices::Icon::Critical, "Synchronization Failed", "~failed at step ");
+            QCOMPARE(steps->topLevelItem(0)->text(2), QString("Completed"));
+            QCOMPARE(steps->topLevelItem(steps->topLevelItemCount() - 1)->text(2), QString("Not Started"));
+            QVERIFY(!b->Files().contains("SyncHistory"));
+            QVERIFY(session->Project()->IsFirstUserToConnect());
+            QCOMPARE(session->Listener(), &mine);
+            return;
+        }
         QVERIFY(!process.StartSync(*session));
         b->ExpectLastBox(UiServices::Icon::Information, "No Synchronization Needed", "Everything is in Sync");
-        auto *steps = Control<QTreeWidget>(process, "lvwSteps");
         QCOMPARE(steps->topLevelItemCount(), 8);
         for (int i = 0; i < 8; ++i)
             QCOMPARE(steps->topLevelItem(i)->text(2), QString("Completed"));
         QVERIFY(b->Latest("SyncHistory").startsWith("Synchronization: "));
         QVERIFY(!session->Project()->IsFirstUserToConnect());
+        QCOMPARE(session->Listener(), &mine);
     }
 };
 

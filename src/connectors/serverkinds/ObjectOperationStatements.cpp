@@ -74,23 +74,25 @@ bool IsRoutine(ObjectClass cls)
 
 } // namespace
 
-QString PostgreSQLKind::DropObjectScript(
-    ObjectClass cls, const QString &id, const QString &owner, const QString &name, const CatalogueReader &read) const
+QString PostgreSQLKind::DropObjectScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
+    const CatalogueReader &read, bool byNameWhenGone) const
 {
     bool numeric = false;
     const qlonglong oid = id.trimmed().toLongLong(&numeric);
     if (!IsRoutine(cls) || !numeric || !read)
         return DropScript(cls, owner, name, read);
-    // The one routine of this oid, with its argument types. When it is gone, the
-    // name alone: the server drops it only where one routine has that name, so a
-    // sibling overload is never taken along.
+    // The one routine of this oid, with its argument types. When it is gone
+    // there is nothing to drop here: by its name alone the server would take
+    // the one sibling overload that is left.
     const auto rs = read(QStringLiteral("SELECT format('DROP %s IF EXISTS %I.%I(%s);', CASE p.prokind WHEN 'p' THEN "
                                         "'PROCEDURE' ELSE 'FUNCTION' END, n.nspname, p.proname, "
                                         "pg_catalog.pg_get_function_identity_arguments(p.oid)) AS \"Script\" FROM "
                                         "pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = p.pronamespace "
                                         "WHERE p.oid = %1 AND p.prokind IN ('f','p')")
                              .arg(oid < 0 || oid > 4294967295LL ? QStringLiteral("NULL") : QString::number(oid)));
-    return rs && !rs->Eof() ? rs->FieldText(QStringLiteral("Script")) : DropScript(cls, owner, name, nullptr);
+    if (rs && !rs->Eof())
+        return rs->FieldText(QStringLiteral("Script"));
+    return byNameWhenGone ? DropScript(cls, owner, name, nullptr) : QString();
 }
 
 QString PostgreSQLKind::DropSignatureScript(ObjectClass cls, const QString &signature) const

@@ -362,11 +362,15 @@ QString PostgreSQLKind::DropScript(
     return QString();
 }
 
-QStringList PostgreSQLKind::CompileCheckStatements(const QString &createText, const QString &) const
+QStringList PostgreSQLKind::CompileCheckStatements(const QString &createText, const QString &, int timeoutSeconds) const
 {
     // Created and rolled back: nothing stays, and the line numbers of errors
-    // still match the text (BEGIN stands on its first line).
-    return { QStringLiteral("BEGIN; ") + createText + QStringLiteral("\n;ROLLBACK") };
+    // still match the text (BEGIN, and the timeout that ends with the
+    // transaction, stand on its first line).
+    const QString timeout = timeoutSeconds > 0
+        ? QStringLiteral("SET LOCAL statement_timeout = %1; ").arg(qint64(timeoutSeconds) * 1000)
+        : QString();
+    return { QStringLiteral("BEGIN; ") + timeout + createText + QStringLiteral("\n;ROLLBACK") };
 }
 
 QString PostgreSQLKind::PermissionStatement(

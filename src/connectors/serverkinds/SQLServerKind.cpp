@@ -250,9 +250,20 @@ QString SQLServerKind::DropScript(
         + QLatin1String(parts.Keyword) + bracketed;
 }
 
-QStringList SQLServerKind::CompileCheckStatements(const QString &createText, const QString &dropScript) const
+QStringList SQLServerKind::CompileCheckStatements(
+    const QString &createText, const QString &dropScript, int timeoutSeconds) const
 {
-    return { createText, dropScript };
+    // A CREATE must start its batch: the lock timeout is a statement of its own,
+    // for the session, and is put back afterwards.
+    if (timeoutSeconds <= 0)
+        return { createText, dropScript };
+    return { QStringLiteral("SET LOCK_TIMEOUT %1").arg(qint64(timeoutSeconds) * 1000), createText, dropScript,
+        CompileCheckCleanup(timeoutSeconds) };
+}
+
+QString SQLServerKind::CompileCheckCleanup(int timeoutSeconds) const
+{
+    return timeoutSeconds > 0 ? QStringLiteral("SET LOCK_TIMEOUT -1") : QString();
 }
 
 QString SQLServerKind::PermissionStatement(

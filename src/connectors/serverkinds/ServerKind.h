@@ -118,10 +118,14 @@ public:
     // A text that drops the object of this id if it exists. Kinds whose names
     // identify objects drop by owner and name (DropScript); PostgreSQL drops a
     // routine by its oid, with its argument types, and never a sibling overload.
+    // When no routine has the oid any more (another user dropped it) the text
+    // is empty, or, with byNameWhenGone (a script for another database, where
+    // the oid means nothing), the drop by owner and name.
     virtual QString DropObjectScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
-        const CatalogueReader &read) const
+        const CatalogueReader &read, bool byNameWhenGone = false) const
     {
         Q_UNUSED(id);
+        Q_UNUSED(byNameWhenGone);
         return DropScript(cls, owner, name, read);
     }
     // A text that drops the object of this id as it stood under an earlier
@@ -144,8 +148,18 @@ public:
         return QString();
     }
     // The statements that prove a CREATE text (already under a temporary name)
-    // on the server and leave nothing behind. dropScript drops the temporary object.
-    virtual QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const = 0;
+    // on the server and leave nothing behind. dropScript drops the temporary
+    // object. With timeoutSeconds the check fails instead of waiting longer on
+    // the server (a lock another session holds).
+    virtual QStringList CompileCheckStatements(
+        const QString &createText, const QString &dropScript, int timeoutSeconds = 0) const = 0;
+    // What puts the session back after CompileCheckStatements with a timeout
+    // failed part-way; empty where nothing outlasts the check.
+    virtual QString CompileCheckCleanup(int timeoutSeconds) const
+    {
+        Q_UNUSED(timeoutSeconds);
+        return QString();
+    }
     // Whether CompileCheckStatements uses its dropScript; where the check is
     // rolled back there is nothing to drop and the script need not be written.
     virtual bool CompileCheckDrops() const { return true; }
@@ -338,7 +352,9 @@ public:
 
     QString DropScript(
         ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const override;
-    QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const override;
+    QStringList CompileCheckStatements(
+        const QString &createText, const QString &dropScript, int timeoutSeconds = 0) const override;
+    QString CompileCheckCleanup(int timeoutSeconds) const override;
     QStringList RehearsalStatements(const QString &statement) const override;
     QString PermissionStatement(
         int action, int value, const QString &objectName, const QString &grantee) const override;
@@ -429,8 +445,9 @@ public:
     QString DropRenamedScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
         const CatalogueReader &read) const override;
     QString DropObjectScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
-        const CatalogueReader &read) const override;
-    QStringList CompileCheckStatements(const QString &createText, const QString &dropScript) const override;
+        const CatalogueReader &read, bool byNameWhenGone = false) const override;
+    QStringList CompileCheckStatements(
+        const QString &createText, const QString &dropScript, int timeoutSeconds = 0) const override;
     bool CompileCheckDrops() const override { return false; }
     QStringList RehearsalStatements(const QString &statement) const override;
     QString TextIdentityStatement(

@@ -73,6 +73,9 @@ public:
     // The open connection; null while closed.
     SqlConnection *DBConn() const { return mConn.get(); }
     bool HasConnected() const { return mHasConnected; }
+    // Seconds the statements of a compile test may wait on the server; 0 for
+    // no limit. The session sets it from the settings.
+    int CompileTestTimeout = 30;
 
     QString ConnectionString() const;
     QString CreateConnectionString(const QString &server, const QString &database, const QString &userName,

@@ -6,6 +6,8 @@
 
 #include <apr_general.h>
 #include <apr_md5.h>
+#include <apr_network_io.h>
+#include <apr_poll.h>
 #include <apr_hash.h>
 #include <apr_tables.h>
 #include <svn_auth.h>
@@ -29,6 +31,7 @@
 
 #include <QTimeZone>
 #include <csignal>
+#include <cstring>
 
 VssError::VssError(const QString &description, int code, QList<int> causes)
     : std::runtime_error(description.toStdString())
@@ -246,6 +249,124 @@ svn_error_t *folderCloseFile(void *fileBaton, const char *textChecksum, apr_pool
     return SVN_NO_ERROR;
 }
 
+// svn:// sessions run through a "tunnel" of our own: the same protocol over a
+// socket that KORVO opens, so that every read and write waits at most the
+// connect timeout. Without it a server that stops answering in the middle of a
+// request (frozen, or its host gone) holds the window until the network gives up.
+const char TunnelName[] = "korvo";
+
+struct TunnelSocket {
+    apr_socket_t *socket;
+    int seconds;
+    const char *where;
+};
+
+svn_error_t *tunnelTimedOut(const TunnelSocket *t)
+{
+    return svn_error_createf(SVN_ERR_RA_SVN_IO_ERROR, nullptr,
+        "The Subversion server %s did not answer within %d second%s (setting \"SvnConnectTimeout\")", t->where,
+        t->seconds, t->seconds == 1 ? "" : "s");
+}
+
+svn_error_t *tunnelRead(void *baton, char *buffer, apr_size_t *len)
+{
+    const auto *t = static_cast<const TunnelSocket *>(baton);
+    const apr_status_t status = apr_socket_recv(t->socket, buffer, len);
+    if (APR_STATUS_IS_TIMEUP(status) || APR_STATUS_IS_EAGAIN(status))
+        return tunnelTimedOut(t);
+    if (status && !APR_STATUS_IS_EOF(status))
+        return svn_error_wrap_apr(status, "Can't read from connection");
+    return SVN_NO_ERROR;
+}
+
+svn_error_t *tunnelReadFull(void *baton, char *buffer, apr_size_t *len)
+{
+    apr_size_t done = 0;
+    while (done < *len) {
+        apr_size_t part = *len - done;
+        SVN_ERR(tunnelRead(baton, buffer + done, &part));
+        if (part == 0)
+            break;
+        done += part;
+    }
+    *len = done;
+    return SVN_NO_ERROR;
+}
+
+svn_error_t *tunnelWrite(void *baton, const char *data, apr_size_t *len)
+{
+    const auto *t = static_cast<const TunnelSocket *>(baton);
+    apr_size_t done = 0;
+    while (done < *len) {
+        apr_size_t part = *len - done;
+        const apr_status_t status = apr_socket_send(t->socket, data + done, &part);
+        if (APR_STATUS_IS_TIMEUP(status) || APR_STATUS_IS_EAGAIN(status))
+            return tunnelTimedOut(t);
+        if (status)
+            return svn_error_wrap_apr(status, "Can't write to connection");
+        done += part;
+    }
+    return SVN_NO_ERROR;
+}
+
+svn_error_t *tunnelDataAvailable(void *baton, svn_boolean_t *available)
+{
+    const auto *t = static_cast<const TunnelSocket *>(baton);
+    apr_pollfd_t fd {};
+    fd.desc_type = APR_POLL_SOCKET;
+    fd.desc.s = t->socket;
+    fd.reqevents = APR_POLLIN;
+    apr_int32_t signalled = 0;
+    const apr_status_t status = apr_poll(&fd, 1, &signalled, 0);
+    *available = status == APR_SUCCESS && signalled > 0;
+    return SVN_NO_ERROR;
+}
+
+svn_boolean_t checkTunnel(void *, const char *name)
+{
+    return std::strcmp(name, TunnelName) == 0;
+}
+
+svn_error_t *openTunnel(svn_stream_t **request, svn_stream_t **response, svn_ra_close_tunnel_func_t *closeFunc,
+    void **closeBaton, void *tunnelBaton, const char *, const char *, const char *hostname, int port,
+    svn_cancel_func_t, void *, apr_pool_t *pool)
+{
+    const int seconds = std::max(1, *static_cast<const int *>(tunnelBaton));
+    if (port <= 0)
+        port = 3690; // svnserve's port
+    apr_sockaddr_t *address = nullptr;
+    apr_status_t status = apr_sockaddr_info_get(&address, hostname, APR_UNSPEC, apr_port_t(port), 0, pool);
+    if (status)
+        return svn_error_wrap_apr(status, "Unknown hostname '%s'", hostname);
+    apr_socket_t *socket = nullptr;
+    status = apr_socket_create(&socket, address->family, SOCK_STREAM, APR_PROTO_TCP, pool);
+    if (status)
+        return svn_error_wrap_apr(status, "Can't create socket");
+    apr_socket_timeout_set(socket, apr_interval_time_t(seconds) * APR_USEC_PER_SEC);
+    auto *t = static_cast<TunnelSocket *>(apr_pcalloc(pool, sizeof(TunnelSocket)));
+    *t = { socket, seconds, apr_psprintf(pool, "%s:%d", hostname, port) };
+    status = apr_socket_connect(socket, address);
+    if (APR_STATUS_IS_TIMEUP(status))
+        return tunnelTimedOut(t);
+    if (status)
+        return svn_error_wrap_apr(status, "Can't connect to host '%s'", hostname);
+    svn_stream_t *in = svn_stream_create(t, pool);
+    svn_stream_set_read2(in, tunnelRead, tunnelReadFull);
+    svn_stream_set_data_available(in, tunnelDataAvailable);
+    svn_stream_t *out = svn_stream_create(t, pool);
+    svn_stream_set_write(out, tunnelWrite);
+    *request = out;
+    *response = in;
+    *closeFunc = nullptr; // the socket closes with its pool
+    *closeBaton = nullptr;
+    return SVN_NO_ERROR;
+}
+
+} // namespace
+
+namespace
+{
+
 } // namespace
 
 struct SvnRepository::Auth {
@@ -355,18 +476,27 @@ void SvnRepository::Open()
         if (!svn_path_is_url(canonical))
             throw VssError(QStringLiteral("'%1' is not a repository URL").arg(mUrl), VssError::IniFile);
         ProbeSvnServer(fromSvn(canonical));
+        // An svn:// URL is opened as svn+korvo:// on the same host, through openTunnel.
+        const char *session_url = canonical;
+        if (std::strncmp(canonical, "svn://", 6) == 0) {
+            session_url = apr_pstrcat(pool, "svn+", TunnelName, canonical + 3, SVN_VA_NULL);
+            callbacks->check_tunnel_func = checkTunnel;
+            callbacks->open_tunnel_func = openTunnel;
+            callbacks->tunnel_baton = &mConnectTimeout;
+        }
         const char *corrected = nullptr;
         const char *redirect = nullptr;
         // No configuration: nothing of the user's Subversion set-up is read.
         svn_ra_session_t *session = nullptr;
-        Check(svn_ra_open5(&session, &corrected, &redirect, canonical, nullptr, callbacks, nullptr, nullptr, pool));
+        Check(svn_ra_open5(&session, &corrected, &redirect, session_url, nullptr, callbacks, nullptr, nullptr, pool));
         if (!session)
             throw VssError(QStringLiteral("The repository has moved to '%1'").arg(fromSvn(corrected)));
         const char *root = nullptr;
         Check(svn_ra_get_repos_root2(session, &root, pool));
         const char *rel = nullptr;
-        Check(svn_ra_get_path_relative_to_root(session, &rel, canonical, pool));
+        Check(svn_ra_get_path_relative_to_root(session, &rel, session_url, pool));
         mUrl = fromSvn(canonical);
+        mSessionUrl = fromSvn(session_url);
         mRootUrl = fromSvn(root);
         mRootPath = fromSvn(rel);
         mSession = session;
@@ -498,7 +628,7 @@ QHash<QString, QByteArray> SvnRepository::FolderContents(const QString &folder, 
     Pool pool(mPool);
     const svn_revnum_t rev = revision >= 0 ? svn_revnum_t(revision) : svn_revnum_t(LatestRevision());
     svn_ra_session_t *session = Session();
-    const char *home = dupInPool(pool, mUrl);
+    const char *home = dupInPool(pool, mSessionUrl);
     const char *folderUrl = svn_path_url_add_component2(home, dupInPool(pool, folder), pool);
     QHash<QString, QByteArray> texts;
     FolderEditBaton editBaton { &texts };
@@ -684,7 +814,7 @@ long SvnRepository::Commit(const QString &folder, const QString &message, const 
             const char *path = dupInPool(pool, Join(folder, c.Name));
             const char *copyFrom = nullptr;
             if (!c.CopyFrom.isEmpty())
-                copyFrom = svn_path_url_add_component2(dupInPool(pool, mUrl), dupInPool(pool, c.CopyFrom), pool);
+                copyFrom = svn_path_url_add_component2(dupInPool(pool, mSessionUrl), dupInPool(pool, c.CopyFrom), pool);
             switch (c.Operation) {
             case Change::Delete:
                 SVN_ERR(editor->delete_entry(path, head, dirs.last(), pool));

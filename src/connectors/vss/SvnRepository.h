@@ -80,8 +80,9 @@ public:
         long BaseRev = -1;
     };
 
-    // connectTimeout (seconds) bounds the wait for an svn:// server to answer;
-    // the protocol itself would wait as long as the network does.
+    // connectTimeout (seconds) bounds the wait for an svn:// server to answer,
+    // on connecting and on every read and write of every request after it; the
+    // protocol itself would wait as long as the network does.
     SvnRepository(const QString &url, const QString &userName, const QString &password, int connectTimeout = 15);
     ~SvnRepository();
     SvnRepository(const SvnRepository &) = delete;
@@ -144,7 +145,8 @@ private:
     QString mUrl;
     QString mUserName;
     int mConnectTimeout = 15;
-    QString mRootUrl; // repository root URL
+    QString mSessionUrl; // mUrl as the session was opened on (svn:// through KORVO's tunnel)
+    QString mRootUrl; // repository root URL, in the session's form
     QString mRootPath; // session URL relative to the repository root, "" or "a/b"
     apr_pool_t *mPool = nullptr; // credentials; outlives the sessions
     apr_pool_t *mSessionPool = nullptr;
