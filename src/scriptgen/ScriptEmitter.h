@@ -31,6 +31,8 @@ public:
     Result Run(const QString &fileName);
     // The text of the last run that was not interrupted.
     const QString &Script() const { return mScript; }
+    // Why the last write failed, as the system says it.
+    const QString &WriteError() const { return mWriteError; }
 
     static QString Banner(const QDateTime &created);
 
@@ -54,6 +56,7 @@ private:
     KORVOStepProgress &mSteps;
     const bool &mInterrupted;
     QString mScript;
+    QString mWriteError;
     bool mDependenciesRead = false;
     // The latest texts of the run, read a project at a time.
     mutable KORVOLatestTexts mLatest;
