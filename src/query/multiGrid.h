@@ -55,6 +55,9 @@ public:
     // and no further batch runs.
     void Cancel();
     bool IsRunning() const { return mRunning; }
+    // Rows shown of each result (0 for all); the rest are counted on the
+    // Messages page and never held.
+    void SetRowLimit(qint64 rows) { mRowLimit = rows; }
 
     bool ShowingMessages() const { return mShowingMessages; }
     QString MessagesText() const;
@@ -84,6 +87,7 @@ private:
     bool mShowingMessages = true;
     bool mRunning = false;
     bool mCancelled = false;
+    qint64 mRowLimit = 0;
 
     QWidget *picMessages;
     QPlainTextEdit *txtMessages;
