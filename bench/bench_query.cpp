@@ -13,6 +13,7 @@
 #include <QFile>
 #include <QTableView>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -57,14 +58,24 @@ void Figures(const PgTestDatabase &db)
         ResetPeak();
         QElapsedTimer t;
         t.start();
+        // The window's events run while the rows stream in: the first grid is
+        // seen painted from a timer.
+        double firstRows = -1;
+        QTimer watch;
+        QObject::connect(&watch, &QTimer::timeout, [&] {
+            if (firstRows < 0 && grid.GridCount() > 0 && grid.Grid(1)->isVisible()) {
+                grid.Grid(1)->repaint();
+                firstRows = t.nsecsElapsed() / 1e6;
+            }
+        });
+        watch.start(5);
         grid.ExecuteQuery(QStringLiteral("select g as id, 'name ' || g as name, md5(g::text) as hash "
                                          "from generate_series(1, 10000000) g"));
-        grid.ShowPage(false);
-        grid.Grid(1)->repaint();
-        QCoreApplication::processEvents();
-        std::printf("10,000,000 rows x 3 columns under the 100,000-row limit: first rows shown after %.0f ms "
-                    "(%d rows in the grid), peak memory (VmHWM) %.0f MB\n",
-            t.nsecsElapsed() / 1e6, grid.Grid(1)->model()->rowCount(), PeakMB());
+        watch.stop();
+        std::printf("10,000,000 rows x 3 columns under the 100,000-row limit: first rows shown after %.0f ms, "
+                    "the whole result read and counted after %.0f ms (%d rows in the grid), peak memory (VmHWM) "
+                    "%.0f MB\n",
+            firstRows, t.nsecsElapsed() / 1e6, grid.Grid(1)->model()->rowCount(), PeakMB());
     }
 
     const QString large = QStringLiteral(

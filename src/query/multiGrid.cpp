@@ -167,6 +167,7 @@ void multiGrid::ExecuteQuery(const QString &sql, const QString &connectionString
     // Events run while the server works, so that the window can cancel.
     mConnection->SetWaitHandler([] { QCoreApplication::processEvents(QEventLoop::AllEvents, 20); });
     mConnection->SetRowLimit(mRowLimit);
+    mConnection->SetLimitHandler([this](const QList<std::shared_ptr<Recordset>> &soFar) { ShowEarly(soFar); });
     ClearResults();
     QString messages;
     bool anyError = false;
@@ -209,6 +210,7 @@ void multiGrid::RunBatches(const QString &sql, const QStringList &batches, QStri
                 + kCrLf;
             return;
         }
+        mShownEarly = 0;
         BatchResult result;
         try {
             result = mConnection->Execute(prefix + batch);
@@ -225,7 +227,7 @@ void multiGrid::RunBatches(const QString &sql, const QStringList &batches, QStri
             if (rs->IsOpen()) {
                 if (count == -1)
                     count = rs->RecordCount() + rs->RowsNotKept();
-                if (rs->RecordCount() > 0) {
+                if (rs->RecordCount() > 0 && r >= mShownEarly) {
                     QStringList header;
                     for (const QString &name : rs->FieldNames())
                         header << HeaderName(name);
@@ -243,6 +245,23 @@ void multiGrid::RunBatches(const QString &sql, const QStringList &batches, QStri
         for (const QString &m : std::as_const(result.Messages))
             messages += m + kCrLf;
     }
+}
+
+void multiGrid::ShowEarly(const QList<std::shared_ptr<Recordset>> &soFar)
+{
+    // The first rows of a large result at once, with those before it; the
+    // batch's end adds the rest and the messages.
+    for (qsizetype r = qMax<qsizetype>(1, mShownEarly); r < soFar.size(); ++r) {
+        const std::shared_ptr<Recordset> &rs = soFar.at(r);
+        if (rs->IsOpen() && rs->RecordCount() > 0) {
+            QStringList header;
+            for (const QString &name : rs->FieldNames())
+                header << HeaderName(name);
+            AddResultGrid(header, rs);
+        }
+    }
+    mShownEarly = int(soFar.size());
+    ShowPage(false);
 }
 
 void multiGrid::Cancel()

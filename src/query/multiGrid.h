@@ -80,6 +80,7 @@ protected:
 private:
     void ClearResults();
     void AddResultGrid(const QStringList &header, const std::shared_ptr<Recordset> &rows);
+    void ShowEarly(const QList<std::shared_ptr<Recordset>> &soFar);
     void RunBatches(const QString &sql, const QStringList &batches, QString &messages, bool &anyError);
 
     KORVOSQL *mSQL = nullptr;
@@ -88,6 +89,7 @@ private:
     bool mRunning = false;
     bool mCancelled = false;
     qint64 mRowLimit = 0;
+    int mShownEarly = 0; // results of the running batch already shown
 
     QWidget *picMessages;
     QPlainTextEdit *txtMessages;

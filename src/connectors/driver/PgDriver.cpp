@@ -83,10 +83,16 @@ public:
                 case PGRES_SINGLE_TUPLE:
                     if (!rows)
                         rows.emplace(Streamed { fieldNames(res) });
-                    if (rows->rows.size() < mRowLimit)
+                    if (rows->rows.size() < mRowLimit) {
                         rows->rows.append(rowOf(res, 0));
-                    else
+                        if (rows->rows.size() == mRowLimit && mLimitHandler) {
+                            QList<std::shared_ptr<Recordset>> soFar = result.Results;
+                            soFar.append(makeRows(rows->names, rows->rows, 0, res));
+                            mLimitHandler(soFar);
+                        }
+                    } else {
                         ++rows->notKept;
+                    }
                     break;
                 case PGRES_TUPLES_OK:
                     if (streamed && rows) {
