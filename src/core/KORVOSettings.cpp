@@ -533,10 +533,32 @@ QString KORVOSettings::GetDefaultText(const QString &type) const
     return ReadTextFile(UserDataFolder() + QLatin1Char('/') + type + QStringLiteral(".default"));
 }
 
-bool KORVOSettings::SetDefaultText(const QString &type, const QString &text)
+bool KORVOSettings::SetDefaultText(const QString &type, const QString &text, QString *reason)
+{
+    return SetDefaultTexts({ type }, { text }, reason);
+}
+
+bool KORVOSettings::SetDefaultTexts(const QStringList &types, const QStringList &texts, QString *reason)
 {
     const QString folder = UserDataFolder();
-    if (!QDir().mkpath(folder))
+    if (!QDir().mkpath(folder)) {
+        if (reason)
+            *reason = QStringLiteral("the folder '%1' cannot be made").arg(folder);
         return false;
-    return WriteTextFile(folder + QLatin1Char('/') + type + QStringLiteral(".default"), text);
+    }
+    QList<QPair<QString, QByteArray>> files;
+    for (qsizetype i = 0; i < types.size(); ++i)
+        files.append({ folder + QLatin1Char('/') + types.at(i) + QStringLiteral(".default"), texts.value(i).toUtf8() });
+    return WriteFilesBytes(files, reason);
+}
+
+int KORVOSettings::QueryRowLimit() const
+{
+    return ReadNumber(
+        ReadSetting(QStringLiteral("QueryRowLimit")), 100000, [](double n) { return IsWhole(n) && n >= 0; });
+}
+
+void KORVOSettings::SetQueryRowLimit(int rows)
+{
+    WriteNumber(QStringLiteral("QueryRowLimit"), rows);
 }

@@ -118,7 +118,14 @@ public:
     // The text a new object of the given type starts with, kept per user in
     // "{type}.default" in the user's data folder; empty when there is none.
     QString GetDefaultText(const QString &type) const;
-    bool SetDefaultText(const QString &type, const QString &text);
+    bool SetDefaultText(const QString &type, const QString &text, QString *reason = nullptr);
+    // The texts of the types (in step) written all or none; the system's reason
+    // when none could be written.
+    bool SetDefaultTexts(const QStringList &types, const QStringList &texts, QString *reason = nullptr);
+
+    // Rows the query window keeps of one result: "QueryRowLimit", 100,000; 0 keeps all.
+    int QueryRowLimit() const;
+    void SetQueryRowLimit(int rows);
 
     // The screen the bounds are taken from: the primary screen unless set.
     virtual ScreenMetrics Screen() const;

@@ -222,7 +222,7 @@ void DocGenProject::LoadDocumentSettings(const QString &path)
     }
 }
 
-bool DocGenProject::SaveDocumentSettings(const QString &path) const
+bool DocGenProject::SaveDocumentSettings(const QString &path, QString *reason) const
 {
     // A stream writer keeps the attributes in the order they are written; the
     // text is one line with no declaration.
@@ -259,5 +259,5 @@ bool DocGenProject::SaveDocumentSettings(const QString &path) const
     }
     w.writeEndElement();
     w.writeEndElement();
-    return WriteTextFile(path, text);
+    return WriteTextFile(path, text, reason);
 }

@@ -139,7 +139,7 @@ public:
     // A missing file or one that is no such document changes nothing.
     void LoadDocumentSettings(const QString &path);
     // False when the file could not be written.
-    bool SaveDocumentSettings(const QString &path) const;
+    bool SaveDocumentSettings(const QString &path, QString *reason = nullptr) const;
 
     // {user data folder}/{project}_documents.xml
     static QString SettingsPath(const QString &projectName);

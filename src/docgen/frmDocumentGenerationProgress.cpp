@@ -5,6 +5,7 @@
 #include "UiServices.h"
 
 #include <QCloseEvent>
+#include <QScopeGuard>
 #include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -71,16 +72,27 @@ int frmDocumentGenerationProgress::Start(
 void frmDocumentGenerationProgress::RunJob()
 {
     WaitCursor wait(mUi);
-    mRunning = true;
-    const auto outcome = mRun->Run();
-    mRunning = false;
+    auto outcome = DocGenRun::Outcome::Failed;
+    QString error;
+    {
+        // Any error ends the run (a lost connection while the objects are read
+        // is not the generator's own): the window must close whatever happened.
+        mRunning = true;
+        const auto stopped = qScopeGuard([this] { mRunning = false; });
+        try {
+            outcome = mRun->Run();
+            error = mRun->Error();
+        } catch (const std::exception &e) {
+            error = QString::fromUtf8(e.what());
+        }
+    }
     if (outcome == DocGenRun::Outcome::NotRun)
         return; // an unknown document type: the window stays
     mDone = outcome == DocGenRun::Outcome::Done;
     // Success is told once the window has gone, a failure while it still shows.
     if (mDone)
         accept();
-    DocGenRun::TellOutcome(mUi, outcome, mRun->Error());
+    DocGenRun::TellOutcome(mUi, outcome, error);
     if (!mDone)
         reject();
 }

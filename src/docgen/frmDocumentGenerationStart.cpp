@@ -280,9 +280,10 @@ void frmDocumentGenerationStart::ControlsToProject()
 void frmDocumentGenerationStart::done(int result)
 {
     ControlsToProject();
-    if (!mProject.SaveDocumentSettings(mSettingsPath))
+    QString why;
+    if (!mProject.SaveDocumentSettings(mSettingsPath, &why))
         mUi.messageBox(UiServices::Icon::Warning, QStringLiteral("Automatic Documentation"),
-            QStringLiteral("The settings could not be saved to ") + mSettingsPath);
+            QStringLiteral("The settings could not be saved to %1: %2.").arg(mSettingsPath, why));
     QDialog::done(result);
 }
 

@@ -2,6 +2,7 @@
 
 #include "KORVOSQLLexer.h"
 #include "UiServices.h"
+#include "UserDataFolder.h"
 #include "frmFindText.h"
 
 #include <QAction>
@@ -96,6 +97,18 @@ void SQLTextEditor::SetBytes(const QByteArray &bytes)
     SetLocked(locked);
 }
 
+int SQLTextEditor::LineNotUtf8() const
+{
+    const QByteArray bytes = Bytes();
+    const QByteArray again = QString::fromUtf8(bytes).toUtf8();
+    if (again == bytes)
+        return 0;
+    qsizetype at = 0;
+    while (at < bytes.size() && at < again.size() && bytes.at(at) == again.at(at))
+        ++at;
+    return int(bytes.left(at).count('\n')) + 1;
+}
+
 QString SQLTextEditor::Text() const
 {
     return QString::fromUtf8(Bytes());
@@ -157,16 +170,16 @@ bool SQLTextEditor::SaveFile(const QString &path)
         why = tr("no file was loaded");
     else if (path.isEmpty() && !QFileInfo::exists(target))
         why = tr("the file no longer exists");
-    QFile file(target);
-    if (why.isEmpty()
-        && (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(Bytes()) < 0 || !file.flush()))
-        why = file.errorString();
+    // A working file source control left read-only stays so, for root too.
+    else if (QFileInfo::exists(target) && !(QFile::permissions(target) & QFileDevice::WriteOwner))
+        why = tr("the file is read-only");
+    if (why.isEmpty())
+        WriteFileBytes(target, Bytes(), &why);
     if (!why.isEmpty()) {
         Box(tr("File not Saved"),
             tr("The text could not be saved to '%1': %2. The text in the editor was kept.").arg(target, why));
         return false;
     }
-    file.close();
     mFileName = target;
     SendScintilla(SCI_SETSAVEPOINT);
     return true;

@@ -40,6 +40,9 @@ public:
     // The document's bytes, and replacing them as one undoable change.
     QByteArray Bytes() const;
     void SetBytes(const QByteArray &bytes);
+    // The first line (from 1) whose bytes are not UTF-8, which Text would change;
+    // 0 when the whole document is UTF-8.
+    int LineNotUtf8() const;
     // The file LoadFile or SaveFile last used.
     QString FileName() const { return mFileName; }
 

@@ -319,8 +319,26 @@ bool frmEditObjectText::SaveText(bool showMessage)
 
 // --- Version control ---
 
+bool frmEditObjectText::TextIsUtf8(const QString &step)
+{
+    // The server and source control get UTF-8: a byte that is not UTF-8 would
+    // reach them as U+FFFD, so the text goes nowhere until the user fixes it.
+    const int line = txtSQL->LineNotUtf8();
+    if (line == 0)
+        return true;
+    Ui().critical(QStringLiteral("Text not UTF-8"),
+        QStringLiteral("Line %1 of the text holds a character that is not UTF-8 (an 8-bit character from an older "
+                       "file). KORVO sends texts to the server and to source control as UTF-8 and would change "
+                       "it, so nothing was %2.\n\nRetype the character on that line and try again.")
+            .arg(line)
+            .arg(step));
+    return false;
+}
+
 bool frmEditObjectText::TestItem(bool showMessage)
 {
+    if (showMessage && !TextIsUtf8(QStringLiteral("sent")))
+        return false;
     const bool ok = mItem->TestItem(txtSQL->Text());
     if (ok && showMessage)
         Ui().inform(QStringLiteral("Syntax OK"), QStringLiteral("Syntax is OK"));
@@ -353,6 +371,8 @@ bool frmEditObjectText::CheckOutItem()
 
 bool frmEditObjectText::CheckInItem()
 {
+    if (!TextIsUtf8(QStringLiteral("checked in")))
+        return false;
     SetStatus(QStringLiteral("Checking In Item"));
     QString comment;
     if (mDatabase.ShowCommentPrompt()) {

@@ -59,6 +59,8 @@ public:
     bool CheckOutItem();
     void CheckOut() override { CheckOutItem(); }
     bool CheckInItem();
+    // False, after a box naming the line, when the text is not UTF-8.
+    bool TextIsUtf8(const QString &step);
     void CheckIn() override { CheckInItem(); }
     bool UndoCheckout(bool confirm);
     void UndoCheckout() override { UndoCheckout(true); }

@@ -18,6 +18,7 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSpinBox>
 #include <QStackedWidget>
 #include <QTimer>
 #include <QTreeWidget>
@@ -207,6 +208,16 @@ void frmOptions::BuildPages()
     auto *l = new QVBoxLayout(general);
     mShowProjectBrowser
         = Check(general, l, "chkShowProjectBrowser", tr("Show Project Browser when application starts"));
+    auto *limitRow = new QHBoxLayout;
+    limitRow->addWidget(new QLabel(tr("Rows shown of each result in the SQL Query window (0 for all):"), general));
+    mQueryRowLimit = new QSpinBox(general);
+    mQueryRowLimit->setObjectName(QStringLiteral("txtQueryRowLimit"));
+    mQueryRowLimit->setRange(0, 100000000);
+    mQueryRowLimit->setSingleStep(10000);
+    mQueryRowLimit->setGroupSeparatorShown(true);
+    limitRow->addWidget(mQueryRowLimit);
+    limitRow->addStretch();
+    l->addLayout(limitRow);
     l->addStretch();
 
     auto *view = frame(QStringLiteral("VIEW"), tr("View Settings ..."));
@@ -311,6 +322,7 @@ void frmOptions::BuildPages()
 
     for (auto *box : findChildren<QCheckBox *>())
         connect(box, &QCheckBox::clicked, this, &frmOptions::SetDirty);
+    connect(mQueryRowLimit, &QSpinBox::valueChanged, this, &frmOptions::SetDirty);
     for (auto *group : { mOptNew, mOptEdit, mOptPermission, mOptDBTPermission, mOptEditorPermission })
         connect(group, &QButtonGroup::buttonClicked, this, &frmOptions::SetDirty);
 
@@ -324,6 +336,7 @@ void frmOptions::BuildPages()
 void frmOptions::LoadSettings()
 {
     mShowProjectBrowser->setChecked(!mSession.OpenMostRecent());
+    mQueryRowLimit->setValue(mSession.QueryRowLimit());
     mMainToolbar->setChecked(mSession.ShowMainStatusBar());
     mShowDescription->setChecked(mSession.ShowDescriptionInDBT());
     mShowInName->setChecked(mSession.ShowOwnerNameInName());
@@ -390,11 +403,15 @@ bool frmOptions::SaveOptions()
 {
     if (mOnView >= 0 && mOnView < mTexts.size() && mDefaultText->Text() != mTexts[mOnView])
         mTexts[mOnView] = mDefaultText->Text();
-    bool ok = true;
-    for (int i = 0; i < mTypes.size(); ++i)
-        ok = mSession.SetDefaultText(mTypes[i], mTexts[i]) && ok;
-    if (!ok)
+    // All texts or none, and nothing else saved when they fail: the dialog stays
+    // open with the user's texts.
+    QString why;
+    if (!mSession.SetDefaultTexts(mTypes, mTexts, &why)) {
+        mSession.Ui().critical(tr("Options not Saved"),
+            tr("The default texts could not be saved: %1.\n\nNo option was changed; the dialog keeps your changes.")
+                .arg(why));
         return false;
+    }
 
     mSession.SetShowMainStatusBar(mMainToolbar->isChecked());
     mSession.SetShowDescriptionPrompt(mPromptDescription->isChecked());
@@ -404,6 +421,7 @@ bool frmOptions::SaveOptions()
     mSession.SetShowOwnerNameInName(mShowInName->isChecked());
     mSession.SetShowOwnerNameInProp(mShowInProperty->isChecked());
     mSession.SetOpenMostRecent(!mShowProjectBrowser->isChecked());
+    mSession.SetQueryRowLimit(mQueryRowLimit->value());
     mSession.SetShowSaveChangesEdit(!mUseDefaultEdit->isChecked());
     mSession.SetShowSaveChangesNew(!mUseDefaultNew->isChecked());
     mSession.SetShowSaveChangesPermission(mOptPermission->checkedId());

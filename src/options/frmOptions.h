@@ -16,6 +16,7 @@ class QCheckBox;
 class QComboBox;
 class QListWidget;
 class QPushButton;
+class QSpinBox;
 class QStackedWidget;
 class QTimer;
 class QTreeWidget;
@@ -77,6 +78,7 @@ private:
 
     QTreeWidget *mTree = nullptr;
     QStackedWidget *mFrames = nullptr;
+    QSpinBox *mQueryRowLimit = nullptr;
     QCheckBox *mShowProjectBrowser = nullptr, *mMainToolbar = nullptr, *mShowDescription = nullptr,
               *mShowInName = nullptr, *mShowInProperty = nullptr, *mPromptDescription = nullptr,
               *mShowPermissionOnNew = nullptr, *mShowComment = nullptr, *mUseDefaultNew = nullptr,

@@ -5,6 +5,7 @@
 #include "KORVOMainWindowServices.h"
 #include "SQLTextEditor.h"
 #include "UiServices.h"
+#include "UserDataFolder.h"
 #include "multiGrid.h"
 #include "sql/KORVOSQL.h"
 #include "vss/KORVOVSS.h"
@@ -128,11 +129,8 @@ void frmSQLQuery::OpenSQLQuery()
     // The editor works on an empty scratch file; the user's file is QueryFileName.
     if (project) {
         const QString scratch = project->VSS()->GetItemFileName(QStringLiteral("SQLQuery.sql"));
-        QFile file(scratch);
-        if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-            file.close();
+        if (WriteFileBytes(scratch, QByteArray()))
             txtSQL->LoadFile(scratch);
-        }
         grdResults->SetSQLConnection(project->SQL().get());
     }
     SetPanelVisible(false);
@@ -169,6 +167,7 @@ void frmSQLQuery::Execute()
         return;
     WaitCursor wait(Ui());
     SetPanelVisible(true);
+    grdResults->SetRowLimit(mDatabase.QueryRowLimit());
     grdResults->ExecuteQuery(text);
 }
 
@@ -206,27 +205,76 @@ void frmSQLQuery::OpenText()
     const QString path = Ui().openFileName(QStringLiteral("Open SQL File"), mQueryFileName, kFilter);
     if (!path.isEmpty()) {
         QFile file(path);
-        if (file.open(QIODevice::ReadOnly)) {
+        if (!file.open(QIODevice::ReadOnly)) {
+            Ui().critical(QStringLiteral("File not Loaded"),
+                QStringLiteral("The file '%1' could not be read: %2.").arg(path, file.errorString()));
+        } else {
+            QByteArray bytes = file.readAll();
+            mFileBom = bytes.startsWith("\xEF\xBB\xBF");
+            if (mFileBom)
+                bytes.remove(0, 3);
+            // A file that is not UTF-8 (an older 8-bit file) is read byte for byte
+            // and saved back in the same bytes.
+            const QString utf8 = QString::fromUtf8(bytes);
+            mFileLatin1 = utf8.toUtf8() != bytes;
             mQueryFileName = path;
-            txtSQL->SetText(QString::fromUtf8(file.readAll()));
+            txtSQL->SetText(mFileLatin1 ? QString::fromLatin1(bytes) : utf8);
         }
     }
     SetStatus(kReady);
 }
 
+namespace
+{
+// The first line (from 1) with a character Latin-1 cannot hold; 0 when none.
+int LineOutsideLatin1(const QString &text)
+{
+    int line = 1;
+    for (const QChar c : text) {
+        if (c == QLatin1Char('\n'))
+            ++line;
+        else if (c.unicode() > 0xFF)
+            return line;
+    }
+    return 0;
+}
+} // namespace
+
 bool frmSQLQuery::SaveText(bool showMessage)
 {
-    if (mQueryFileName.isEmpty()) {
-        const QString path = Ui().saveFileName(QStringLiteral("Save SQL Query"), QString(), kFilter);
+    QString path = mQueryFileName;
+    if (path.isEmpty()) {
+        path = Ui().saveFileName(QStringLiteral("Save SQL Query"), QString(), kFilter);
         if (path.isEmpty())
             return false;
-        mQueryFileName = path;
     }
-    QFile file(mQueryFileName);
-    if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        file.write(txtSQL->Text().toUtf8());
-    file.close();
-    txtSQL->SaveFile(QString());
+    const QString text = txtSQL->Text();
+    bool latin1 = mFileLatin1;
+    if (latin1) {
+        if (const int line = LineOutsideLatin1(text)) {
+            if (!Ui().askYesNo(QStringLiteral("Save as UTF-8?"),
+                    QStringLiteral("The file was read as 8-bit text (Latin-1), and line %1 now holds a character that "
+                                   "such a file cannot hold.\n\nSave the whole file as UTF-8? With No nothing is "
+                                   "saved.")
+                        .arg(line)))
+                return false;
+            latin1 = false;
+        }
+    }
+    QByteArray bytes = latin1 ? text.toLatin1() : text.toUtf8();
+    if (mFileBom && !latin1)
+        bytes.prepend("\xEF\xBB\xBF");
+    QString why;
+    if (!WriteFileBytes(path, bytes, &why)) {
+        // The window stays open and modified with the text; the old file is whole.
+        Ui().critical(QStringLiteral("SQL Query not Saved"),
+            QStringLiteral("The SQL Query could not be saved to '%1': %2.\n\nThe text stays in the window.")
+                .arg(path, why));
+        return false;
+    }
+    mQueryFileName = path;
+    mFileLatin1 = latin1;
+    txtSQL->setModified(false);
     if (showMessage)
         Ui().inform(QStringLiteral("SQL Query Saved"), QStringLiteral("SQL Query has been successfully Saved"));
     return true;

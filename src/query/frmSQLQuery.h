@@ -63,6 +63,9 @@ private:
     void SetStatus(const QString &text);
 
     QString mQueryFileName;
+    // How the user's file was read, so that it is saved back the same way.
+    bool mFileLatin1 = false;
+    bool mFileBom = false;
 
     QToolBar *tbrQuery;
     QAction *mParse;

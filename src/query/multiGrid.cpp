@@ -8,6 +8,7 @@
 #include <QPalette>
 #include <QPlainTextEdit>
 #include <QPointer>
+#include <QScopeGuard>
 #include <QScrollBar>
 #include <QTableView>
 #include <QToolButton>
@@ -165,15 +166,23 @@ void multiGrid::ExecuteQuery(const QString &sql, const QString &connectionString
     mConnection = mSQL->Driver().Open(connectionString.isEmpty() ? mSQL->ConnectionString() : connectionString);
     // Events run while the server works, so that the window can cancel.
     mConnection->SetWaitHandler([] { QCoreApplication::processEvents(QEventLoop::AllEvents, 20); });
+    mConnection->SetRowLimit(mRowLimit);
+    mConnection->SetLimitHandler([this](const QList<std::shared_ptr<Recordset>> &soFar) { ShowEarly(soFar); });
     ClearResults();
     QString messages;
     bool anyError = false;
     mRunning = true;
     mCancelled = false;
     Q_EMIT runningChanged(true);
-    RunBatches(sql, SplitBatches(sql), messages, anyError);
-    mRunning = false;
-    Q_EMIT runningChanged(false);
+    {
+        // Whatever passes (out of memory, a driver's fault), the panel stops
+        // running, so that the window and KORVO can be closed.
+        const auto stopped = qScopeGuard([this] {
+            mRunning = false;
+            Q_EMIT runningChanged(false);
+        });
+        RunBatches(sql, SplitBatches(sql), messages, anyError);
+    }
     if (messages.isEmpty())
         messages = kCompleted;
     txtMessages->setPlainText(QString(messages).replace(kCrLf, QStringLiteral("\n")));
@@ -201,6 +210,7 @@ void multiGrid::RunBatches(const QString &sql, const QStringList &batches, QStri
                 + kCrLf;
             return;
         }
+        mShownEarly = 0;
         BatchResult result;
         try {
             result = mConnection->Execute(prefix + batch);
@@ -216,8 +226,8 @@ void multiGrid::RunBatches(const QString &sql, const QStringList &batches, QStri
             qint64 count = rs->RecordsAffected();
             if (rs->IsOpen()) {
                 if (count == -1)
-                    count = rs->RecordCount();
-                if (rs->RecordCount() > 0) {
+                    count = rs->RecordCount() + rs->RowsNotKept();
+                if (rs->RecordCount() > 0 && r >= mShownEarly) {
                     QStringList header;
                     for (const QString &name : rs->FieldNames())
                         header << HeaderName(name);
@@ -225,10 +235,33 @@ void multiGrid::RunBatches(const QString &sql, const QStringList &batches, QStri
                 }
             }
             messages += kCrLf + QStringLiteral("(%1 row%2 affected)").arg(count).arg(count > 1 ? "s" : "") + kCrLf;
+            if (rs->RowsNotKept() > 0)
+                messages += QStringLiteral("(Only the first %1 rows are shown: %2 more rows were not shown. The row "
+                                           "limit is set in Options, General.)")
+                                .arg(rs->RecordCount())
+                                .arg(rs->RowsNotKept())
+                    + kCrLf;
         }
         for (const QString &m : std::as_const(result.Messages))
             messages += m + kCrLf;
     }
+}
+
+void multiGrid::ShowEarly(const QList<std::shared_ptr<Recordset>> &soFar)
+{
+    // The first rows of a large result at once, with those before it; the
+    // batch's end adds the rest and the messages.
+    for (qsizetype r = qMax<qsizetype>(1, mShownEarly); r < soFar.size(); ++r) {
+        const std::shared_ptr<Recordset> &rs = soFar.at(r);
+        if (rs->IsOpen() && rs->RecordCount() > 0) {
+            QStringList header;
+            for (const QString &name : rs->FieldNames())
+                header << HeaderName(name);
+            AddResultGrid(header, rs);
+        }
+    }
+    mShownEarly = int(soFar.size());
+    ShowPage(false);
 }
 
 void multiGrid::Cancel()

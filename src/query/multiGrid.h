@@ -55,6 +55,9 @@ public:
     // and no further batch runs.
     void Cancel();
     bool IsRunning() const { return mRunning; }
+    // Rows shown of each result (0 for all); the rest are counted on the
+    // Messages page and never held.
+    void SetRowLimit(qint64 rows) { mRowLimit = rows; }
 
     bool ShowingMessages() const { return mShowingMessages; }
     QString MessagesText() const;
@@ -77,6 +80,7 @@ protected:
 private:
     void ClearResults();
     void AddResultGrid(const QStringList &header, const std::shared_ptr<Recordset> &rows);
+    void ShowEarly(const QList<std::shared_ptr<Recordset>> &soFar);
     void RunBatches(const QString &sql, const QStringList &batches, QString &messages, bool &anyError);
 
     KORVOSQL *mSQL = nullptr;
@@ -84,6 +88,8 @@ private:
     bool mShowingMessages = true;
     bool mRunning = false;
     bool mCancelled = false;
+    qint64 mRowLimit = 0;
+    int mShownEarly = 0; // results of the running batch already shown
 
     QWidget *picMessages;
     QPlainTextEdit *txtMessages;

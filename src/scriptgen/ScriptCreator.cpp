@@ -119,7 +119,7 @@ void ScriptCreator::LoadDocumentSettings(const QString &path)
     });
 }
 
-bool ScriptCreator::SaveDocumentSettings(const QString &path) const
+bool ScriptCreator::SaveDocumentSettings(const QString &path, QString *reason) const
 {
     // A stream writer keeps the attributes in the order written, which the DOM
     // does not; the text is one line with no declaration.
@@ -146,5 +146,5 @@ bool ScriptCreator::SaveDocumentSettings(const QString &path) const
     xml.writeAttribute(QStringLiteral("today"), YesNo(VSSIsToday));
 
     xml.writeEndElement();
-    return WriteTextFile(path, text);
+    return WriteTextFile(path, text, reason);
 }

@@ -72,7 +72,7 @@ public:
     // A missing file changes nothing; unreadable contents are passed over.
     void LoadDocumentSettings(const QString &path);
     // False when the file could not be written; the job is unchanged either way.
-    bool SaveDocumentSettings(const QString &path) const;
+    bool SaveDocumentSettings(const QString &path, QString *reason = nullptr) const;
 
     // The text form of the time frame's dates in the file, and back (invalid when not a date).
     static QString DateText(const QDateTime &date);

@@ -141,7 +141,7 @@ ScriptEmitter::Result ScriptEmitter::Build(const QString &fileName)
         AppendLine(preamble, line);
     script = preamble + Banner(QDateTime::currentDateTime()) + script;
     mSteps.SetProgress(1, QString());
-    if (!WriteTextFile(fileName, script))
+    if (!WriteTextFile(fileName, script, &mWriteError))
         return Result::WriteFailed;
     mSteps.SetProgress(2, QString());
     mScript = script;

@@ -33,6 +33,8 @@ public:
     const QString &Script() const { return mScript; }
     // After TextMissing: the object whose text could not be read.
     const QString &MissingText() const { return mMissing; }
+    // Why the last write failed, as the system says it.
+    const QString &WriteError() const { return mWriteError; }
 
     static QString Banner(const QDateTime &created);
 
@@ -58,6 +60,7 @@ private:
     const bool &mInterrupted;
     QString mScript;
     QString mMissing;
+    QString mWriteError;
     bool mDependenciesRead = false;
     // The latest texts of the run, read a project at a time.
     mutable KORVOLatestTexts mLatest;

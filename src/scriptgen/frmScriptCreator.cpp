@@ -364,7 +364,7 @@ void frmScriptCreator::LoadSettings()
     dtpUntil->setDateTime(mScript->VSSEnd.isEmpty() ? last : ScriptCreator::TextDate(mScript->VSSEnd));
 }
 
-void frmScriptCreator::SaveSettings()
+QString frmScriptCreator::SaveSettings(bool tell)
 {
     mScript->OptionSelected = SelectedOption();
     mScript->FileName = txtFileLocation->text();
@@ -379,7 +379,13 @@ void frmScriptCreator::SaveSettings()
     sql->SetUserName(user == WindowsAuthText ? QString() : user);
     sql->SetUseWinNTAuth(chkUseWindowsAuth->isChecked());
     sql->SetDatabase(cboSQLDatabase->currentText());
-    mScript->SaveDocumentSettings(SettingsPath());
+    QString why;
+    if (mScript->SaveDocumentSettings(SettingsPath(), &why))
+        return QString();
+    why = QStringLiteral("The wizard's settings could not be saved to '%1': %2.").arg(SettingsPath(), why);
+    if (tell)
+        mUi.messageBox(UiServices::Icon::Warning, QStringLiteral("Settings Not Saved"), why);
+    return why;
 }
 
 int frmScriptCreator::SelectedOption() const
@@ -723,7 +729,9 @@ void frmScriptCreator::Finish()
         return;
     }
     Hourglass wait(mUi);
-    SaveSettings();
+    // Told with the script's outcome, in the same box.
+    const QString settingsError = SaveSettings(false);
+    const QString settingsNote = settingsError.isEmpty() ? QString() : QStringLiteral("\n\n") + settingsError;
     ShowFrame(fraProgress, cmdCancel);
     cmdBack->setEnabled(false);
     cmdFinished->setEnabled(false);
@@ -758,11 +766,12 @@ void frmScriptCreator::Finish()
         wait.Release();
         const QFileInfo target(fileName);
         const QString why = !target.absoluteDir().exists()
-            ? QStringLiteral("The folder '%1' does not exist.")
-            : QStringLiteral("The folder '%1' or the file cannot be written to.");
+            ? QStringLiteral("The folder '%1' does not exist.").arg(QDir::toNativeSeparators(target.absolutePath()))
+            : emitter.WriteError() + QLatin1Char('.');
         mUi.messageBox(UiServices::Icon::Critical, QStringLiteral("Script Not Saved"),
-            QStringLiteral("The script file '%1' could not be written. ").arg(fileName)
-                + why.arg(QDir::toNativeSeparators(target.absolutePath())));
+            QStringLiteral("The script file '%1' could not be written: ").arg(fileName) + why
+                + (target.exists() ? QStringLiteral(" The file that was there is unchanged.") : QString())
+                + settingsNote);
         ShowFrame(fraFinish, txtFileLocation);
         return;
     }
@@ -772,7 +781,7 @@ void frmScriptCreator::Finish()
     cmdCancel->setFocus();
     wait.Release();
     mUi.messageBox(UiServices::Icon::Information, QStringLiteral("Operation Successful"),
-        QStringLiteral("Script was successfully generated!"));
+        QStringLiteral("Script was successfully generated!") + settingsNote);
 }
 
 void frmScriptCreator::FillDatabaseList()

@@ -58,7 +58,9 @@ private:
     void BuildControls();
     QGroupBox *Page(const QString &name, const QString &caption);
     void LoadSettings();
-    void SaveSettings();
+    // Keeps the wizard's choices in its settings file; the system's reason when
+    // that failed, told in a box when tell is set.
+    QString SaveSettings(bool tell = true);
     int SelectedOption() const;
     void ShowFrame(QWidget *page, QWidget *focus, QWidget *spareFocus = nullptr);
     void Invalid(const QString &text, QWidget *focus);

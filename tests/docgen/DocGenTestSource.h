@@ -3,6 +3,7 @@
 // In-memory objects and types for the documentation generator's tests.
 #include "DocGenObjects.h"
 #include "DocGenSteps.h"
+#include "SqlError.h"
 
 #include <QStringList>
 
@@ -51,6 +52,8 @@ public:
         DocGenCollection collection;
     };
     QList<TypeData> Data;
+    // Reading the objects fails as on a server that went away.
+    bool LoseConnection = false;
 
     // The four editable types, empty.
     TestSource()
@@ -78,6 +81,11 @@ public:
     }
     DocGenCollection GetObjectObjects(const QString &key) override
     {
+        if (LoseConnection) {
+            SqlError lost(0, "libpq", "server closed the connection unexpectedly", "08006");
+            lost.ConnectionLost = true;
+            throw lost;
+        }
         for (const auto &d : Data)
             if (d.type.Key == key)
                 return d.collection;

@@ -235,6 +235,22 @@ private Q_SLOTS:
         QCOMPARE(Boxes(b->ui).last(), QStringLiteral("warning|File not Loaded|The specified file is empty!"));
         QCOMPARE(Variant(w->Editor().Text()), QStringLiteral("1"));
 
+        // A text that is not UTF-8 reaches neither side: a box names its line.
+        const QString text1 = b->Text(ObjectClass::StoredProcedure, QStringLiteral("usp_bar"), 1);
+        const QByteArray latin1 = text1.toUtf8() + "\n-- caf\xe9\n";
+        QVERIFY(WriteFileBytes(dir.filePath(QStringLiteral("latin1.sql")), latin1));
+        b->ui.answer(UiServices::Answer::Yes)
+            .pick(dir.filePath(QStringLiteral("latin1.sql")))
+            .answer(UiServices::Answer::Ok);
+        w->OpenText();
+        b->ui.answer(UiServices::Answer::Ok);
+        QVERIFY(!w->CheckInItem());
+        QCOMPARE(b->ui.last().title, QStringLiteral("Text not UTF-8"));
+        const int line = int(latin1.left(latin1.indexOf("-- caf")).count('\n')) + 1;
+        QVERIFY2(b->ui.last().text.startsWith(QStringLiteral("Line %1 ").arg(line)), qPrintable(b->ui.last().text));
+        QVERIFY(item->IsNew());
+        w->Editor().SetText(text1);
+
         QVERIFY(w->CheckInItem());
         main.calls.clear();
         w->ShowHistory();

@@ -1,12 +1,14 @@
 // The options dialog offscreen: every control saved and read back, the crossed
 // values of the editing default, default texts held per type, tag drops, the
 // closing question and the help topic of each page.
+#include "FullDisk.h"
 #include "HelpIntegration.h"
 #include "KORVODBTItem.h"
 #include "KORVODatabase.h"
 #include "SQLTextEditor.h"
 #include "ScriptedUi.h"
 #include "StubCollections.h"
+#include "UserDataFolder.h"
 #include "frmOptions.h"
 
 #include <QAbstractButton>
@@ -17,9 +19,12 @@
 #include <QListWidget>
 #include <QMimeData>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
+
+#include <optional>
 
 namespace
 {
@@ -227,7 +232,9 @@ private Q_SLOTS:
         QCOMPARE(mSession->GetDefaultText("VIEWS"), QStringLiteral("old view"));
         QTRY_VERIFY(dialog.IsDirty());
         if (save) {
+            Find<QSpinBox>(dialog, "txtQueryRowLimit")->setValue(500);
             Find<QPushButton>(dialog, "cmdOK")->click();
+            QCOMPARE(mSession->QueryRowLimit(), 500);
             QCOMPARE(mSession->GetDefaultText("STOREDPROCEDURES"), QStringLiteral("CREATE PROCEDURE <DATE>"));
             QCOMPARE(mSession->GetDefaultText("VIEWS"), QStringLiteral("CREATE VIEW v"));
         } else {
@@ -237,6 +244,43 @@ private Q_SLOTS:
             QCOMPARE(mSession->GetDefaultText("STOREDPROCEDURES"), QString());
             QCOMPARE(mSession->GetDefaultText("VIEWS"), QStringLiteral("old view"));
         }
+    }
+
+    // A default text that cannot be written saves no text and no other option:
+    // one box with the system's reason, and the dialog stays open and dirty.
+    void defaultTextsAllOrNone_data()
+    {
+        QTest::addColumn<bool>("full");
+        QTest::newRow("full disk") << true;
+        QTest::newRow("a folder in the way") << false;
+    }
+    void defaultTextsAllOrNone()
+    {
+        QFETCH(bool, full);
+        std::optional<FullDisk> disk;
+        if (full)
+            disk.emplace(UserDataFolder());
+        mSession->SetDefaultText("VIEWS", "old view");
+        if (!full)
+            QDir().mkpath(UserDataFolder() + "/STOREDPROCEDURES.default");
+        frmOptions dialog(*mSession, nullptr, {}, nullptr, Types());
+        dialog.show();
+        Find<QSpinBox>(dialog, "txtQueryRowLimit")->setValue(5);
+        auto *editor = Find<SQLTextEditor>(dialog, "txtDefaultText");
+        editor->SetText(QString(6000, 'p'));
+        Find<QComboBox>(dialog, "cboDefaultText")->setCurrentIndex(1);
+        editor->SetText(QString(6000, 'v'));
+        if (disk)
+            disk->Fill();
+        mUi.answer(UiServices::Answer::Ok);
+        Find<QPushButton>(dialog, "cmdOK")->click();
+        QCOMPARE(mUi.last().title, QStringLiteral("Options not Saved"));
+        QVERIFY2(mUi.last().text.contains(full ? disk->Reason() : "not a file"), qPrintable(mUi.last().text));
+        QVERIFY(dialog.isVisible());
+        QVERIFY(dialog.IsDirty());
+        QCOMPARE(mSession->GetDefaultText("VIEWS"), QStringLiteral("old view"));
+        QCOMPARE(mSession->QueryRowLimit(), 100000);
+        QCOMPARE(QDir(UserDataFolder()).entryList(QDir::Files), QStringList { "VIEWS.default" });
     }
 
     // Typed text dirties the dialog by the timer (an untouched editor never

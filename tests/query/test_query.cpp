@@ -2,6 +2,7 @@
 // and errors mapped to editor lines, a selection run, cancelling, bad input, and
 // the window's files and closing; on PostgreSQL and on the scripted SQL Server.
 #include "../editor/ChildWindowTest.h"
+#include "FullDisk.h"
 #include "KORVOAllWindows.h"
 #include "SQLTextEditor.h"
 #include "UserDataFolder.h"
@@ -10,10 +11,13 @@
 
 #include <QAction>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QPointer>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTimer>
+
+#include <optional>
 
 namespace
 {
@@ -241,6 +245,115 @@ private Q_SLOTS:
         b->ui.answer(UiServices::Answer::Yes).answer(UiServices::Answer::Ok);
         QVERIFY(w->CloseItem(false));
         QCOMPARE(ReadTextFile(path), QStringLiteral("changed"));
+    }
+
+    // Saving writes the whole file or keeps the old one: a failure keeps the window
+    // modified and open with the system's reason. A file that is not UTF-8 is
+    // saved back in its own bytes; a character it cannot hold asks first.
+    void saving_data()
+    {
+        QTest::addColumn<QString>("target"); // under "full/" on a full disk
+        QTest::addColumn<QByteArray>("before"); // opened in the window when not empty
+        QTest::addColumn<QString>("added");
+        QTest::addColumn<QString>("question"); // answered Yes or No
+        QTest::addColumn<QByteArray>("after"); // empty: unchanged
+        QTest::addColumn<QString>("box");
+        const QByteArray latin1("select 'caf\xe9'\r\n");
+        QTest::newRow("path through a file") << "file/q.sql" << QByteArray() << "select 1"
+                                             << "" << QByteArray() << "SQL Query not Saved";
+        QTest::newRow("full disk") << "full/q.sql" << QByteArray(6000, '-') << QString(6000, 'x') << "" << QByteArray()
+                                   << "SQL Query not Saved";
+        QTest::newRow("8-bit file kept") << "l.sql" << latin1 << "-- more"
+                                         << "" << latin1 + "-- more"
+                                         << "SQL Query Saved";
+        QTest::newRow("8-bit file, euro, No") << "l.sql" << latin1 << "-- \u20ac"
+                                              << "No" << QByteArray() << "Save as UTF-8?";
+        QTest::newRow("8-bit file, euro, Yes")
+            << "l.sql" << latin1 << "-- \u20ac"
+            << "Yes" << QString("select 'caf\u00e9'\r\n-- \u20ac").toUtf8() << "SQL Query Saved";
+        QTest::newRow("UTF-8 with BOM kept")
+            << "b.sql" << QByteArray("\xEF\xBB\xBFselect '\xC3\xA9'\n") << "x"
+            << "" << QByteArray("\xEF\xBB\xBFselect '\xC3\xA9'\nx") << "SQL Query Saved";
+    }
+    void saving()
+    {
+        QFETCH(QString, target);
+        QFETCH(QByteArray, before);
+        QFETCH(QString, added);
+        QFETCH(QString, question);
+        QFETCH(QByteArray, after);
+        QFETCH(QString, box);
+        if (!Open(QStringLiteral("PostgreSQL")))
+            QSKIP("no server");
+        QVERIFY(WriteTextFile(dir.filePath("file"), "a file, not a folder"));
+        std::optional<FullDisk> disk;
+        if (target.startsWith("full"))
+            disk.emplace(dir.filePath("full"));
+        const QString path = dir.filePath(target);
+        if (!before.isEmpty()) {
+            QVERIFY(WriteFileBytes(path, before));
+            b->ui.pick(path);
+            w->OpenText();
+        }
+        if (disk)
+            disk->Fill();
+        w->Editor().SetText(w->Editor().Text() + added);
+        if (before.isEmpty())
+            b->ui.pick(path);
+        if (!question.isEmpty())
+            b->ui.answer(question == "Yes" ? UiServices::Answer::Yes : UiServices::Answer::No);
+        if (question != "No")
+            b->ui.answer(UiServices::Answer::Ok);
+        const bool saved = after.size() > 0;
+        QCOMPARE(w->SaveText(true), saved);
+        QCOMPARE(b->ui.last().title, box);
+        QCOMPARE(w->Editor().IsModified(), !saved);
+        QFile file(path);
+        QCOMPARE(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray(), saved ? after : before);
+        if (disk) {
+            QVERIFY2(b->ui.last().text.contains(disk->Reason()), qPrintable(b->ui.last().text));
+            // Closing saves again, fails again, and the window stays.
+            b->ui.answer(UiServices::Answer::Yes).answer(UiServices::Answer::Ok);
+            QVERIFY(!w->CloseItem(false));
+            QCOMPARE(b->ui.last().title, box);
+        }
+        QVERIFY(QDir(dir.path()).entryList({ "*.sql.*" }, QDir::Files).isEmpty()); // no temporary left
+    }
+
+    // Each row set stops at the row limit with a line on the Messages page,
+    // statements of one batch alike; the count stays the statement's.
+    void rowLimit()
+    {
+        if (!Open(QStringLiteral("PostgreSQL")))
+            QSKIP("no server");
+        session->SetQueryRowLimit(10);
+        const QString messages = Run(QStringLiteral("select g from generate_series(1, 25) g;\n"
+                                                    "select 'a' as x;\nselect g from generate_series(1, 10) g"));
+        multiGrid &g = w->Results();
+        QCOMPARE(g.GridCount(), 3);
+        QCOMPARE(g.Grid(1)->model()->rowCount(), 10);
+        QCOMPARE(g.Grid(1)->model()->index(9, 1).data().toString(), "10");
+        QCOMPARE(GridText(g.Grid(2)), QStringList({ "x", "a" }));
+        QCOMPARE(g.Grid(3)->model()->rowCount(), 10);
+        QVERIFY2(messages.contains("(25 rows affected)\n(Only the first 10 rows are shown: 15 more rows were not "
+                                   "shown. The row limit is set in Options, General.)\n\n(1 row affected)\n\n"
+                                   "(10 rows affected)\n"),
+            qPrintable(messages));
+        QCOMPARE(messages.count("not shown"), 1);
+    }
+
+    // An error that is no server's (here out of memory) passes through, and the
+    // panel still stops running, so that the window can be closed.
+    void errorLeavesRunning()
+    {
+        if (!Open(QStringLiteral("SQLServer")))
+            QSKIP("no server");
+        b->scripted->addStatement(
+            ScriptedSqlServer::exact("select 1\r\nhuge"), [](auto &) -> BatchResult { throw std::bad_alloc(); });
+        QVERIFY_THROWS_EXCEPTION(std::bad_alloc, w->Results().ExecuteQuery(QStringLiteral("huge")));
+        QVERIFY(!w->Results().IsRunning());
+        QVERIFY(w->findChild<QAction *>(QStringLiteral("SQWBAR:EXECUTE"))->isEnabled());
+        QVERIFY(w->CloseItem(false));
     }
 };
 

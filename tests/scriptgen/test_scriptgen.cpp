@@ -3,6 +3,7 @@
 // frame's cases, the wizard's checks and interruption, and on PostgreSQL the
 // scripts run by psql.
 #include "../editor/ChildWindowTest.h"
+#include "FullDisk.h"
 #include "KORVOStepList.h"
 #include "OffscreenDialogs.h"
 #include "ScriptCreator.h"
@@ -17,6 +18,8 @@
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTreeWidget>
+
+#include <optional>
 
 namespace
 {
@@ -468,6 +471,12 @@ private Q_SLOTS:
         QTest::newRow("missing folder") << "fraFinish missing"
                                         << "~could not be written"
                                         << "";
+        QTest::newRow("path through a file") << "fraFinish missing through"
+                                             << "~could not be written"
+                                             << "";
+        QTest::newRow("full disk") << "fraFinish missing full"
+                                   << "~could not be written"
+                                   << "";
         QTest::newRow("existing file, No")
             << "fraFinish exists"
             << "The specified Script file name already exists. Would you like to overwrite the file?"
@@ -478,9 +487,15 @@ private Q_SLOTS:
         QFETCH(QString, page);
         QFETCH(QString, text);
         QFETCH(QString, focus);
-        const bool missing = page.endsWith("missing"), exists = page.endsWith("exists");
+        const bool missing = page.contains("missing"), exists = page.endsWith("exists");
         const QString kept = tmp->filePath("kept.sql");
         QVERIFY(WriteTextFile(kept, "kept"));
+        std::optional<FullDisk> disk;
+        if (page.endsWith("full"))
+            disk.emplace(tmp->filePath("full"));
+        const QString target = page.endsWith("through") ? kept + "/x.sql"
+            : disk                                      ? disk->FilePath("x.sql")
+                                                        : tmp->filePath("no/such/folder/x.sql");
         b = Backend::Make("SQLServer");
         QVERIFY(b && setUpSession());
         frmScriptCreator &w = Wizard();
@@ -497,8 +512,10 @@ private Q_SLOTS:
             SetText(w, "txtSQLUsername", "");
         } else if (page.startsWith("fraFinish")) {
             Choose(w, 3);
-            SetText(w, "txtFileLocation", missing ? tmp->filePath("no/such/folder/x.sql") : exists ? kept : "");
+            SetText(w, "txtFileLocation", missing ? target : exists ? kept : "");
         }
+        if (disk)
+            disk->Fill(0); // the script is short
         b->ui.answer(exists ? Answer::No : Answer::Ok);
         Click(w, page.startsWith("fraFinish") ? "cmdFinished" : "cmdNext");
         b->ExpectLastBox(missing ? Icon::Critical
@@ -511,7 +528,9 @@ private Q_SLOTS:
         QCOMPARE(w.CurrentFrame()->objectName(), page.section(' ', 0, 0));
         if (!focus.isEmpty())
             QCOMPARE(QApplication::focusWidget()->objectName(), focus);
-        QVERIFY(!QFile::exists(tmp->filePath("no/such/folder/x.sql")));
+        QVERIFY(!QFile::exists(target));
+        if (disk)
+            QVERIFY2(b->ui.last().text.contains(disk->Reason()), qPrintable(b->ui.last().text));
         QCOMPARE(ReadTextFile(kept), QStringLiteral("kept"));
     }
 

@@ -269,18 +269,25 @@ private:
             types.append(type);
         }
         QList<QVariantList> rows;
+        qint64 notKept = 0;
         for (;;) {
             const SQLRETURN rc = poll([&] { return SQLFetch(stmt); });
             if (rc == SQL_NO_DATA)
                 break;
             check(rc, stmt, messages);
+            if (mRowLimit > 0 && rows.size() >= mRowLimit) {
+                ++notKept;
+                continue;
+            }
             QVariantList row;
             row.reserve(columns);
             for (SQLUSMALLINT c = 1; c <= SQLUSMALLINT(columns); ++c)
                 row.append(readValue(stmt, c, types[c - 1], messages));
             rows.append(row);
         }
-        return std::make_shared<Recordset>(names, rows, affected);
+        auto rs = std::make_shared<Recordset>(names, rows, affected);
+        rs->SetRowsNotKept(notKept);
+        return rs;
     }
 
     QVariant readValue(SQLHSTMT stmt, SQLUSMALLINT column, SQLSMALLINT type, QStringList &messages)

@@ -2,6 +2,8 @@
 
 #include <libpq-fe.h>
 
+#include <QElapsedTimer>
+
 #include <optional>
 
 #include <poll.h>
@@ -71,11 +73,34 @@ public:
         if (!PQsendQuery(mConn, sql.toUtf8().constData())) {
             error = SqlError(0, Source, connectionMessage(mConn), QStringLiteral("08006"));
         } else {
+            // With a row limit the rows come one by one, so neither libpq nor
+            // KORVO ever holds more of a row set than the limit.
+            const bool streamed = mRowLimit > 0 && PQsetSingleRowMode(mConn);
+            std::optional<Streamed> rows;
+            mSinceEvents.start();
             while (PGresult *res = nextResult()) {
                 switch (PQresultStatus(res)) {
-                case PGRES_TUPLES_OK:
                 case PGRES_SINGLE_TUPLE:
-                    result.Results.append(readRows(res));
+                    if (!rows)
+                        rows.emplace(Streamed { fieldNames(res) });
+                    if (rows->rows.size() < mRowLimit) {
+                        rows->rows.append(rowOf(res, 0));
+                        if (rows->rows.size() == mRowLimit && mLimitHandler) {
+                            QList<std::shared_ptr<Recordset>> soFar = result.Results;
+                            soFar.append(makeRows(rows->names, rows->rows, 0, res));
+                            mLimitHandler(soFar);
+                        }
+                    } else {
+                        ++rows->notKept;
+                    }
+                    break;
+                case PGRES_TUPLES_OK:
+                    if (streamed && rows) {
+                        result.Results.append(rows->Finish(res));
+                        rows.reset();
+                    } else {
+                        result.Results.append(readRows(res, mRowLimit));
+                    }
                     break;
                 case PGRES_COMMAND_OK: {
                     const QByteArray count = PQcmdTuples(res);
@@ -135,6 +160,13 @@ private:
                 if (poll(&fd, 1, 20) > 0 && !PQconsumeInput(mConn))
                     break; // the connection broke: PQgetResult reports it
                 mWaitHandler();
+                mSinceEvents.restart();
+            }
+            // Rows streaming in keep libpq reading, never waiting: the caller's
+            // events run all the same.
+            if (mSinceEvents.elapsed() > 50) {
+                mWaitHandler();
+                mSinceEvents.restart();
             }
         }
         return PQgetResult(mConn);
@@ -151,27 +183,55 @@ private:
         return SqlError(0, Source, text, QString::fromLatin1(PQresultErrorField(res, PG_DIAG_SQLSTATE)));
     }
 
-    static std::shared_ptr<Recordset> readRows(const PGresult *res)
+    static QStringList fieldNames(const PGresult *res)
     {
         QStringList names;
         const int columns = PQnfields(res);
         for (int c = 0; c < columns; ++c)
             names.append(QString::fromUtf8(PQfname(res, c)));
-        QList<QVariantList> rows;
-        const int count = PQntuples(res);
-        rows.reserve(count);
-        for (int r = 0; r < count; ++r) {
-            QVariantList row;
-            row.reserve(columns);
-            for (int c = 0; c < columns; ++c)
-                row.append(valueOf(res, r, c));
-            rows.append(row);
-        }
-        const QByteArray affected = PQcmdTuples(const_cast<PGresult *>(res));
-        auto rs = std::make_shared<Recordset>(names, rows, affected.isEmpty() ? -1 : affected.toLongLong());
-        if (columns == 0) // a row set without columns still counts as one
-            rs = std::make_shared<Recordset>(QStringList { QString() }, QList<QVariantList>(), count);
+        return names;
+    }
+
+    static QVariantList rowOf(const PGresult *res, int r)
+    {
+        const int columns = PQnfields(res);
+        QVariantList row;
+        row.reserve(columns);
+        for (int c = 0; c < columns; ++c)
+            row.append(valueOf(res, r, c));
+        return row;
+    }
+
+    static std::shared_ptr<Recordset> makeRows(
+        const QStringList &names, const QList<QVariantList> &rows, qint64 notKept, const PGresult *end)
+    {
+        const QByteArray affected = PQcmdTuples(const_cast<PGresult *>(end));
+        std::shared_ptr<Recordset> rs;
+        if (names.isEmpty()) // a row set without columns still counts as one
+            rs = std::make_shared<Recordset>(QStringList { QString() }, QList<QVariantList>(), rows.size() + notKept);
+        else
+            rs = std::make_shared<Recordset>(names, rows, affected.isEmpty() ? -1 : affected.toLongLong());
+        rs->SetRowsNotKept(notKept);
         return rs;
+    }
+
+    // A row set arriving a row at a time, up to the limit.
+    struct Streamed {
+        QStringList names;
+        QList<QVariantList> rows;
+        qint64 notKept = 0;
+        std::shared_ptr<Recordset> Finish(const PGresult *end) const { return makeRows(names, rows, notKept, end); }
+    };
+
+    static std::shared_ptr<Recordset> readRows(const PGresult *res, qint64 limit)
+    {
+        const int count = PQntuples(res);
+        const int kept = limit > 0 ? int(qMin<qint64>(count, limit)) : count;
+        QList<QVariantList> rows;
+        rows.reserve(kept);
+        for (int r = 0; r < kept; ++r)
+            rows.append(rowOf(res, r));
+        return makeRows(fieldNames(res), rows, count - kept, res);
     }
 
     static void onNotice(void *arg, const PGresult *res)
@@ -183,6 +243,7 @@ private:
 
     PGconn *mConn = nullptr;
     QStringList *mNotices = nullptr;
+    QElapsedTimer mSinceEvents;
 };
 
 } // namespace

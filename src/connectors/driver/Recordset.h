@@ -37,11 +37,16 @@ public:
     const QList<QVariantList> &Rows() const { return mRows; }
 
     void AppendRow(const QVariantList &row) { mRows.append(row); }
+    // Rows the statement returned beyond the connection's row limit, read and
+    // not kept.
+    qint64 RowsNotKept() const { return mNotKept; }
+    void SetRowsNotKept(qint64 rows) { mNotKept = rows; }
 
 private:
     QStringList mFields;
     QList<QVariantList> mRows;
     qsizetype mPosition = 0;
     qint64 mAffected = -1;
+    qint64 mNotKept = 0;
     bool mOpen = false;
 };

@@ -39,6 +39,15 @@ public:
     // Asks the server to stop the running statement, which then fails with the
     // server's error. Does nothing when no statement runs.
     virtual void Cancel() {}
+    // Rows kept of each row set from now on (0 keeps all); the rest are read
+    // from the server and counted, not held, so memory stays bounded whatever
+    // a statement returns. Connections that cannot stream keep all.
+    void SetRowLimit(qint64 rows) { mRowLimit = qMax<qint64>(0, rows); }
+    // Where rows stream in, called once a row set reaches the row limit with the
+    // results of the text so far, the last being that row set as it will stay,
+    // so that a window can show them while the rest of the rows are counted.
+    using LimitHandler = std::function<void(const QList<std::shared_ptr<Recordset>> &)>;
+    void SetLimitHandler(LimitHandler handler) { mLimitHandler = std::move(handler); }
 
     // The first row set of Execute(sql); a closed, empty recordset when no
     // statement returned rows. Throws as Execute.
@@ -54,6 +63,8 @@ public:
 
 protected:
     std::function<void()> mWaitHandler;
+    qint64 mRowLimit = 0;
+    LimitHandler mLimitHandler;
 };
 
 // Opens connections from connection strings. Throws SqlError when the server
