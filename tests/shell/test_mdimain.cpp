@@ -5,6 +5,7 @@
 // small fake children, the key table, the polling of the commands, the child
 // look-up, closing, status texts, sizes, drags, help and the desktop's links.
 #include "HelpIntegration.h"
+#include "HelpKeys.h"
 #include "KORVOAllWindows.h"
 #include "KORVODatabase.h"
 #include "KORVOExplorerBar.h"
@@ -15,6 +16,11 @@
 #include "OffscreenDialogs.h"
 #include "UserDataFolder.h"
 #include "frmAbout.h"
+#include "frmEditObjectPermissions.h"
+#include "frmEditObjectText.h"
+#include "frmSQLQuery.h"
+#include "multiGrid.h"
+#include "SQLTextEditor.h"
 #include "mdiMain.h"
 #include "test_backend.h"
 
@@ -25,9 +31,11 @@
 #include <QLineEdit>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QMenuBar>
 #include <QMenu>
 #include <QPointer>
 #include <QSplitter>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
@@ -157,6 +165,33 @@ private:
     QString mTag, mKey;
     QStringList &mLog;
 };
+
+// Sends the keys of a script to the widget as the keyboard would: "+Ctrl" presses,
+// "-Ctrl" releases, a bare name does both; Ctrl and Shift stay held in between.
+void Type(QWidget *widget, const QString &script)
+{
+    static const QHash<QString, int> keys { { "Ctrl", Qt::Key_Control }, { "Shift", Qt::Key_Shift },
+        { "Alt", Qt::Key_Alt }, { "F1", Qt::Key_F1 }, { "F3", Qt::Key_F3 }, { "F5", Qt::Key_F5 },
+        { "Return", Qt::Key_Return }, { "Delete", Qt::Key_Delete }, { "Escape", Qt::Key_Escape } };
+    static const QHash<QString, Qt::KeyboardModifier> modifiers { { "Ctrl", Qt::ControlModifier },
+        { "Shift", Qt::ShiftModifier }, { "Alt", Qt::AltModifier } };
+    Qt::KeyboardModifiers held;
+    for (const QString &step : script.split(' ')) {
+        const bool press = !step.startsWith('-'), release = !step.startsWith('+');
+        const QString name = press && release ? step : step.mid(1);
+        const int key = keys.value(name, name.size() == 1 ? name.at(0).toUpper().unicode() : 0);
+        QVERIFY2(key, qPrintable(name));
+        const QString text = name.size() == 1 && !(held & Qt::ControlModifier) ? name.toLower() : QString();
+        if (press) {
+            held |= modifiers.value(name, Qt::NoModifier);
+            QTest::simulateEvent(widget, true, key, held, text, false);
+        }
+        if (release) {
+            held &= ~modifiers.value(name, Qt::NoModifier);
+            QTest::simulateEvent(widget, false, key, held, text, false);
+        }
+    }
+}
 
 QStringList VisibleEntries(QMenu *menu)
 {
@@ -586,7 +621,7 @@ private Q_SLOTS:
         QTest::newRow("Ctrl+D press") << int(Qt::Key_D) << 2 << true << true << "Description";
         QTest::newRow("Ctrl+Alt+D release") << int(Qt::Key_D) << 6 << false << true << "drag";
         QTest::newRow("Ctrl+Alt+D press") << int(Qt::Key_D) << 6 << true << false << "";
-        QTest::newRow("F3 press") << int(Qt::Key_F3) << 0 << true << true << "";
+        QTest::newRow("F3 press") << int(Qt::Key_F3) << 0 << true << false << "";
         QTest::newRow("Ctrl+F press") << int(Qt::Key_F) << 2 << true << true << "Find";
         QTest::newRow("F1 press") << int(Qt::Key_F1) << 0 << true << false << "";
         QTest::newRow("F1 release") << int(Qt::Key_F1) << 0 << false << true << "help";
@@ -623,6 +658,139 @@ private Q_SLOTS:
         QCOMPARE(mdiMain::KeyName(key, shift), QString(QTest::currentDataTag()).section(' ', 0, 0));
     }
 
+    // Real key events on the real windows: the tree's pass the main window's filter,
+    // the children's their own hooks into the same key table.
+    void keysReachTheirWindows_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<QString>("effect");
+        auto row = [](const char *name, const char *target, const char *keys, const char *effect) {
+            QTest::newRow(name) << "PostgreSQL" << target << keys << effect;
+        };
+        row("F1 in the text window", "text", "F1", "help TheEditor.htm");
+        row("F1 in the permission editor", "permissions", "F1", "help Permissions.htm");
+        row("F1 in the query window", "query", "F1", "help SQLQuery.htm");
+        row("F1 on the tree", "tree", "F1", "help DBT.htm");
+        row("F3", "text", "F3", "later");
+        row("Shift+F3", "text", "+Shift F3 -Shift", "earlier");
+        row("Ctrl+Q, Q let go first", "tree", "+Ctrl +Q -Q -Ctrl", "query");
+        row("Ctrl+Q, Ctrl let go first", "tree", "+Ctrl +Q -Ctrl -Q", "query");
+        row("Ctrl+Q in the text window, Ctrl let go first", "text", "+Ctrl +Q -Ctrl -Q", "query");
+        row("Ctrl+Alt+D, Alt let go first", "tree", "+Ctrl +Alt +D -Alt -D -Ctrl", "drag");
+        row("Q alone", "tree", "Q", "");
+        row("Ctrl+S in the permission editor", "permissions", "+Ctrl S -Ctrl", "box Permissions Saved,saved");
+        row("Enter on the tree", "tree", "Return", "text p_keys");
+        row("Delete on the tree", "tree", "Delete", "box Delete Item");
+        row("Escape in the comparison", "compare", "Escape", "closed");
+        row("F5 in the query window", "query", "F5", "ran");
+        row("Ctrl+Enter in the query window", "query", "+Ctrl Return -Ctrl", "ran");
+        row("typing into a read-only text", "text", "x",
+            "status Read only: check the object out (Ctrl+O) to change it.");
+    }
+    void keysReachTheirWindows()
+    {
+        QFETCH(QString, target);
+        QFETCH(QString, keys);
+        QFETCH(QString, effect);
+        QString id;
+        if (!open([&] { id = b->Versioned("p_keys"); }))
+            QSKIP("no backend");
+        HelpKeys helpKeys(*help); // F1 of the windows that name a topic, as the program has it
+        qApp->installEventFilter(&helpKeys);
+        windows.real = &realWindows;
+        main->show();
+        QApplication::setActiveWindow(main);
+        expand(folder()->data(0, Qt::UserRole).toString());
+        main->Tree()->setCurrentItem(node("I" + id));
+
+        QWidget *widget = main->Tree();
+        std::function<QString()> observe = [] { return QString(); };
+        if (target == "text") {
+            main->DoCommand(2);
+            auto *text = dynamic_cast<frmEditObjectText *>(main->ActiveChild());
+            QVERIFY(text);
+            SQLTextEditor &editor = text->Editor();
+            QVERIFY(editor.Locked()); // not checked out
+            editor.setCursorPosition(0, 0);
+            QVERIFY(editor.Search("E", false, false, true) && editor.Search("E", false, false, true));
+            int line = 0, index = 0;
+            editor.getCursorPosition(&line, &index);
+            const long before = editor.positionFromLineIndex(line, index);
+            auto *status = text->findChild<QLabel *>("Status");
+            const QString shown = status->text();
+            observe = [&editor, before, status, shown] {
+                int l = 0, i = 0;
+                editor.getCursorPosition(&l, &i);
+                const long now = editor.positionFromLineIndex(l, i);
+                QStringList seen;
+                if (now != before)
+                    seen << (now > before ? "later" : "earlier");
+                if (status->text() != shown)
+                    seen << "status " + status->text();
+                return seen.join(',');
+            };
+            widget = &editor;
+        } else if (target == "permissions") {
+            main->DoCommand(33, "mnuPopupEditPermission");
+            auto *permissions = dynamic_cast<frmEditObjectPermissions *>(main->ActiveChild());
+            QVERIFY(permissions);
+            auto *grid = permissions->findChild<QTableWidget *>("grdPermission");
+            grid->setFocus();
+            // The focus lands on the first grantee's name, where a blank grants nothing.
+            QTRY_VERIFY(grid->hasFocus());
+            QCOMPARE(QPoint(grid->currentRow(), grid->currentColumn()), QPoint(0, 0));
+            permissions->CycleCell(0, 1);
+            QVERIFY(permissions->IsDirty());
+            observe = [permissions] { return permissions->IsDirty() ? QString() : QStringLiteral("saved"); };
+            widget = grid;
+        } else if (target == "query") {
+            main->DoCommand(53);
+            auto *query = dynamic_cast<frmSQLQuery *>(main->ActiveChild());
+            QVERIFY(query);
+            query->Editor().SetText("SELECT 1");
+            query->SetPanelVisible(false);
+            auto *grid = query->findChild<multiGrid *>();
+            observe = [query, grid] {
+                if (!QTest::qWaitFor([grid] { return !grid->IsRunning(); }, 10000))
+                    return QStringLiteral("still running");
+                return query->PanelVisible() ? QStringLiteral("ran") : QString();
+            };
+            widget = &query->Editor();
+        } else if (target == "compare") {
+            realWindows.Compare(main, *session, "a\n", "b\n", "SQL", "VSS");
+            QPointer<QWidget> compare;
+            for (QWidget *w : QApplication::topLevelWidgets()) {
+                if (w->objectName() == "frmCompareText" && w->isVisible())
+                    compare = w;
+            }
+            QVERIFY(compare);
+            observe = [compare] { return compare && compare->isVisible() ? QString() : QStringLiteral("closed"); };
+            widget = compare->findChild<SQLTextEditor *>("txtLeft");
+        } else {
+            main->Tree()->setFocus();
+        }
+        windows.calls.clear();
+        opened.clear();
+        b->ui.setLenient(true);
+        b->ui.answer(UiServices::Answer::No);
+        const int boxes = b->ui.boxes.size();
+
+        Type(widget, keys);
+        QStringList effects;
+        for (const QString &page : std::as_const(opened))
+            effects << "help " + page;
+        effects << windows.calls;
+        for (int i = boxes; i < b->ui.boxes.size(); ++i)
+            effects << "box " + b->ui.boxes.at(i).title;
+        if (main->DragSubnodes())
+            effects << "drag";
+        if (const QString seen = observe(); !seen.isEmpty())
+            effects << seen;
+        QCOMPARE(effects.join(','), effect);
+    }
+
     // The help menu opens the main window's page, or the tree's when the tree has the focus.
     void helpMenuOpensTheMainWindowsTopic_data()
     {
@@ -646,6 +814,32 @@ private Q_SLOTS:
         opened.clear();
         window.Action("mnuHelpContents")->trigger();
         QCOMPARE(opened, QStringList { page });
+    }
+
+    // No two entries of a menu share an access key, so Alt+T, Q reaches one entry.
+    void accessKeysDifferWithinEachMenu()
+    {
+        mdiMain window;
+        QList<QMenu *> menus;
+        for (QAction *a : window.menuBar()->actions()) {
+            if (a->menu())
+                menus << a->menu();
+        }
+        for (int i = 0; i < menus.size(); ++i) {
+            QHash<QChar, QString> taken;
+            for (QAction *a : menus.at(i)->actions()) {
+                if (a->menu())
+                    menus << a->menu();
+                const QString text = a->text().section('\t', 0, 0);
+                const qsizetype amp = text.indexOf('&');
+                if (a->isSeparator() || amp < 0 || amp + 1 >= text.size())
+                    continue;
+                const QChar key = text.at(amp + 1).toUpper();
+                QVERIFY2(!taken.contains(key),
+                    qPrintable(QStringLiteral("%1: %2 and %3").arg(menus.at(i)->title(), taken.value(key), text)));
+                taken.insert(key, text);
+            }
+        }
     }
 
     void commandsFollowTheActiveChild()
