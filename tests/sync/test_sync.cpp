@@ -106,17 +106,28 @@ private Q_SLOTS:
         SvnRepository(b->repo->Url(), "alice", {})
             .Commit(VssDatabase::ProjectFolder(Backend::Project), "latin-1",
                 { { SvnRepository::Change::AddFile, latin + ".sp", QByteArray("SELECT '\xe9'"), {}, -1 } });
+        // Overloads are named with their argument types.
+        QStringList overloads;
+        if (b->IsPostgreSQL()) {
+            for (const char *type : { "integer", "text" }) {
+                b->sql->ExecuteSQL(
+                    QStringLiteral("CREATE FUNCTION dbo.f_ov(p_a %1) RETURNS integer LANGUAGE sql AS $$ SELECT 1 $$")
+                        .arg(type));
+                overloads << Function + ",1,0,0," + qualified("f_ov(%1)").arg(type) + ",User Defined Function";
+            }
+        }
         b->ExpectBox();
         QStringList found;
         for (const KORVOSyncDifference &d : analyse())
             found.append(d.Row().mid(1).join(','));
         QCOMPARE(found.join('\n'),
-            QStringList({ Procedure + ",1,1,1," + qualified("p_b_changed") + ",Stored Procedure",
-                            Procedure + ",1,0,0," + qualified("p_c_sqlonly") + ",Stored Procedure",
-                            Procedure + ",1,0,0," + qualified("p_e_sqlonly") + ",Stored Procedure",
-                            Procedure + ",1,1,1," + qualified("p_f_latin") + ",Stored Procedure",
-                            Procedure + ",0,1,0," + qualified("p_d_vssonly") + ",Stored Procedure",
-                            Procedure + ",0,1,0,900000002,Stored Procedure" })
+            (QStringList({ Procedure + ",1,1,1," + qualified("p_b_changed") + ",Stored Procedure",
+                 Procedure + ",1,0,0," + qualified("p_c_sqlonly") + ",Stored Procedure",
+                 Procedure + ",1,0,0," + qualified("p_e_sqlonly") + ",Stored Procedure",
+                 Procedure + ",1,1,1," + qualified("p_f_latin") + ",Stored Procedure",
+                 Procedure + ",0,1,0," + qualified("p_d_vssonly") + ",Stored Procedure",
+                 Procedure + ",0,1,0,900000002,Stored Procedure" })
+                + overloads)
                 .join('\n'));
         QCOMPARE(b->ui.boxes.size(), 1);
         QCOMPARE(b->ui.last().title, QString("Could not get Item Content"));
