@@ -35,7 +35,7 @@ class TestSync : public QObject
     std::unique_ptr<Backend> b;
     QTemporaryDir settings;
     std::unique_ptr<KORVODatabase> session;
-    KORVOWindows windows;
+    FakeMain windows; // records the comparisons
 
     bool setUp()
     {
@@ -205,6 +205,26 @@ private Q_SLOTS:
         QVERIFY(b->Files().contains("900000001.sp"));
         QVERIFY(!b->Files().contains(otherId + ".sp"));
         QVERIFY(b->Latest(changedId + ".sp").contains(Backend::Marker(ObjectClass::StoredProcedure, 1)));
+
+        // A double click compares the row's own object, and only from its names and types.
+        QTableView *grd = w.Grid();
+        const auto doubleClick = [grd](int column) {
+            const QPoint at = grd->visualRect(grd->model()->index(0, column)).center();
+            QTest::mouseClick(grd->viewport(), Qt::LeftButton, {}, at);
+            QTest::mouseDClick(grd->viewport(), Qt::LeftButton, {}, at);
+        };
+        const QStringList before = rows(w);
+        windows.calls.clear();
+        doubleClick(KORVOSyncResultsModel::ColVSSType);
+        QCOMPARE(windows.calls, QStringList { "Compare " + changed + " in SQL " + changed + " in VSS" });
+        QVERIFY(windows.compared.value(0).contains(Backend::Marker(ObjectClass::StoredProcedure, 2)));
+        QCOMPARE(rows(w), before);
+        windows.calls.clear();
+        doubleClick(KORVOSyncResultsModel::ColButton);
+        QCOMPARE(windows.calls, QStringList());
+        for (int i = 0; i < 3 && rows(w) != before; ++i)
+            clickImage(w, 0); // back to where the clicks found it
+        QCOMPARE(rows(w), before);
 
         // Row 0 looks up the object of the last kept row (p_e_sqlonly, not in VSS to
         // change), row 1 that of p_b_changed (already in VSS to add).
