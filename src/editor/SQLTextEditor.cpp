@@ -298,9 +298,18 @@ void SQLTextEditor::focusOutEvent(QFocusEvent *e)
 void SQLTextEditor::keyPressEvent(QKeyEvent *e)
 {
     int key = e->key();
-    Q_EMIT bcKeyDown(key, ShiftState(e->modifiers()));
+    const int shift = ShiftState(e->modifiers());
+    Q_EMIT bcKeyDown(key, shift);
     if (key == 0) {
         e->accept();
+        return;
+    }
+    if (key == Qt::Key_F3 && (shift == 0 || shift == 1)) {
+        e->accept();
+        if (shift == 0)
+            FindNext();
+        else
+            FindPrevious();
         return;
     }
     if (!e->text().isEmpty()) {

@@ -7,6 +7,7 @@
 #include <QCloseEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollBar>
@@ -74,6 +75,13 @@ frmCompareText::frmCompareText(KORVOSettings &settings, UiServices &ui, QWidget 
 
     for (bool left : { true, false }) {
         SQLTextEditor *e = Editor(left);
+        // Escape closes the window, as in a dialog; the editors would take it otherwise.
+        connect(e, &SQLTextEditor::bcKeyDown, this, [this](int &key, int shift) {
+            if (key == Qt::Key_Escape && shift == 0) {
+                key = 0;
+                close();
+            }
+        });
         // Scintilla moves its scroll bar with signals blocked: it reports scrolling as an update.
         connect(e, &QsciScintillaBase::SCN_UPDATEUI, this, [this, left](int updated) {
             if (updated & QsciScintillaBase::SC_UPDATE_V_SCROLL)
@@ -101,6 +109,14 @@ void frmCompareText::ApplySettings()
     setGeometry(left, top, std::max(mSettings.diffRight() - left, 200), std::max(mSettings.diffBottom() - top, 150));
     if (mSettings.diffMaximized())
         setWindowState(windowState() | Qt::WindowMaximized);
+}
+
+void frmCompareText::keyPressEvent(QKeyEvent *e)
+{
+    if (e->key() == Qt::Key_Escape && e->modifiers() == Qt::NoModifier)
+        close();
+    else
+        QWidget::keyPressEvent(e);
 }
 
 void frmCompareText::closeEvent(QCloseEvent *e)

@@ -42,6 +42,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent *e) override;
+    void keyPressEvent(QKeyEvent *e) override;
 
 private:
     void GoToDifference(int index);

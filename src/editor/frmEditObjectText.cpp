@@ -1,5 +1,4 @@
 #include "frmEditObjectText.h"
-#include "HelpKeys.h"
 
 #include "KORVODatabase.h"
 #include "KORVOIconLookup.h"
@@ -32,7 +31,7 @@ constexpr long kKeyContext = 35;
 frmEditObjectText::frmEditObjectText(KORVOMainWindowServices &main, KORVODatabase &database, QWidget *parent)
     : SQLEditorChild(main, database, kKeyContext, parent)
 {
-    HelpKeys::SetTopic(this, 35);
+    // F1 reaches the manual through the main window's keys (kKeyContext), once.
     setObjectName(QStringLiteral("frmEditObjectText"));
     sbStatus = new QStatusBar(this);
     sbStatus->setObjectName(QStringLiteral("sbStatus"));
@@ -71,6 +70,11 @@ frmEditObjectText::frmEditObjectText(KORVOMainWindowServices &main, KORVODatabas
     };
     connect(txtSQL, &SQLTextEditor::bcClick, this, activate);
     connect(txtSQL, &SQLTextEditor::bcDblClick, this, activate);
+    // A locked text ignores typing; say why rather than nothing.
+    connect(txtSQL, &SQLTextEditor::bcKeyPress, this, [this](int &ch) {
+        if (txtSQL->Locked() && mItem && (ch >= 32 || ch == 8 || ch == 9 || ch == 13))
+            mPanelStatus->setText(QStringLiteral("Read only: check the object out (Ctrl+O) to change it."));
+    });
     connect(txtSQL, &SQLTextEditor::bcSelectionChange, this, [this] {
         if (IsActiveChild() && !txtSQL->HasFocus())
             txtSQL->setFocus();
@@ -140,10 +144,8 @@ void frmEditObjectText::RefreshCaption()
     if (mItem->IsNew()) {
         mCaptionText = QStringLiteral("New (") + mItem->ObjectDisplayName() + QLatin1Char(')');
     } else {
-        mCaptionText.clear();
-        if (mDatabase.ShowOwnerNameInName() && !mItem->Owner().isEmpty())
-            mCaptionText = mItem->Owner() + QLatin1Char('.');
-        mCaptionText += mItem->Name() + QStringLiteral(" (") + mItem->ObjectDisplayName() + QStringLiteral(") - Edit");
+        mCaptionText = mItem->Generic().Caption(mDatabase.ShowOwnerNameInName()) + QStringLiteral(" (")
+            + mItem->ObjectDisplayName() + QStringLiteral(") - Edit");
         if (!mItem->IsCheckedOutByMe())
             mCaptionText += QStringLiteral(" [Read Only]");
     }

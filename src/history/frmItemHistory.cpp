@@ -90,7 +90,7 @@ bool frmItemHistory::ShowHistory(const KORVOTypedObjectPtr &object)
 void frmItemHistory::SetObject(const KORVOTypedObjectPtr &object)
 {
     mItem = object;
-    setWindowTitle(QStringLiteral("History of ") + object->Name() + QStringLiteral(" (") + object->ObjectDisplayName()
+    setWindowTitle(QStringLiteral("History of ") + object->Generic().Caption(false) + QStringLiteral(" (") + object->ObjectDisplayName()
         + QLatin1Char(')'));
     LoadHistory();
 }

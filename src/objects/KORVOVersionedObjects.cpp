@@ -454,7 +454,17 @@ KORVODBTItemsPtr KORVOVersionedObjects::GetDeletedItems(bool showOwner)
     RaiseRetrieveStatusChange(0, total, cancel);
     if (cancel)
         return nullptr;
-    auto items = std::make_shared<KORVODBTItems>();
+    struct Deleted {
+        QString base, text;
+        KORVOTypedObjectPtr object;
+    };
+    QList<Deleted> deleted;
+    QHash<QString, int> names; // how many objects, live or deleted, share a name
+    const auto nameKey = [](const KORVOObjectVSS &state) { return (state.Owner + QLatin1Char('.') + state.Name).toLower(); };
+    for (const KORVOTypedObjectPtr &live : std::as_const(mItems)) {
+        if (live->InSQL() || live->InVSS()) // a deleted object may linger in the list
+            ++names[nameKey(live->Generic())];
+    }
     long position = 0;
     for (const std::shared_ptr<KORVOVSSItem> &file : *files) {
         const QString base = file->Name.chopped(mType.VSSExt.size());
@@ -467,16 +477,38 @@ KORVODBTItemsPtr KORVOVersionedObjects::GetDeletedItems(bool showOwner)
             if (!name.isEmpty() && state.Owner.isEmpty() && mSQL)
                 state.Owner = mSQL->DatabaseUserName();
             mDeleted.insert(base, object);
-
-            KORVODBTItemPtr item = items->Add(QStringLiteral("I") + base);
-            item->Text = Caption(*object, showOwner) + DeletedCaptionSuffix(text);
-            item->ImageName = object->IconToUse(false);
-            item->Tag = object->ObjectType();
-            item->SetToolTipText(object->Description());
+            ++names[nameKey(state)];
+            deleted.append({ base, text, object });
         }
         RaiseRetrieveStatusChange(++position, total, cancel);
         if (cancel)
             return nullptr;
+    }
+    auto items = std::make_shared<KORVODBTItems>();
+    for (const Deleted &d : std::as_const(deleted)) {
+        KORVOObjectVSS &state = d.object->Generic();
+        // An overload is listed with its argument types, which only the server can read from its text.
+        if (names.value(nameKey(state)) > 1 && mSQL && !state.Name.isEmpty()) {
+            const std::shared_ptr<Recordset> found = LookUpText(d.text, state.Name);
+            const QString written = found && !found->Eof() && found->FieldIndex(QStringLiteral("Signature")) >= 0
+                ? found->FieldText(QStringLiteral("Signature"))
+                : QString();
+            if (written.endsWith(QLatin1Char(')'))) {
+                int depth = 0, open = int(written.size()) - 1;
+                for (; open >= 0; --open) {
+                    depth += written.at(open) == QLatin1Char(')') ? 1 : written.at(open) == QLatin1Char('(') ? -1 : 0;
+                    if (depth == 0)
+                        break;
+                }
+                if (open >= 0)
+                    state.Signature = written.mid(open + 1, written.size() - open - 2);
+            }
+        }
+        KORVODBTItemPtr item = items->Add(QStringLiteral("I") + d.base);
+        item->Text = Caption(*d.object, showOwner) + DeletedCaptionSuffix(d.text);
+        item->ImageName = d.object->IconToUse(false);
+        item->Tag = d.object->ObjectType();
+        item->SetToolTipText(d.object->Description());
     }
     RaiseCompletedCurrentStatus();
     return items;

@@ -59,6 +59,16 @@ frmSQLQuery::frmSQLQuery(KORVOMainWindowServices &main, KORVODatabase &database,
     mPanel->setCheckable(true);
     connect(mParse, &QAction::triggered, this, &frmSQLQuery::Parse);
     connect(mExecute, &QAction::triggered, this, &frmSQLQuery::Execute);
+    // F5 and Ctrl+Enter run the text, after the main window's keys had their turn.
+    connect(txtSQL, &SQLTextEditor::bcKeyDown, this, [this](int &key, int shift) {
+        const bool run = (key == Qt::Key_F5 && shift == 0)
+            || ((key == Qt::Key_Return || key == Qt::Key_Enter) && shift == 2);
+        if (!run)
+            return;
+        key = 0;
+        if (mExecute->isEnabled())
+            Execute();
+    });
     connect(mCancel, &QAction::triggered, this, &frmSQLQuery::CancelQuery);
     connect(mPanel, &QAction::triggered, this, [this](bool checked) { SetPanelVisible(checked); });
 

@@ -691,9 +691,7 @@ void frmScriptCreator::FillCustomList(const QList<KORVOTypedObjectPtr> &objects)
     lvwItems->clear();
     for (const KORVOTypedObjectPtr &object : objects) {
         auto *row = new QTreeWidgetItem(lvwItems);
-        row->setText(0,
-            showOwner && !object->Owner().isEmpty() ? object->Owner() + QLatin1Char('.') + object->Name()
-                                                    : object->Name());
+        row->setText(0, object->Generic().Caption(showOwner));
         row->setText(1, object->ObjectDisplayName());
         row->setData(0, KeyRole, QStringLiteral("I") + object->DBID());
         row->setData(0, TagRole, object->ObjectType());

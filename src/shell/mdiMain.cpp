@@ -783,7 +783,9 @@ bool mdiMain::eventFilter(QObject *watched, QEvent *event)
             | (m & Qt::AltModifier ? 4 : 0);
         int code = key->key();
         KeyPreview(type == QEvent::KeyPress, code, shift, MainHelpContext);
-        return code == 0;
+        if (code == 0)
+            return true;
+        return watched == tvwDBT && type == QEvent::KeyPress && shift == 0 && TreeKey(code);
     }
     return QMainWindow::eventFilter(watched, event);
 }
@@ -818,6 +820,29 @@ void mdiMain::OnTreeDoubleClick(QTreeWidgetItem *node)
             DoCommand(2, QString(), MainHelpContext);
     }
     UpdateExtraPanel();
+}
+
+bool mdiMain::TreeKey(int keyCode)
+{
+    QTreeWidgetItem *node = tvwDBT->currentItem();
+    if (!node || !mDatabase)
+        return false;
+    const QString tag = NodeTag(node);
+    const QString key = NodeKey(node);
+    if (keyCode == Qt::Key_Return || keyCode == Qt::Key_Enter) {
+        // Enter opens what a double-click opens; on a folder it folds or unfolds.
+        if (tag == QLatin1String("Permission") || mDatabase->CanOpenObject(tag, key))
+            OnTreeDoubleClick(node);
+        else if (node->childCount() > 0)
+            node->setExpanded(!node->isExpanded());
+        return true;
+    }
+    if (keyCode == Qt::Key_Delete) {
+        if (mDatabase->GetContextMenu(tag, key).Delete)
+            DoCommand(3, QStringLiteral("mnuDeleteItem"), MainHelpContext);
+        return true;
+    }
+    return false;
 }
 
 // --- Status ------------------------------------------------------------------

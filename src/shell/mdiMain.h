@@ -171,6 +171,8 @@ private:
     void AddNodes(const KORVODBTItems &items, QTreeWidgetItem *parent, const QString &expandedKeys, bool nested);
     void OnExpanded(QTreeWidgetItem *node);
     void RemoveChildren(QTreeWidgetItem *node);
+    // Enter and Delete on the tree's current node; false for other keys.
+    bool TreeKey(int keyCode);
     void SetNodeImage(QTreeWidgetItem *node, const QString &imageName);
     QString ExpandedKeys() const;
     void RefreshAll();
@@ -243,6 +245,7 @@ private:
     QHash<QString, QAction *> mActions;
 
     QList<KeyRow> mKeys;
+    int mArmedKeyRow = -1; // a release row whose key is down
     QList<MenuRow> mNewItems;
     QList<MenuRow> mRecentProjects;
     QStringList mImageNames;

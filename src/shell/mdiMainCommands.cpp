@@ -239,8 +239,8 @@ void mdiMain::BuildMenus()
     tools->addAction(MakeAction(QStringLiteral("mnuSync"), QStringLiteral("&Synchronize..."), 17, QStringLiteral("sync")));
     tools->addSeparator();
     tools->addAction(MakeAction(QStringLiteral("mnuVSSAdd"), QStringLiteral("Add to &VSS"), 18));
-    tools->addAction(MakeAction(QStringLiteral("mnuSQLAdd"), QStringLiteral("Add to S&QL"), 19));
-    tools->addAction(MakeAction(QStringLiteral("mnuVSSRemove"), QStringLiteral("Delete from V&SS"), 22));
+    tools->addAction(MakeAction(QStringLiteral("mnuSQLAdd"), QStringLiteral("&Add to SQL"), 19));
+    tools->addAction(MakeAction(QStringLiteral("mnuVSSRemove"), QStringLiteral("D&elete from VSS"), 22));
     tools->addAction(MakeAction(QStringLiteral("mnuSQLRemove"), QStringLiteral("Delete from SQ&L"), 23));
     tools->addSeparator();
     tools->addAction(MakeAction(QStringLiteral("mnuUndelete"), QStringLiteral("&Undelete..."), 59));
@@ -248,7 +248,7 @@ void mdiMain::BuildMenus()
     tools->addSeparator();
     tools->addAction(MakeAction(QStringLiteral("mnuQuery"), QStringLiteral("&Query Window"), 53));
     tools->addAction(MakeAction(QStringLiteral("mnuScript"), QStringLiteral("Script &Generator..."), 62));
-    tools->addAction(MakeAction(QStringLiteral("mnuDocGen"), QStringLiteral("D&ocumentation Generator..."), 61));
+    tools->addAction(MakeAction(QStringLiteral("mnuDocGen"), QStringLiteral("&Documentation Generator..."), 61));
     tools->addSeparator();
     QAction *dragSub = MakeAction(QStringLiteral("mnuDragSub"), QStringLiteral("D&rag Subnodes"), 69);
     dragSub->setCheckable(true);
@@ -262,7 +262,7 @@ void mdiMain::BuildMenus()
     mnuWindows->addAction(MakeAction(QStringLiteral("mnuWindowTileVer"), QStringLiteral("Tile &Vertically"), 25));
     mnuWindows->addAction(MakeAction(QStringLiteral("mnuWindowCascade"), QStringLiteral("&Cascade"), 26));
     mnuWindows->addAction(MakeAction(QStringLiteral("mnuWindowMaxAll"), QStringLiteral("Ma&ximise All"), 27));
-    mnuWindows->addAction(MakeAction(QStringLiteral("mnuWindowMinAll"), QStringLiteral("Mi&nimise All"), 28));
+    mnuWindows->addAction(MakeAction(QStringLiteral("mnuWindowMinAll"), QStringLiteral("M&inimise All"), 28));
     mnuWindows->addAction(MakeAction(QStringLiteral("mnuWindowNext"), QStringLiteral("&Next"), 29));
     mnuWindows->addAction(MakeAction(QStringLiteral("mnuWindowPrevious"), QStringLiteral("&Previous"), 30));
     connect(mnuWindows, &QMenu::aboutToShow, this, [this] { DoCommand(40, QString(), MainHelpContext); });
@@ -466,15 +466,38 @@ void mdiMain::KeyPreview(bool isKeyDown, int &keyCode, int shift, long helpConte
     // Ctrl+F4 belongs to the child windows unless asked for.
     if (keyCode == Qt::Key_F4 && shift == 2 && !mCatchAltF4)
         return;
-    for (const KeyRow &row : std::as_const(mKeys)) {
+    const bool modifier = keyCode == Qt::Key_Control || keyCode == Qt::Key_Shift || keyCode == Qt::Key_Alt
+        || keyCode == Qt::Key_Meta;
+    if (isKeyDown && !modifier)
+        mArmedKeyRow = -1;
+    int hit = -1;
+    for (int i = 0; i < mKeys.size(); ++i) {
+        const KeyRow &row = mKeys.at(i);
         if (row.key != keyCode || row.shift != shift)
             continue;
-        if (isKeyDown == row.onRelease)
-            return;
-        keyCode = 0;
-        DoCommand(row.command, QString(), helpContext);
-        return;
+        if (isKeyDown == row.onRelease) {
+            // The press of a release row arms it: the key still fires when the
+            // user lets go of Ctrl before the letter.
+            if (isKeyDown)
+                mArmedKeyRow = i;
+            break;
+        }
+        hit = i;
+        break;
     }
+    if (!isKeyDown && mArmedKeyRow >= 0 && mKeys.at(mArmedKeyRow).key == keyCode) {
+        if (hit < 0)
+            hit = mArmedKeyRow;
+        mArmedKeyRow = -1;
+    }
+    if (hit < 0)
+        return;
+    const long command = mKeys.at(hit).command;
+    // F3 and Shift+F3 are the editor's find-next and find-previous.
+    if (command == 56 || command == 57)
+        return;
+    keyCode = 0;
+    DoCommand(command, QString(), helpContext);
 }
 
 void mdiMain::DoCommand(long commandId, const QString &key, long helpContext)

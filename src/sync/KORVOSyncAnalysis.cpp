@@ -88,10 +88,9 @@ void KORVOSyncAnalysis::Compare(int step, Observer &observer)
             }
         }
         if ((inSQL && inVSS && differs) || inSQL != inVSS) {
-            const QString owner = object->Owner();
+            // The caption carries the argument types of an overloaded routine.
             mDifferences.append({ object->DBID(), object->ObjectType(), inSQL, inVSS, differs,
-                owner.isEmpty() ? object->Name() : owner + QLatin1Char('.') + object->Name(),
-                object->ObjectDisplayName() });
+                object->Generic().Caption(true), object->ObjectDisplayName() });
         }
         observer.ObjectCompared(step, ++done, count);
     }

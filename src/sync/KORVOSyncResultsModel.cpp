@@ -56,6 +56,7 @@ void KORVOSyncResultsModel::AddSyncRow(const QString &dbid, const QString &objec
     beginInsertRows({}, r, r);
     Row row;
     row.Kind = kind;
+    row.Object = { dbid, objectType };
     row.Cells[ColSQL] = sqlName;
     row.Cells[ColSQLType] = sqlType;
     row.Cells[ColVSS] = vssName;

@@ -50,6 +50,8 @@ public:
     // The picture the row's action image shows.
     QString ImageKey(int row) const { return mImages.at(row).Picture; }
     QString Cell(int row, int column) const { return mRows.at(row).Cells[column]; }
+    // DBID and ObjectType of the object the row shows, whatever SyncItems holds.
+    const QPair<QString, QString> &RowObject(int row) const { return mRows.at(row).Object; }
     QColor TextColour(int row, int column) const;
     // DBID and ObjectType that applying a row uses; after a run with kept rows
     // they stand in the reverse of the grid's order.
@@ -77,6 +79,7 @@ public:
 private:
     struct Row {
         QString Cells[ColumnCount];
+        QPair<QString, QString> Object;
         int Kind = 0;
         int Position = 0;
         QColor LeftText, RightText;

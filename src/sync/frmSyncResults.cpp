@@ -110,7 +110,11 @@ frmSyncResults::frmSyncResults(KORVOWindows &windows, HelpIntegration *help, QWi
     connect(cmdInVSS, &QPushButton::clicked, this, [this] { mModel->MakeAll(KORVOSyncResultsModel::ActOnVSS); });
     connect(cmdApply, &QPushButton::clicked, this, &frmSyncResults::ApplyClicked);
     connect(cmdClose, &QPushButton::clicked, this, &QDialog::close);
-    connect(grd, &QTableView::doubleClicked, this, [this](const QModelIndex &index) { CompareRow(index.row()); });
+    // The action image takes clicks, however quick: only the names and types open the comparison.
+    connect(grd, &QTableView::doubleClicked, this, [this](const QModelIndex &index) {
+        if (index.column() != KORVOSyncResultsModel::ColButton)
+            CompareRow(index.row());
+    });
 }
 
 frmSyncResults::~frmSyncResults() = default;
@@ -196,10 +200,9 @@ void frmSyncResults::ApplyClicked()
 
 void frmSyncResults::CompareRow(int row)
 {
-    if (!mDatabase || row < 0 || row >= mModel->rowCount() || mModel->Kind(row) != KORVOSyncResultsModel::ChangedRow
-        || row >= mModel->SyncItems().size())
+    if (!mDatabase || row < 0 || row >= mModel->rowCount() || mModel->Kind(row) != KORVOSyncResultsModel::ChangedRow)
         return;
-    const auto &item = mModel->SyncItems().at(row);
+    const auto &item = mModel->RowObject(row);
     bool fromDeleted = false;
     const auto object
         = std::dynamic_pointer_cast<KORVOTypedObject>(mDatabase->GetObject(item.second, item.first, fromDeleted));

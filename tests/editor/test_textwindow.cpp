@@ -169,6 +169,11 @@ private Q_SLOTS:
             QVERIFY(w->Editor().Locked() && !w->CanPaste() && !w->CanCheckIn() && w->CanCheckOut());
             QVERIFY(w->CheckOutItem());
             QCOMPARE(w->CaptionText(), QStringLiteral("usp_life (Stored Procedure) - Edit"));
+            // An overload's title names its argument types, as its tree node does.
+            item->Generic().Signature = QStringLiteral("integer, text");
+            w->RefreshCaption();
+            QCOMPARE(w->CaptionText(), QStringLiteral("usp_life(integer, text) (Stored Procedure) - Edit"));
+            item->Generic().Signature = QString();
             QVERIFY(!w->Editor().Locked() && w->CanCheckIn() && w->CanUndoCheckOut() && !w->CanCheckOut());
             QVERIFY(w->CanPaste());
             if (choice >= 0)

@@ -69,7 +69,10 @@ private Q_SLOTS:
         b->ui.boxes.clear();
 
         frmItemHistory w(*session, windows);
+        o->Generic().Signature = QStringLiteral("integer"); // an overload is told apart in the title
         w.SetObject(o);
+        QCOMPARE(w.windowTitle(), QStringLiteral("History of usp_h2(integer) (Stored Procedure)"));
+        o->Generic().Signature = QString();
         auto *list = Control<QTreeWidget>(w, QStringLiteral("lvwHistory"));
         QCOMPARE(Column(list, 4), QStringList({ "Item renamed from [usp_h1] to [usp_h2].", "changed", "created" }));
 

@@ -1090,7 +1090,10 @@ private Q_SLOTS:
             QVERIFY(!oid("dbo.h(text)").isEmpty() && oid("dbo.f(text)").isEmpty());
         } else if (op == "undelete") {
             QVERIFY(udfs->DeleteItem("I" + textId));
-            QCOMPARE(udfs->GetDeletedItems(false)->Count(), 1);
+            // Listed with its argument types: its name is its live sibling's too.
+            const QStringList listed = Nodes(*udfs->GetDeletedItems(false));
+            QCOMPARE(listed.size(), 1);
+            QVERIFY2(listed.first().startsWith("I" + textId + "|f(text)|"), qPrintable(listed.first()));
             QVERIFY(udfs->UnDeleteObject("I" + textId));
             const QString back = oid("dbo.f(text)");
             QVERIFY(!back.isEmpty());

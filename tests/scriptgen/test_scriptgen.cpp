@@ -324,6 +324,18 @@ private Q_SLOTS:
         auto other = std::make_shared<KORVOSQL>(b->ui);
         if (row == QLatin1String("compare"))
             MakeOlderDatabase(*other);
+        QStringList overloads; // listed with their argument types, and left unticked
+        if (row == QLatin1String("custom") && b->IsPostgreSQL()) {
+            for (const QString type : { "integer", "text" }) {
+                b->sql->ExecuteSQL(
+                    QStringLiteral("CREATE FUNCTION dbo.f_ov(p_a %1) RETURNS integer LANGUAGE sql AS $$ SELECT 1 $$")
+                        .arg(type));
+                const QString id = b->sql->OpenRecordset(
+                    QStringLiteral("SELECT to_regprocedure('dbo.f_ov(%1)')::oid::bigint AS id").arg(type))->FieldText("id");
+                QVERIFY(b->AddFile(id + ".udf", b->ServerText(id)));
+                overloads << QStringLiteral("dbo.f_ov(%1)").arg(type);
+            }
+        }
         frmScriptCreator &w = Wizard();
         // The cluster's roles differ between machines: PostgreSQL's permissions are run by psql below.
         if (row != QLatin1String("custom") && !b->IsPostgreSQL())
@@ -332,6 +344,8 @@ private Q_SLOTS:
             Control<QCheckBox>(w, "chkDropObjectsFirst")->setChecked(true);
         RunMode(w, row);
         QCOMPARE(w.CurrentFrame()->objectName(), QStringLiteral("fraFinish"));
+        for (const QString &name : std::as_const(overloads))
+            QCOMPARE(Control<QTreeWidget>(w, "lvwItems")->findItems(name, Qt::MatchExactly).size(), 1);
         const QStringList expected = row == QLatin1String("complete")
             ? QStringList { "add usp_b", "add usp_a", "add fn_a", "add vw_a_top", "add vw_b_base", "add tr_a" }
             : row == QLatin1String("custom")

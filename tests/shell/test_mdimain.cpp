@@ -5,6 +5,7 @@
 // small fake children, the key table, the polling of the commands, the child
 // look-up, closing, status texts, sizes, drags, help and the desktop's links.
 #include "HelpIntegration.h"
+#include "HelpKeys.h"
 #include "KORVOAllWindows.h"
 #include "KORVODatabase.h"
 #include "KORVOExplorerBar.h"
@@ -15,6 +16,11 @@
 #include "OffscreenDialogs.h"
 #include "UserDataFolder.h"
 #include "frmAbout.h"
+#include "frmEditObjectPermissions.h"
+#include "frmEditObjectText.h"
+#include "frmSQLQuery.h"
+#include "multiGrid.h"
+#include "SQLTextEditor.h"
 #include "mdiMain.h"
 #include "test_backend.h"
 
@@ -25,10 +31,12 @@
 #include <QLineEdit>
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QMenuBar>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPointer>
 #include <QSplitter>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
@@ -158,6 +166,26 @@ private:
     QString mTag, mKey;
     QStringList &mLog;
 };
+
+// Keys as the keyboard sends them: "+Ctrl" presses, "-Ctrl" lets go, a bare name does both.
+void Type(QWidget *widget, const QString &script)
+{
+    static const QHash<QString, int> keys { { "Ctrl", Qt::Key_Control }, { "Shift", Qt::Key_Shift },
+        { "Alt", Qt::Key_Alt }, { "F1", Qt::Key_F1 }, { "F3", Qt::Key_F3 }, { "F5", Qt::Key_F5 },
+        { "Return", Qt::Key_Return }, { "Delete", Qt::Key_Delete }, { "Escape", Qt::Key_Escape } };
+    static const QHash<int, Qt::KeyboardModifier> modifiers { { Qt::Key_Control, Qt::ControlModifier },
+        { Qt::Key_Shift, Qt::ShiftModifier }, { Qt::Key_Alt, Qt::AltModifier } };
+    Qt::KeyboardModifiers held;
+    for (const QString &step : script.split(' ')) {
+        const QString name = step.startsWith('+') || step.startsWith('-') ? step.mid(1) : step;
+        const int key = keys.value(name, name.at(0).unicode());
+        const QString text = !held && name.size() == 1 ? name.toLower() : QString();
+        if (!step.startsWith('-'))
+            QTest::simulateEvent(widget, true, key, held |= modifiers.value(key), text, false);
+        if (!step.startsWith('+'))
+            QTest::simulateEvent(widget, false, key, held &= ~modifiers.value(key), text, false);
+    }
+}
 
 QStringList VisibleEntries(QMenu *menu)
 {
@@ -587,7 +615,7 @@ private Q_SLOTS:
         QTest::newRow("Ctrl+D press") << int(Qt::Key_D) << 2 << true << true << "Description";
         QTest::newRow("Ctrl+Alt+D release") << int(Qt::Key_D) << 6 << false << true << "drag";
         QTest::newRow("Ctrl+Alt+D press") << int(Qt::Key_D) << 6 << true << false << "";
-        QTest::newRow("F3 press") << int(Qt::Key_F3) << 0 << true << true << "";
+        QTest::newRow("F3 press") << int(Qt::Key_F3) << 0 << true << false << "";
         QTest::newRow("Ctrl+F press") << int(Qt::Key_F) << 2 << true << true << "Find";
         QTest::newRow("F1 press") << int(Qt::Key_F1) << 0 << true << false << "";
         QTest::newRow("F1 release") << int(Qt::Key_F1) << 0 << false << true << "help";
@@ -624,6 +652,116 @@ private Q_SLOTS:
         QCOMPARE(mdiMain::KeyName(key, shift), QString(QTest::currentDataTag()).section(' ', 0, 0));
     }
 
+    // Real key events on the real windows: the tree's pass the main window's filter,
+    // the children's their own hooks into the same key table.
+    void keysReachTheirWindows_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<QString>("effect");
+        auto row = [](const char *name, const char *target, const char *keys, const char *effect) {
+            QTest::newRow(name) << "PostgreSQL" << target << keys << effect;
+        };
+        row("F1 in the text window", "text", "F1", "help TheEditor.htm");
+        row("F1 in the permission editor", "permissions", "F1", "help Permissions.htm");
+        row("F1 in the query window", "query", "F1", "help SQLQuery.htm");
+        row("F1 on the tree", "tree", "F1", "help DBT.htm");
+        row("F3", "text", "F3", "later");
+        row("Shift+F3", "text", "+Shift F3 -Shift", "earlier");
+        row("Ctrl+Q, Q let go first", "tree", "+Ctrl +Q -Q -Ctrl", "query");
+        row("Ctrl+Q, Ctrl let go first", "tree", "+Ctrl +Q -Ctrl -Q", "query");
+        row("Ctrl+Q in the text window, Ctrl let go first", "text", "+Ctrl +Q -Ctrl -Q", "query");
+        row("Ctrl+Alt+D, Alt let go first", "tree", "+Ctrl +Alt +D -Alt -D -Ctrl", "drag");
+        row("Q alone", "tree", "Q", "");
+        row("Ctrl+S in the permission editor", "permissions", "+Ctrl S -Ctrl", "box Permissions Saved,saved");
+        row("Enter on the tree", "tree", "Return", "text p_keys");
+        row("Delete on the tree", "tree", "Delete", "box Delete Item");
+        row("Escape in the comparison", "compare", "Escape", "closed");
+        row("F5 in the query window", "query", "F5", "ran");
+        row("Ctrl+Enter in the query window", "query", "+Ctrl Return -Ctrl", "ran");
+        row("typing into a read-only text", "text", "x", "Read only: check the object out (Ctrl+O) to change it.");
+    }
+    void keysReachTheirWindows()
+    {
+        QFETCH(QString, target);
+        QFETCH(QString, keys);
+        QFETCH(QString, effect);
+        QString id;
+        if (!open([&] { id = b->Versioned("p_keys"); }))
+            QSKIP("no backend");
+        HelpKeys helpKeys(*help); // as the program has it
+        qApp->installEventFilter(&helpKeys);
+        windows.real = &realWindows;
+        main->show();
+        QApplication::setActiveWindow(main);
+        expand(folder()->data(0, Qt::UserRole).toString());
+        main->Tree()->setCurrentItem(node("I" + id));
+        main->Tree()->setFocus();
+        QWidget *widget = main->Tree();
+        std::function<QStringList()> observe = [] { return QStringList(); };
+        if (target == "text") {
+            main->DoCommand(2);
+            auto *text = dynamic_cast<frmEditObjectText *>(main->ActiveChild());
+            QVERIFY(text && text->Editor().Locked());
+            SQLTextEditor *editor = &text->Editor();
+            QVERIFY(editor->Search("E", false, false, true) && editor->Search("E", false, false, true));
+            const long at = editor->SendScintilla(QsciScintillaBase::SCI_GETCURRENTPOS);
+            const QString status = text->PanelText("Status");
+            observe = [=] {
+                const long now = editor->SendScintilla(QsciScintillaBase::SCI_GETCURRENTPOS);
+                return QStringList { now > at ? "later" : now < at ? "earlier" : "",
+                    text->PanelText("Status") == status ? QString() : text->PanelText("Status") };
+            };
+            widget = editor;
+        } else if (target == "permissions") {
+            main->DoCommand(33, "mnuPopupEditPermission");
+            auto *permissions = dynamic_cast<frmEditObjectPermissions *>(main->ActiveChild());
+            QVERIFY(permissions);
+            auto *grid = permissions->findChild<QTableWidget *>("grdPermission");
+            grid->setFocus(); // lands on the first grantee's name, where a blank grants nothing
+            QTRY_VERIFY(grid->hasFocus() && grid->currentRow() == 0 && grid->currentColumn() == 0);
+            permissions->CycleCell(0, 1);
+            observe = [=] { return QStringList { permissions->IsDirty() ? "" : "saved" }; };
+            widget = grid;
+        } else if (target == "query") {
+            main->DoCommand(53);
+            auto *query = dynamic_cast<frmSQLQuery *>(main->ActiveChild());
+            QVERIFY(query);
+            query->Editor().SetText("SELECT 1");
+            query->SetPanelVisible(false);
+            observe = [=] {
+                QTest::qWaitFor([=] { return !query->findChild<multiGrid *>()->IsRunning(); });
+                return QStringList { query->PanelVisible() ? "ran" : "" };
+            };
+            widget = &query->Editor();
+        } else if (target == "compare") {
+            realWindows.Compare(main, *session, "a", "b", "SQL", "VSS");
+            QPointer<QWidget> compare = main->findChild<QWidget *>("frmCompareText");
+            QVERIFY(compare);
+            observe = [=] { return QStringList { compare && compare->isVisible() ? "" : "closed" }; };
+            widget = compare->findChild<QWidget *>("txtLeft");
+        }
+        windows.calls.clear();
+        opened.clear();
+        b->ui.setLenient(true);
+        b->ui.answer(UiServices::Answer::No);
+        const int boxes = b->ui.boxes.size();
+
+        Type(widget, keys);
+        QStringList effects;
+        for (const QString &page : std::as_const(opened))
+            effects << "help " + page;
+        effects << windows.calls;
+        for (int i = boxes; i < b->ui.boxes.size(); ++i)
+            effects << "box " + b->ui.boxes.at(i).title;
+        if (main->DragSubnodes())
+            effects << "drag";
+        effects << observe();
+        effects.removeAll(QString());
+        QCOMPARE(effects.join(','), effect);
+    }
+
     // The help menu opens the main window's page, or the tree's when the tree has the focus.
     void helpMenuOpensTheMainWindowsTopic_data()
     {
@@ -647,6 +785,23 @@ private Q_SLOTS:
         opened.clear();
         window.Action("mnuHelpContents")->trigger();
         QCOMPARE(opened, QStringList { page });
+    }
+
+    // No two entries of a menu share an access key, so Alt+T, Q reaches one entry.
+    void accessKeysDifferWithinEachMenu()
+    {
+        mdiMain window;
+        const auto menus = window.menuBar()->findChildren<QMenu *>();
+        QVERIFY(menus.size() > 5);
+        for (QMenu *menu : menus) {
+            QStringList keys;
+            for (QAction *a : menu->actions()) {
+                const QString text = a->text().section('\t', 0, 0);
+                if (text.contains('&'))
+                    keys << text.section('&', 1).left(1).toUpper();
+            }
+            QCOMPARE(QSet<QString>(keys.begin(), keys.end()).size(), keys.size());
+        }
     }
 
     void commandsFollowTheActiveChild()

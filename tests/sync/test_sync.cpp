@@ -35,7 +35,7 @@ class TestSync : public QObject
     std::unique_ptr<Backend> b;
     QTemporaryDir settings;
     std::unique_ptr<KORVODatabase> session;
-    KORVOWindows windows;
+    FakeMain windows; // records the comparisons
 
     bool setUp()
     {
@@ -106,17 +106,28 @@ private Q_SLOTS:
         SvnRepository(b->repo->Url(), "alice", {})
             .Commit(VssDatabase::ProjectFolder(Backend::Project), "latin-1",
                 { { SvnRepository::Change::AddFile, latin + ".sp", QByteArray("SELECT '\xe9'"), {}, -1 } });
+        // Overloads are named with their argument types.
+        QStringList overloads;
+        if (b->IsPostgreSQL()) {
+            for (const char *type : { "integer", "text" }) {
+                b->sql->ExecuteSQL(
+                    QStringLiteral("CREATE FUNCTION dbo.f_ov(p_a %1) RETURNS integer LANGUAGE sql AS $$ SELECT 1 $$")
+                        .arg(type));
+                overloads << Function + ",1,0,0," + qualified("f_ov(%1)").arg(type) + ",User Defined Function";
+            }
+        }
         b->ExpectBox();
         QStringList found;
         for (const KORVOSyncDifference &d : analyse())
             found.append(d.Row().mid(1).join(','));
         QCOMPARE(found.join('\n'),
-            QStringList({ Procedure + ",1,1,1," + qualified("p_b_changed") + ",Stored Procedure",
-                            Procedure + ",1,0,0," + qualified("p_c_sqlonly") + ",Stored Procedure",
-                            Procedure + ",1,0,0," + qualified("p_e_sqlonly") + ",Stored Procedure",
-                            Procedure + ",1,1,1," + qualified("p_f_latin") + ",Stored Procedure",
-                            Procedure + ",0,1,0," + qualified("p_d_vssonly") + ",Stored Procedure",
-                            Procedure + ",0,1,0,900000002,Stored Procedure" })
+            (QStringList({ Procedure + ",1,1,1," + qualified("p_b_changed") + ",Stored Procedure",
+                 Procedure + ",1,0,0," + qualified("p_c_sqlonly") + ",Stored Procedure",
+                 Procedure + ",1,0,0," + qualified("p_e_sqlonly") + ",Stored Procedure",
+                 Procedure + ",1,1,1," + qualified("p_f_latin") + ",Stored Procedure",
+                 Procedure + ",0,1,0," + qualified("p_d_vssonly") + ",Stored Procedure",
+                 Procedure + ",0,1,0,900000002,Stored Procedure" })
+                + overloads)
                 .join('\n'));
         QCOMPARE(b->ui.boxes.size(), 1);
         QCOMPARE(b->ui.last().title, QString("Could not get Item Content"));
@@ -194,6 +205,19 @@ private Q_SLOTS:
         QVERIFY(b->Files().contains("900000001.sp"));
         QVERIFY(!b->Files().contains(otherId + ".sp"));
         QVERIFY(b->Latest(changedId + ".sp").contains(Backend::Marker(ObjectClass::StoredProcedure, 1)));
+
+        // A double click compares the row's own object, and only from its names and types.
+        QTableView *grd = w.Grid();
+        windows.calls.clear();
+        for (int column : { int(KORVOSyncResultsModel::ColButton), int(KORVOSyncResultsModel::ColVSSType) }) {
+            const QPoint at = grd->visualRect(grd->model()->index(0, column)).center();
+            QTest::mouseClick(grd->viewport(), Qt::LeftButton, {}, at);
+            QTest::mouseDClick(grd->viewport(), Qt::LeftButton, {}, at);
+        }
+        QCOMPARE(windows.calls, QStringList { "Compare " + changed + " in SQL " + changed + " in VSS" });
+        QVERIFY(windows.compared.value(0).contains(Backend::Marker(ObjectClass::StoredProcedure, 2)));
+        for (int i = 0; i < 3 && !rows(w).first().startsWith(changed + "|CNG:R|"); ++i)
+            clickImage(w, 0); // undoes the double click's own clicks on the image
 
         // Row 0 looks up the object of the last kept row (p_e_sqlonly, not in VSS to
         // change), row 1 that of p_b_changed (already in VSS to add).

@@ -19,6 +19,8 @@ namespace
 
 constexpr int kNameWidth = 215;
 constexpr int kRightWidth = 55;
+// The help topic of the window, under which the main window sees its keys.
+constexpr long kHelpContext = 39;
 
 QString ValueIconName(int value)
 {
@@ -297,6 +299,18 @@ bool frmEditObjectPermissions::CloseItem(bool force)
 bool frmEditObjectPermissions::eventFilter(QObject *watched, QEvent *e)
 {
     if (watched == grdPermission) {
+        if (e->type() == QEvent::KeyPress || e->type() == QEvent::KeyRelease) {
+            // The main window's shortcuts first, as in the other child windows.
+            auto *event = static_cast<QKeyEvent *>(e);
+            const Qt::KeyboardModifiers m = event->modifiers();
+            const int shift = (m & Qt::ShiftModifier ? 1 : 0) | (m & Qt::ControlModifier ? 2 : 0)
+                | (m & Qt::AltModifier ? 4 : 0);
+            int code = event->key();
+            if (!(event->isAutoRepeat() && e->type() == QEvent::KeyRelease))
+                mMain.KeyPreview(e->type() == QEvent::KeyPress, code, shift, kHelpContext);
+            if (code == 0)
+                return true;
+        }
         if (e->type() == QEvent::KeyPress) {
             const int key = static_cast<QKeyEvent *>(e)->key();
             if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space) {
@@ -304,9 +318,9 @@ bool frmEditObjectPermissions::eventFilter(QObject *watched, QEvent *e)
                     CycleCell(grdPermission->currentRow(), grdPermission->currentColumn());
                 return true;
             }
-        } else if (e->type() == QEvent::FocusIn && grdPermission->currentRow() < 0 && grdPermission->rowCount() > 0
-            && grdPermission->columnCount() > 1) {
-            grdPermission->setCurrentCell(0, 1);
+        } else if (e->type() == QEvent::FocusIn && grdPermission->currentRow() < 0 && grdPermission->rowCount() > 0) {
+            // The name, not a right: a blank typed next must not grant anything.
+            grdPermission->setCurrentCell(0, 0);
         }
     }
     return QWidget::eventFilter(watched, e);
