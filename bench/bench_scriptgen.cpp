@@ -6,6 +6,8 @@
 // through the wizard with its step list as the user waits for it (from "Next"
 // to the last page, from "Finish" to the file written). "first" is the complete
 // mode with the working folder empty. Without a display the window is offscreen.
+// Arguments: the object count, then the modes to run ("complete", "compare",
+// "timeframe"; all by default).
 #include "KORVODatabase.h"
 #include "KORVOObjectFactory.h"
 #include "KORVOObjectTypes.h"
@@ -245,6 +247,8 @@ void Print(const char *mode, const char *where, const Figures &f)
         mode, where, f.Count, f.Collected, f.Emitted, f.Collected + f.Emitted, static_cast<long long>(f.Bytes / 1024));
 }
 
+QStringList Modes;
+
 bool Run(const PgTestServer &server, const QString &dataDir)
 {
     auto own = server.newDatabase(QStringLiteral("scripts"));
@@ -277,8 +281,15 @@ bool Run(const PgTestServer &server, const QString &dataDir)
              .isEmpty())
         return false;
 
-    KORVODatabase session(ui, std::make_shared<KORVOObjectFactory>(), {}, dataDir + QStringLiteral("/korvo.conf"));
-    session.SetProject(proj);
+    // Each run in a session of its own, so that none finds the objects of another.
+    int sessions = 0;
+    std::unique_ptr<KORVODatabase> current;
+    const auto session = [&]() -> KORVODatabase & {
+        current = std::make_unique<KORVODatabase>(ui, std::make_shared<KORVOObjectFactory>(),
+            KORVODatabase::MainWindowFactory(), dataDir + QStringLiteral("/korvo%1.conf").arg(++sessions));
+        current->SetProject(proj);
+        return *current;
+    };
     const Other other { older->Server, older->Database, older->UserName, older->Password };
     // Every object was checked in a minute ago at most.
     const QDateTime from = QDateTime::currentDateTime().addSecs(-600);
@@ -286,15 +297,17 @@ bool Run(const PgTestServer &server, const QString &dataDir)
     const auto file = [&] { return dataDir + QStringLiteral("/bench%1.sql").arg(++run); };
     // The first run fetches every working file afresh; the others find them
     // there, as a user's working folder usually has them.
-    Print("first:", "model", InModel(session, ui, ScriptCreator::Complete, other, from, file()));
+    Print("first:", "model", InModel(session(), ui, ScriptCreator::Complete, other, from, file()));
     const struct {
         int option;
-        const char *name;
-    } modes[] = { { ScriptCreator::Complete, "complete:" }, { ScriptCreator::Compare, "compare:" },
-        { ScriptCreator::TimeFrame, "time frame:" } };
+        const char *name, *key;
+    } modes[] = { { ScriptCreator::Complete, "complete:", "complete" }, { ScriptCreator::Compare, "compare:", "compare" },
+        { ScriptCreator::TimeFrame, "time frame:", "timeframe" } };
     for (const auto &mode : modes) {
-        const Figures model = InModel(session, ui, mode.option, other, from, file());
-        const Figures window = InWindow(session, mode.option, other, from, file());
+        if (!Modes.isEmpty() && !Modes.contains(QLatin1String(mode.key)))
+            continue;
+        const Figures model = InModel(session(), ui, mode.option, other, from, file());
+        const Figures window = InWindow(session(), mode.option, other, from, file());
         Print(mode.name, "model", model);
         Print("", "window", window);
         if (window.Count != model.Count || window.Bytes / 64 != model.Bytes / 64)
@@ -320,8 +333,13 @@ int main(int argc, char **argv)
     });
     QApplication app(argc, argv);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
-    if (argc > 1 && QString::fromLocal8Bit(argv[1]).toInt() > 100)
-        SetSize(QString::fromLocal8Bit(argv[1]).toInt());
+    for (int i = 1; i < argc; ++i) {
+        const QString arg = QString::fromLocal8Bit(argv[i]);
+        if (arg.toInt() > 100)
+            SetSize(arg.toInt());
+        else
+            Modes.append(arg);
+    }
     QTemporaryDir tmp(QDir::tempPath() + QStringLiteral("/korvo-bench-XXXXXX"));
     // The server runs as another user when we are root: it must reach the folder.
     QFile::setPermissions(tmp.path(),

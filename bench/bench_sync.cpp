@@ -211,25 +211,27 @@ bool runAnalysis(const PgTestServer &server, const QString &tmp)
     const int differing = fillProject(repo.Url(), sql);
     std::printf("set-up of %d objects, %d of them out of step: %.0f ms\n", 4 * perType, differing, ms(t));
 
-    if (auto session = openSession(ui, *db, repo.Url(), {}, repo.Folder(QStringLiteral("work")), tmp + "/a.conf")) {
-        analyse("file://", *session);
-        analyseInWindow("file://", *session);
-    } else {
+    // Each run in a session of its own, so that none finds the objects of another.
+    auto session = openSession(ui, *db, repo.Url(), {}, repo.Folder(QStringLiteral("work")), tmp + "/a.conf");
+    auto windowSession = openSession(ui, *db, repo.Url(), {}, repo.Folder(QStringLiteral("work")), tmp + "/a2.conf");
+    if (!session || !windowSession)
         return false;
-    }
+    analyse("file://", *session);
+    analyseInWindow("file://", *windowSession);
 
     if (!repo.ServeUsers({ { QStringLiteral("alice"), QStringLiteral("pw1") } }))
         return false;
     SvnServe serve(repo.Root());
     if (!serve.IsRunning())
         return false;
-    if (auto session = openSession(ui, *db, serve.Url(QStringLiteral("repo")), QStringLiteral("pw1"),
-            repo.Folder(QStringLiteral("work2")), tmp + "/b.conf")) {
-        analyse("svnserve:", *session);
-        analyseInWindow("svnserve:", *session);
-    } else {
+    session = openSession(ui, *db, serve.Url(QStringLiteral("repo")), QStringLiteral("pw1"),
+        repo.Folder(QStringLiteral("work2")), tmp + "/b.conf");
+    windowSession = openSession(ui, *db, serve.Url(QStringLiteral("repo")), QStringLiteral("pw1"),
+        repo.Folder(QStringLiteral("work2")), tmp + "/b2.conf");
+    if (!session || !windowSession)
         return false;
-    }
+    analyse("svnserve:", *session);
+    analyseInWindow("svnserve:", *windowSession);
     return ui.boxes.isEmpty();
 }
 
