@@ -75,6 +75,10 @@ void Figures(const PgTestDatabase &db)
 
 int main(int argc, char **argv)
 {
+    // Without a display the windows are offscreen.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY")
+        && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     QTemporaryDir tmp(QDir::tempPath() + QStringLiteral("/korvo-bench-XXXXXX"));
     // The server runs as another user when we are root: it must reach the folder.
