@@ -1,8 +1,13 @@
-// Times the script generator's complete mode over 2,600 objects, and its
-// comparison mode between two PostgreSQL databases of 2,600 objects each with
-// 5% of them differing, with the project on svnserve: the collection of the
-// objects and the emission of the script file, each and together. "again" is
-// the complete mode with the working files already in the working folder.
+// Times the script generator's complete mode over 2,600 objects (another count
+// as the first argument), its comparison mode between two PostgreSQL databases
+// of that many objects with 5% of them differing, and its time frame mode over
+// the same, with the project on svnserve: the collection of the objects and
+// the emission of the script file, each and together, in the model alone and
+// through the wizard with its step list as the user waits for it (from "Next"
+// to the last page, from "Finish" to the file written). "first" is the complete
+// mode with the working folder empty. Without a display the window is offscreen.
+// Arguments: the object count, then the modes to run ("complete", "compare",
+// "timeframe"; all by default).
 #include "KORVODatabase.h"
 #include "KORVOObjectFactory.h"
 #include "KORVOObjectTypes.h"
@@ -16,11 +21,18 @@
 #include "ScriptedUi.h"
 #include "SvnFixtures.h"
 #include "SvnRepository.h"
+#include "frmScriptCreator.h"
 #include "sql/KORVOSQL.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateTimeEdit>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -29,7 +41,16 @@ namespace
 {
 
 const QString project = QStringLiteral("$\\Db\\Objects\\");
-constexpr int Procedures = 1000, Functions = 800, Views = 600, Triggers = 199; // and one trigger function
+// 2,600 objects: the trigger function counts among the functions.
+int Procedures = 1000, Functions = 800, Views = 600, Triggers = 199;
+
+void SetSize(int objects)
+{
+    Procedures = objects * 10 / 26;
+    Functions = objects * 8 / 26;
+    Views = objects * 6 / 26;
+    Triggers = objects - Procedures - Functions - Views - 1;
+}
 
 // Steps go nowhere; the run is timed as a whole.
 class NoSteps : public KORVOStepProgress
@@ -118,6 +139,116 @@ bool FillProject(const SvnTestRepository &repo, KORVOSQL &sql)
     return true;
 }
 
+template <class T> T *Control(QWidget &w, const char *name)
+{
+    T *c = w.findChild<T *>(QString::fromLatin1(name));
+    if (!c)
+        qFatal("no control %s", name);
+    return c;
+}
+
+void Click(QWidget &w, const char *name)
+{
+    Control<QPushButton>(w, name)->click();
+}
+
+struct Figures {
+    int Count = 0;
+    double Collected = 0, Emitted = 0;
+    qint64 Bytes = 0;
+};
+
+struct Other {
+    QString Server, Database, UserName, Password;
+};
+
+// The wizard from its first page to the script written, as the user drives it.
+Figures InWindow(KORVODatabase &session, int option, const Other &older, const QDateTime &from, const QString &file)
+{
+    Figures f;
+    frmScriptCreator w(session);
+    w.show();
+    QApplication::processEvents();
+    Control<QRadioButton>(w, qPrintable(QStringLiteral("optType_%1").arg(option)))->setChecked(true);
+    if (option == ScriptCreator::Complete) {
+        QElapsedTimer t;
+        t.start();
+        Click(w, "cmdNext");
+        f.Collected = ms(t);
+    } else {
+        Click(w, "cmdNext");
+        if (option == ScriptCreator::Compare) {
+            Control<QLineEdit>(w, "txtSQLServer")->setText(older.Server);
+            Control<QLineEdit>(w, "txtSQLUsername")->setText(older.UserName);
+            Control<QLineEdit>(w, "txtSQLPassword")->setText(older.Password);
+            Control<QComboBox>(w, "cboSQLDatabase")->setEditText(older.Database);
+        } else {
+            Control<QCheckBox>(w, "chkUntil")->setChecked(true);
+            Control<QDateTimeEdit>(w, "dtpFrom")->setDateTime(from);
+        }
+        QElapsedTimer t;
+        t.start();
+        Click(w, "cmdNext");
+        f.Collected = ms(t);
+    }
+    f.Count = w.Job().ObjectsToScript().Count();
+    Control<QLineEdit>(w, "txtFileLocation")->setText(file);
+    QElapsedTimer t;
+    t.start();
+    Click(w, "cmdFinished");
+    QApplication::processEvents();
+    f.Emitted = ms(t);
+    f.Bytes = QFileInfo(file).size();
+    return f;
+}
+
+// The same through the model, with no step list.
+Figures InModel(KORVODatabase &session, ScriptedUi &ui, int option, const Other &older, const QDateTime &from,
+    const QString &file)
+{
+    Figures f;
+    NoSteps steps;
+    const bool interrupted = false;
+    ScriptCreator job(ui, ServerKind::PostgreSQL());
+    job.OptionSelected = option;
+    ScriptObjectSelection selection(session, job, steps, interrupted);
+    QElapsedTimer t;
+    t.start();
+    if (option == ScriptCreator::Complete) {
+        selection.Complete(true);
+        f.Count = job.ObjectsToScript().Count();
+    } else if (option == ScriptCreator::Compare) {
+        const auto &other = job.SQLConnection();
+        other->SetServer(older.Server);
+        other->SetDatabase(older.Database);
+        other->SetUserName(older.UserName);
+        other->SetPassword(older.Password);
+        QString error;
+        if (selection.Compare(f.Count, error) != ScriptObjectSelection::CompareResult::Done) {
+            std::printf("comparison failed: %s\n", qPrintable(error));
+            return f;
+        }
+    } else {
+        f.Count = selection.TimeFrame(from, QDateTime::currentDateTime());
+    }
+    f.Collected = ms(t);
+    t.restart();
+    ScriptEmitter emitter(job, *ServerKind::PostgreSQL(), steps, interrupted);
+    if (emitter.Run(file) != ScriptEmitter::Result::Written)
+        return f;
+    f.Emitted = ms(t);
+    f.Bytes = QFileInfo(file).size();
+    return f;
+}
+
+void Print(const char *mode, const char *where, const Figures &f)
+{
+    std::printf("%-11s %-7s %5d entries: collection %7.0f ms, emission %7.0f ms, total %7.0f ms; script %lld KB\n",
+        mode, where, f.Count, f.Collected, f.Emitted, f.Collected + f.Emitted, static_cast<long long>(f.Bytes / 1024));
+}
+
+QStringList Modes;
+
 bool Run(const PgTestServer &server, const QString &dataDir)
 {
     auto own = server.newDatabase(QStringLiteral("scripts"));
@@ -150,50 +281,41 @@ bool Run(const PgTestServer &server, const QString &dataDir)
              .isEmpty())
         return false;
 
-    KORVODatabase session(ui, std::make_shared<KORVOObjectFactory>(), {}, dataDir + QStringLiteral("/korvo.conf"));
-    session.SetProject(proj);
-    NoSteps steps;
-    const bool interrupted = false;
-    // The first run fetches every working file afresh; the last finds them there,
-    // as a user's working folder usually has them.
+    // Each run in a session of its own, so that none finds the objects of another.
+    int sessions = 0;
+    std::unique_ptr<KORVODatabase> current;
+    const auto session = [&]() -> KORVODatabase & {
+        current = std::make_unique<KORVODatabase>(ui, std::make_shared<KORVOObjectFactory>(),
+            KORVODatabase::MainWindowFactory(), dataDir + QStringLiteral("/korvo%1.conf").arg(++sessions));
+        current->SetProject(proj);
+        return *current;
+    };
+    const Other other { older->Server, older->Database, older->UserName, older->Password };
+    // Every object was checked in a minute ago at most.
+    const QDateTime from = QDateTime::currentDateTime().addSecs(-600);
     int run = 0;
-    for (int option : { ScriptCreator::Complete, ScriptCreator::Compare, ScriptCreator::Complete }) {
-        ++run;
-        ScriptCreator job(ui, ServerKind::PostgreSQL());
-        job.OptionSelected = option;
-        ScriptObjectSelection selection(session, job, steps, interrupted);
-        QElapsedTimer t;
-        t.start();
-        int count = 0;
-        if (option == ScriptCreator::Complete) {
-            selection.Complete(true);
-            count = job.ObjectsToScript().Count();
-        } else {
-            const auto &other = job.SQLConnection();
-            other->SetServer(older->Server);
-            other->SetDatabase(older->Database);
-            other->SetUserName(older->UserName);
-            other->SetPassword(older->Password);
-            QString error;
-            if (selection.Compare(count, error) != ScriptObjectSelection::CompareResult::Done) {
-                std::printf("comparison failed: %s\n", qPrintable(error));
-                return false;
-            }
-        }
-        const double collected = ms(t);
-        t.restart();
-        ScriptEmitter emitter(job, *ServerKind::PostgreSQL(), steps, interrupted);
-        const QString file = dataDir + QStringLiteral("/bench.sql");
-        if (emitter.Run(file) != ScriptEmitter::Result::Written)
-            return false;
-        const double emitted = ms(t);
-        std::printf("%-10s %4d entries: collection %7.0f ms, emission %7.0f ms, total %7.0f ms; script %lld KB\n",
-            option == ScriptCreator::Compare ? "compare:"
-                : run == 1                   ? "complete:"
-                                             : "again:",
-            count, collected, emitted, collected + emitted,
-            static_cast<long long>(emitter.Script().toUtf8().size() / 1024));
+    const auto file = [&] { return dataDir + QStringLiteral("/bench%1.sql").arg(++run); };
+    // The first run fetches every working file afresh; the others find them
+    // there, as a user's working folder usually has them.
+    Print("first:", "model", InModel(session(), ui, ScriptCreator::Complete, other, from, file()));
+    const struct {
+        int option;
+        const char *name, *key;
+    } modes[] = { { ScriptCreator::Complete, "complete:", "complete" }, { ScriptCreator::Compare, "compare:", "compare" },
+        { ScriptCreator::TimeFrame, "time frame:", "timeframe" } };
+    for (const auto &mode : modes) {
+        if (!Modes.isEmpty() && !Modes.contains(QLatin1String(mode.key)))
+            continue;
+        const Figures model = InModel(session(), ui, mode.option, other, from, file());
+        const Figures window = InWindow(session(), mode.option, other, from, file());
+        Print(mode.name, "model", model);
+        Print("", "window", window);
+        if (window.Count != model.Count || window.Bytes / 64 != model.Bytes / 64)
+            std::printf("    the window's script differs from the model's\n");
     }
+    for (const ScriptedUi::Box &box : std::as_const(ui.boxes))
+        if (box.title != QLatin1String("Operation Successful"))
+            std::printf("box: %s: %s\n", qPrintable(box.title), qPrintable(box.text));
     return true;
 }
 
@@ -201,12 +323,29 @@ bool Run(const PgTestServer &server, const QString &dataDir)
 
 int main(int argc, char **argv)
 {
-    QCoreApplication app(argc, argv);
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY")
+        && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The offscreen platform's note on every window would hide the figures.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &text) {
+        if (!text.contains(QLatin1String("propagateSizeHints")))
+            std::fprintf(stderr, "%s\n", qPrintable(text));
+    });
+    QApplication app(argc, argv);
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
+    for (int i = 1; i < argc; ++i) {
+        const QString arg = QString::fromLocal8Bit(argv[i]);
+        if (arg.toInt() > 100)
+            SetSize(arg.toInt());
+        else
+            Modes.append(arg);
+    }
     QTemporaryDir tmp(QDir::tempPath() + QStringLiteral("/korvo-bench-XXXXXX"));
     // The server runs as another user when we are root: it must reach the folder.
     QFile::setPermissions(tmp.path(),
         QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner | QFileDevice::ReadOther
             | QFileDevice::ExeOther | QFileDevice::ReadGroup | QFileDevice::ExeGroup);
+    qputenv("KORVO_DATA_DIR", tmp.filePath(QStringLiteral("data")).toUtf8());
     const QString socketDir = tmp.path() + QStringLiteral("/pg");
     if (!PgTestServer::startCluster(socketDir)) {
         std::printf("PostgreSQL cluster could not be started\n");

@@ -1,20 +1,28 @@
 // Times the synchronisation analysis of 10,000 objects (2,500 procedures,
-// functions, views and triggers, 5% of them out of step) on a throw-away
-// PostgreSQL cluster with a file:// repository and through svnserve, and the
-// application of 1,000 "add to VSS" rows.
+// functions, views and triggers, 5% of them out of step; another count as the
+// first argument) on a throw-away PostgreSQL cluster with a file:// repository
+// and through svnserve, the model alone and through the window as the user
+// waits for it (from the command to the results grid shown), and the
+// application of 1,000 "add to VSS" rows. "analysis" or "apply" as an argument
+// runs only that part. Without a display the windows are offscreen.
 #include "KORVODatabase.h"
 #include "KORVOObjectFactory.h"
 #include "KORVOProject.h"
 #include "KORVOSyncAnalysis.h"
 #include "KORVOSyncResultsModel.h"
 #include "KORVOVSS.h"
+#include "KORVOWindows.h"
 #include "PgTestServer.h"
 #include "ScriptedUi.h"
 #include "SvnFixtures.h"
 #include "SvnRepository.h"
+#include "frmSyncProcess.h"
+#include "frmSyncResults.h"
 #include "sql/KORVOSQL.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QTableView>
+#include <QTimer>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
@@ -25,7 +33,7 @@ namespace
 {
 
 const QString project = QStringLiteral("$\\Db\\Objects\\");
-constexpr int perType = 2500;
+int perType = 2500;
 
 double ms(const QElapsedTimer &t)
 {
@@ -117,6 +125,42 @@ std::unique_ptr<KORVODatabase> openSession(ScriptedUi &ui, const PgTestDatabase 
     return session;
 }
 
+// The synchronisation command as the user meets it: the step window, then the
+// results grid; timed until the grid has been shown, then closed.
+void analyseInWindow(const char *transport, KORVODatabase &session)
+{
+    double shown = -1;
+    int rows = -1;
+    QElapsedTimer t;
+    // The grid's window is shown from its own event loop: it is caught there.
+    struct Catcher : QObject {
+        std::function<void(QWidget *)> Seen;
+        bool eventFilter(QObject *watched, QEvent *event) override
+        {
+            if (event->type() == QEvent::Show)
+                if (auto *w = qobject_cast<frmSyncResults *>(watched))
+                    Seen(w);
+            return false;
+        }
+    } catcher;
+    catcher.Seen = [&](QWidget *w) {
+        QTimer::singleShot(0, w, [&, w] {
+            // After the show's paint has gone out.
+            shown = ms(t);
+            if (auto *grid = w->findChild<QTableView *>())
+                rows = grid->model() ? grid->model()->rowCount() : -1;
+            static_cast<QDialog *>(w)->reject();
+        });
+    };
+    qApp->installEventFilter(&catcher);
+    KORVOWindows windows;
+    frmSyncProcess process(windows);
+    t.start();
+    process.StartSync(session);
+    qApp->removeEventFilter(&catcher);
+    std::printf("through the window, %-9s %8.0f ms to the grid of %d rows\n", transport, shown, rows);
+}
+
 void analyse(const char *transport, KORVODatabase &session)
 {
     KORVOSyncAnalysis analysis(session);
@@ -167,21 +211,27 @@ bool runAnalysis(const PgTestServer &server, const QString &tmp)
     const int differing = fillProject(repo.Url(), sql);
     std::printf("set-up of %d objects, %d of them out of step: %.0f ms\n", 4 * perType, differing, ms(t));
 
-    if (auto session = openSession(ui, *db, repo.Url(), {}, repo.Folder(QStringLiteral("work")), tmp + "/a.conf"))
-        analyse("file://", *session);
-    else
+    // Each run in a session of its own, so that none finds the objects of another.
+    auto session = openSession(ui, *db, repo.Url(), {}, repo.Folder(QStringLiteral("work")), tmp + "/a.conf");
+    auto windowSession = openSession(ui, *db, repo.Url(), {}, repo.Folder(QStringLiteral("work")), tmp + "/a2.conf");
+    if (!session || !windowSession)
         return false;
+    analyse("file://", *session);
+    analyseInWindow("file://", *windowSession);
 
     if (!repo.ServeUsers({ { QStringLiteral("alice"), QStringLiteral("pw1") } }))
         return false;
     SvnServe serve(repo.Root());
     if (!serve.IsRunning())
         return false;
-    if (auto session = openSession(ui, *db, serve.Url(QStringLiteral("repo")), QStringLiteral("pw1"),
-            repo.Folder(QStringLiteral("work2")), tmp + "/b.conf"))
-        analyse("svnserve:", *session);
-    else
+    session = openSession(ui, *db, serve.Url(QStringLiteral("repo")), QStringLiteral("pw1"),
+        repo.Folder(QStringLiteral("work2")), tmp + "/b.conf");
+    windowSession = openSession(ui, *db, serve.Url(QStringLiteral("repo")), QStringLiteral("pw1"),
+        repo.Folder(QStringLiteral("work2")), tmp + "/b2.conf");
+    if (!session || !windowSession)
         return false;
+    analyse("svnserve:", *session);
+    analyseInWindow("svnserve:", *windowSession);
     return ui.boxes.isEmpty();
 }
 
@@ -251,7 +301,15 @@ bool runApply(const PgTestServer &server, const QString &tmp)
 
 int main(int argc, char **argv)
 {
-    QCoreApplication app(argc, argv);
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY")
+        && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The offscreen platform's note on every window would hide the figures.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &text) {
+        if (!text.contains(QLatin1String("propagateSizeHints")))
+            std::fprintf(stderr, "%s\n", qPrintable(text));
+    });
+    QApplication app(argc, argv);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
     QTemporaryDir tmp(QDir::tempPath() + QStringLiteral("/korvo-bench-XXXXXX"));
     // The server runs as another user when we are root: it must reach the folder.
@@ -267,8 +325,15 @@ int main(int argc, char **argv)
     int rc = 0;
     try {
         const PgTestServer server(socketDir);
-        // "analysis" or "apply" runs only that part.
-        const QString only = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QString();
+        QString only;
+        for (int i = 1; i < argc; ++i) {
+            bool number = false;
+            const int objects = QString::fromLocal8Bit(argv[i]).toInt(&number);
+            if (number && objects >= 4)
+                perType = objects / 4;
+            else
+                only = QString::fromLocal8Bit(argv[i]);
+        }
         if (only != QLatin1String("apply") && !runAnalysis(server, tmp.path()))
             rc = 1;
         if (only != QLatin1String("analysis") && !runApply(server, tmp.path()))

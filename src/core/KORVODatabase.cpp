@@ -2,6 +2,7 @@
 
 #include "KORVOMainWindow.h"
 #include "KORVOSQL.h"
+#include "KORVOVSS.h"
 
 namespace
 {
@@ -295,6 +296,11 @@ KORVOObjectCollectionPtr KORVODatabase::GetObjectObjects(const QString &objectTy
     return last;
 }
 
+KORVOVSSListingPass KORVODatabase::ListingPass() const
+{
+    return KORVOVSSListingPass(mProject ? mProject->VSS() : nullptr);
+}
+
 KORVODBObjectPtr KORVODatabase::GetObject(const QString &tag, const QString &key, bool &fromDeleted)
 {
     if (auto collection = FirstWithSubType(tag))
@@ -384,6 +390,7 @@ bool KORVODatabase::DeleteItem(const QString &tag, const QString &key)
 QList<KORVODBTItemsPtr> KORVODatabase::GetObjectsForUndeleteing(const QString &objectType)
 {
     QList<KORVODBTItemsPtr> result;
+    const KORVOVSSListingPass pass = ListingPass();
     for (const auto &collection : std::as_const(mObjects)) {
         if (!collection->IsEditable())
             continue;

@@ -15,6 +15,7 @@
 
 class KORVOMainWindow;
 class KORVOProjects;
+class KORVOVSSListingPass;
 class UiServices;
 
 // The session's progress events, raised to one listener with the type and
@@ -97,6 +98,9 @@ public:
     // The second set of collections, bound to another database and SQL only.
     QList<KORVOObjectCollectionPtr> SetupAvailableEditableObjectsForAnotherDB(const std::shared_ptr<KORVOSQL> &connector);
     KORVOObjectCollectionPtr GetObjectObjects(const QString &objectType);
+    // Held over a pass through several collections, so that the project's
+    // repository folder is listed once for all of them (KORVOVSS.h).
+    KORVOVSSListingPass ListingPass() const;
     KORVODBObjectPtr GetObject(const QString &tag, const QString &key, bool &fromDeleted);
     QString GetObjectType(const QString &key);
     KORVODBTItemPtr RefreshItem(const QString &tag, const QString &key);

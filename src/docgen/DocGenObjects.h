@@ -45,6 +45,9 @@ public:
     virtual QList<Type> GetItemsForDocGen() = 0;
     // Refreshes the type's list and gives its objects (GetObjectObjects).
     virtual DocGenCollection GetObjectObjects(const QString &key) = 0;
+    // Held while the types are read one after the other, so that their
+    // repository folder is listed once; null where nothing is listed.
+    virtual std::shared_ptr<void> HoldListing() { return nullptr; }
 };
 
 class KORVODatabase;

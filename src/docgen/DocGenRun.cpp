@@ -50,6 +50,7 @@ DocGenRun::Outcome DocGenRun::Run()
         return Outcome::NotRun;
     try {
         QList<DocGenCollection> collections;
+        const std::shared_ptr<void> listing = mSource.HoldListing();
         for (const auto &type : std::as_const(mTypes)) {
             mSteps.NextStep();
             collections.append(mSource.GetObjectObjects(type.Key));

@@ -1,6 +1,7 @@
 #include "DocGenObjects.h"
 
 #include "KORVODatabase.h"
+#include "KORVOVSS.h"
 #include "KORVOVersionedObjects.h"
 
 namespace
@@ -40,6 +41,11 @@ public:
         for (const auto &item : *mSession.GetItemsForDocGen())
             types.append({ item->Key, item->Text });
         return types;
+    }
+    std::shared_ptr<void> HoldListing() override
+    {
+        const KORVOProjectPtr &project = mSession.Project();
+        return std::make_shared<KORVOVSSListingPass>(project ? project->VSS() : nullptr);
     }
     DocGenCollection GetObjectObjects(const QString &key) override
     {

@@ -1,6 +1,7 @@
 #include "frmRecompile.h"
 
 #include "KORVODatabase.h"
+#include "KORVOVSS.h"
 #include "KORVOVersionedObjects.h"
 #include "driver/SqlError.h"
 #include "sql/KORVOSQL.h"
@@ -100,6 +101,7 @@ void frmRecompile::Start()
         const QString selected = mTypeKeys.value(cboObjects->currentIndex() - 1);
         QList<std::shared_ptr<KORVOVersionedObjects>> chosen;
         int total = 0;
+        const KORVOVSSListingPass listing = mDatabase.ListingPass();
         for (const KORVOObjectCollectionPtr &c : mDatabase.Collections()) {
             if (cboObjects->currentIndex() != 0 && c->ObjectType() != selected)
                 continue;

@@ -334,6 +334,8 @@ QString KORVOVersionedObjects::Caption(const KORVOTypedObject &object, bool show
 
 KORVODBTItemsPtr KORVOVersionedObjects::GetItemInfo(bool showOwner, const KORVODBObjectPtr &table)
 {
+    // The type's files and the descriptions come from one listing.
+    const KORVOVSSListingPass listing(mCheckSQLOnly ? nullptr : mVSS);
     bool cancel = false;
     RefreshList(cancel);
     if (cancel)

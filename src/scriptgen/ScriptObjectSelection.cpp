@@ -5,6 +5,7 @@
 #include "KORVOHistoryData.h"
 #include "KORVOLatestTexts.h"
 #include "KORVOStepProgress.h"
+#include "KORVOVSS.h"
 #include "KORVOVersionedObjects.h"
 #include "ScriptCreator.h"
 #include "sql/KORVOSQL.h"
@@ -244,6 +245,7 @@ int ScriptObjectSelection::TimeFrame(const QDateTime &fromPicked, const QDateTim
     // History dates have whole seconds, and so has the frame.
     const QDateTime from = WholeSeconds(fromPicked), until = WholeSeconds(untilPicked);
     ScriptCreatorObjects &list = mJob.ObjectsToScript();
+    const KORVOVSSListingPass listing = mSession.ListingPass();
     mSteps.SetProgressMax(1);
     list.Clear();
     AddObjectTypeSteps(false, false);
@@ -337,6 +339,7 @@ ScriptObjectSelection::CompareResult ScriptObjectSelection::Compare(int &count, 
     count = 0;
     ScriptCreatorObjects &list = mJob.ObjectsToScript();
     const std::shared_ptr<KORVOSQL> &other = mJob.SQLConnection();
+    const KORVOVSSListingPass listing = mSession.ListingPass();
     mSteps.SetProgressMax(1);
     list.Clear();
     AddObjectTypeSteps(false, false);
@@ -452,6 +455,7 @@ ScriptObjectSelection::CompareResult ScriptObjectSelection::Compare(int &count, 
 QList<KORVOTypedObjectPtr> ScriptObjectSelection::Complete(bool complete)
 {
     QList<KORVOTypedObjectPtr> rows;
+    const KORVOVSSListingPass listing = mSession.ListingPass();
     mSteps.SetProgressMax(1);
     mJob.ObjectsToScript().Clear();
     AddObjectTypeSteps(false, false);

@@ -26,6 +26,7 @@ const QList<KORVOSyncStep> &KORVOSyncAnalysis::BuildSteps()
     mDifferences.clear();
     mSteps.clear();
     mCurrent.reset();
+    mListing.reset();
     mRepositoryTexts = {};
     const auto types = mDatabase.GetItemsForSyncronisation();
     for (const auto &type : *types) {
@@ -46,10 +47,21 @@ void KORVOSyncAnalysis::RunStep(int step, Observer &observer)
 {
     observer.SetStepStatus(step, QStringLiteral("Processing"), 1);
     const KORVOSyncStep &s = mSteps.at(step);
-    if (s.StepKind == QLatin1String("SQLVSS"))
-        mCurrent = std::dynamic_pointer_cast<KORVOVersionedObjects>(mDatabase.GetObjectObjects(s.ObjectType));
-    else
-        Compare(step, observer);
+    // One listing of the repository folder serves the refreshes of all types;
+    // it ends with the last step, or with a step that failed.
+    if (!mListing)
+        mListing = std::make_unique<KORVOVSSListingPass>(mDatabase.Project() ? mDatabase.Project()->VSS() : nullptr);
+    try {
+        if (s.StepKind == QLatin1String("SQLVSS"))
+            mCurrent = std::dynamic_pointer_cast<KORVOVersionedObjects>(mDatabase.GetObjectObjects(s.ObjectType));
+        else
+            Compare(step, observer);
+    } catch (...) {
+        mListing.reset();
+        throw;
+    }
+    if (step + 1 >= mSteps.size())
+        mListing.reset();
     observer.SetStepStatus(step, QStringLiteral("Completed"), 2);
 }
 

@@ -9,6 +9,7 @@
 #include <memory>
 
 class KORVODatabase;
+class KORVOVSSListingPass;
 class KORVOVersionedObjects;
 
 // One object that is out of step, a row of the difference table.
@@ -70,6 +71,7 @@ private:
     QList<KORVOSyncStep> mSteps;
     QList<KORVOSyncDifference> mDifferences;
     std::shared_ptr<KORVOVersionedObjects> mCurrent;
+    std::unique_ptr<KORVOVSSListingPass> mListing;
     // The project's texts, read once for all types while nothing changes.
     KORVOLatestTexts mRepositoryTexts;
 };

@@ -68,7 +68,8 @@ bool frmSyncProcess::StartSync(KORVODatabase &database)
     mFailure.clear();
     InitSteps();
     BuildSteps();
-    tmr->start(100);
+    // The first step's status line paints the window before any work.
+    tmr->start(0);
     exec();
 
     // A partial list would pass for the truth: a failed analysis opens no
@@ -161,11 +162,13 @@ void frmSyncProcess::CompareStarted(int, long count)
     if (count > 0)
         pbrCurrent->setMaximum(int(count));
     pbrCurrent->setValue(0);
+    mProgress = 0;
+    mPainted.invalidate();
 }
 
 void frmSyncProcess::ObjectCompared(int step, long, long count)
 {
-    ShowProgress(pbrCurrent->value() + 1, count, step);
+    ShowProgress(mProgress + 1, count, step);
 }
 
 void frmSyncProcess::RetrieveStatusChange(const QString &, const QString &, long position, long total, bool &)
@@ -176,6 +179,16 @@ void frmSyncProcess::RetrieveStatusChange(const QString &, const QString &, long
 
 void frmSyncProcess::ShowProgress(long current, long maximum, int step)
 {
+    mProgress = current;
+    if (step != mProgressStep) {
+        mProgressStep = step;
+        mPainted.invalidate();
+    }
+    // Painting per object would cost more than the comparison: the progress
+    // shows at most every 50 ms, and always at the end of a step.
+    if (current < maximum && mPainted.isValid() && !mPainted.hasExpired(50))
+        return;
+    mPainted.start();
     if (maximum != 0 && maximum != pbrCurrent->maximum())
         pbrCurrent->setMaximum(int(maximum));
     if (current >= 1 && current <= maximum) {

@@ -4,6 +4,7 @@
 #include "KORVOSyncAnalysis.h"
 
 #include <QDialog>
+#include <QElapsedTimer>
 
 class HelpIntegration;
 class KORVOWindows;
@@ -51,6 +52,10 @@ private:
     KORVODatabase *msdbCurrent = nullptr;
     std::unique_ptr<KORVOSyncAnalysis> mAnalysis;
     int mCurrentStep = -1;
+    long mProgress = 0;
+    int mProgressStep = -1;
+    // Since the progress was last painted; invalid when the next call paints.
+    QElapsedTimer mPainted;
     bool mRunning = false;
     // Why the analysis stopped; empty when it ran through.
     QString mFailure;

@@ -306,6 +306,30 @@ private Q_SLOTS:
         if (!expected.isEmpty())
             QCOMPARE(items->Item(items->at(0)->Name), items->at(0));
         QVERIFY(!items->Item(u"nothing"_s));
+        // Within a pass the same, from a listing another filter made first.
+        const KORVOVSSListingPass pass(mListVss);
+        QVERIFY(!mListVss->Items(u"*.vw"_s, false, false)->Item(u"nothing"_s));
+        QCOMPARE(names(mListVss->Items(filter, includeDeleted, onlyDeleted)), expected);
+        QCOMPARE(names(mListVss->Items(u"*.sp"_s, false, false)), (QStringList { "1.sp", "4.sp*alice" }));
+    }
+
+    // A pass lists once: another user's change shows after it, a change made
+    // through the connection at once.
+    void listingPass()
+    {
+        const KORVOVSSListingPass outer(mVss);
+        QCOMPARE(names(mVss->Items(u"*.sp"_s, false, false)), QStringList {});
+        SvnRepository(mRepo->Url(), u"bob"_s, {})
+            .Commit(u"Db/Objects"_s, {}, { { SvnRepository::Change::AddFile, u"60.sp"_s, QByteArray("x"), {}, -1 } });
+        {
+            const KORVOVSSListingPass inner(mVss);
+            QCOMPARE(names(mVss->Items(u"*.sp"_s, false, false)), QStringList {});
+        }
+        QCOMPARE(names(mVss->Items(u"*.sp"_s, false, false)), QStringList {});
+        QVERIFY(mVss->AddItem(u"61.sp"_s, u"y"_s, false, {}));
+        QCOMPARE(names(mVss->Items(u"*.sp"_s, false, false)), (QStringList { "60.sp", "61.sp" }));
+        QVERIFY(mVss->CheckOut(u"61.sp"_s, false));
+        QCOMPARE(names(mVss->Items(u"*.sp"_s, true, false)), (QStringList { "60.sp", "61.sp*alice" }));
     }
 
     void workingCopiesAndCheckOut()

@@ -179,15 +179,20 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("bar");
         QTest::addColumn<QString>("status");
+        QTest::addColumn<int>("from"); // the calls go from here up to value
         QTest::newRow("half with text") << 4 << 2 << "Scanning"
                                         << "Scanning: 50%"
-                                        << "Progress: 50%";
+                                        << "Progress: 50%" << 2;
         QTest::newRow("rounded") << 3 << 2 << ""
                                  << "67%"
-                                 << "Progress: 67%";
+                                 << "Progress: 67%" << 2;
         QTest::newRow("no maximum") << 0 << 1 << ""
                                     << "100%"
-                                    << "Progress: 100%";
+                                    << "Progress: 100%" << 1;
+        // Not every call is painted, but the last one is.
+        QTest::newRow("the last of many") << 20000 << 20000 << ""
+                                          << "100%"
+                                          << "Progress: 100%" << 1;
     }
     void stepProgress()
     {
@@ -200,7 +205,9 @@ private Q_SLOTS:
         list.NextStep();
         list.NextStep();
         list.SetProgressMax(maximum);
-        list.SetProgress(value, text);
+        QFETCH(int, from);
+        for (int v = from; v <= value; ++v)
+            list.SetProgress(v, text);
         QTEST(list.Bar()->text(), "bar");
         QTEST(list.Steps()->topLevelItem(1)->text(2), "status");
         QCOMPARE(list.Steps()->topLevelItem(0)->text(2), QStringLiteral("Completed"));

@@ -28,6 +28,26 @@ QString contentLine(const QString &item)
 
 } // namespace
 
+struct KORVOVSS::Listing {
+    const VssDatabase *Of = nullptr;
+    long Changes = -1;
+    bool WithDeleted = false;
+    QList<VssDatabase::ItemInfo> Items;
+};
+
+KORVOVSSListingPass::KORVOVSSListingPass(std::shared_ptr<KORVOVSS> vss)
+    : mVSS(std::move(vss))
+{
+    if (mVSS)
+        mVSS->BeginListingPass();
+}
+
+KORVOVSSListingPass::~KORVOVSSListingPass()
+{
+    if (mVSS)
+        mVSS->EndListingPass();
+}
+
 KORVOVSS::KORVOVSS(UiServices &ui)
     : mUi(ui)
 {
@@ -95,7 +115,32 @@ QString KORVOVSS::OpenConnection(const QString &iniFile, const QString &userName
 
 void KORVOVSS::CloseConnection()
 {
+    mListing.reset();
     mDatabase.reset();
+}
+
+void KORVOVSS::EndListingPass()
+{
+    if (mPasses > 0 && --mPasses == 0)
+        mListing.reset(); // the next pass sees other users' changes
+}
+
+const KORVOVSS::Listing &KORVOVSS::PassListing(bool includeDeleted)
+{
+    VssDatabase &db = Database();
+    const bool fresh = mListing && mListing->Of == &db && mListing->Changes == db.Changes();
+    if (fresh && includeDeleted && !mListing->WithDeleted) {
+        mListing->Items = db.WithDeleted(std::move(mListing->Items));
+        mListing->WithDeleted = true;
+    } else if (!fresh) {
+        auto listing = std::make_unique<Listing>();
+        listing->Of = &db;
+        listing->Changes = db.Changes();
+        listing->WithDeleted = includeDeleted;
+        listing->Items = db.Items(includeDeleted);
+        mListing = std::move(listing);
+    }
+    return *mListing;
 }
 
 QString KORVOVSS::OpenDatabase(const QString &iniFile, const QString &userName, const QString &password,
@@ -156,8 +201,15 @@ std::shared_ptr<KORVOVSSItems> KORVOVSS::Items(const QString &filter, bool inclu
     // "*.sp": the rest after the first character must end the name, case-sensitively.
     const QString ending = filter.mid(1);
     auto items = std::make_shared<KORVOVSSItems>(weak_from_this().lock());
-    for (const auto &info : Database().Items(includeDeleted)) {
+    QList<VssDatabase::ItemInfo> listed;
+    if (mPasses == 0)
+        listed = Database().Items(includeDeleted);
+    // The live items of a listing with the deleted ones are those of one without.
+    const QList<VssDatabase::ItemInfo> &infos = mPasses > 0 ? PassListing(includeDeleted).Items : listed;
+    for (const auto &info : infos) {
         if (!info.Name.endsWith(ending, Qt::CaseSensitive))
+            continue;
+        if (!includeDeleted && info.Deleted)
             continue;
         if (onlyDeleted && !info.Deleted)
             continue;

@@ -52,6 +52,9 @@ public:
 
     QString GetItemFileName(const QString &item) const;
     std::shared_ptr<KORVOVSSItems> Items(const QString &filter, bool includeDeleted, bool onlyDeleted);
+    // See KORVOVSSListingPass; passes nest.
+    void BeginListingPass() { ++mPasses; }
+    void EndListingPass();
     std::shared_ptr<KORVOVSSItem> Item(const QString &item);
     QString CheckedOutBy(const QString &item);
     bool ItemExists(const QString &item, bool deleted = false);
@@ -110,10 +113,32 @@ private:
     static QString TemporaryName();
     // The text through a scratch file beside the working copies, which is gone afterwards.
     QString ReadThroughScratch(const QString &scratchName, const QByteArray &content);
+    struct Listing;
+    // The listing of the project folder kept for the open pass.
+    const Listing &PassListing(bool includeDeleted);
 
     UiServices &mUi;
     QString mLastError;
     QString mGeneralWorkingFolder;
     std::unique_ptr<VssDatabase> mDatabase;
     bool mHasConnected = false;
+    int mPasses = 0;
+    std::unique_ptr<Listing> mListing;
+};
+
+// While one is alive, Items answers every filter from one listing of the
+// project folder (one get-dir, one get-locks), filtered in memory: a pass over
+// all object types lists the folder once, not once per type. Changes made
+// through the connection make the next Items list afresh; changes of other
+// users show in the next pass. A null connection makes no pass.
+class KORVOVSSListingPass
+{
+public:
+    explicit KORVOVSSListingPass(std::shared_ptr<KORVOVSS> vss);
+    ~KORVOVSSListingPass();
+    KORVOVSSListingPass(const KORVOVSSListingPass &) = delete;
+    KORVOVSSListingPass &operator=(const KORVOVSSListingPass &) = delete;
+
+private:
+    std::shared_ptr<KORVOVSS> mVSS;
 };

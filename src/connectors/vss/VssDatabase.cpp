@@ -96,6 +96,7 @@ VssDatabase::VssDatabase(const QString &iniFile, const QString &userName, const 
 
 void VssDatabase::SetCurrentProject(const QString &project)
 {
+    ++mChanges;
     mFolder = ProjectFolder(project);
 }
 
@@ -118,6 +119,7 @@ QStringList VssDatabase::SubProjects(const QString &project)
 
 void VssDatabase::NewSubproject(const QString &parent, const QString &name)
 {
+    ++mChanges;
     static const QString forbidden = QStringLiteral("\\/:*?\"<>|;,$@");
     if (name.trimmed().isEmpty() || std::any_of(name.begin(), name.end(), [](QChar c) {
             return forbidden.contains(c) || c.category() == QChar::Other_Control;
@@ -241,7 +243,6 @@ QList<VssDatabase::ItemInfo> VssDatabase::Items(bool includeDeleted)
     const auto entries = mRepo.ListDir(mFolder);
     const auto locks = mRepo.FolderLocks(mFolder);
     QList<ItemInfo> items;
-    QSet<QString> live;
     for (const auto &e : entries) {
         if (e.NodeKind != SvnRepository::Kind::File)
             continue;
@@ -251,18 +252,27 @@ QList<VssDatabase::ItemInfo> VssDatabase::Items(bool includeDeleted)
             info.LockOwner = lock->Owner;
             info.Status = LockStatus(lock->Owner);
         }
-        live.insert(e.Name);
         items.append(info);
     }
-    if (includeDeleted) {
-        const auto &names = Scan().Names;
-        for (auto it = names.cbegin(); it != names.cend(); ++it)
-            if (it->State == NameState::Deleted && !live.contains(it.key()))
-                items.append(ItemInfo { it.key(), true, NotCheckedOut, {} });
-    }
+    if (includeDeleted)
+        return WithDeleted(std::move(items));
     std::sort(
         items.begin(), items.end(), [](const ItemInfo &a, const ItemInfo &b) { return lessByName(a.Name, b.Name); });
     return items;
+}
+
+QList<VssDatabase::ItemInfo> VssDatabase::WithDeleted(QList<ItemInfo> live)
+{
+    QSet<QString> names;
+    for (const ItemInfo &info : std::as_const(live))
+        names.insert(info.Name);
+    const auto &scanned = Scan().Names;
+    for (auto it = scanned.cbegin(); it != scanned.cend(); ++it)
+        if (it->State == NameState::Deleted && !names.contains(it.key()))
+            live.append(ItemInfo { it.key(), true, NotCheckedOut, {} });
+    std::sort(
+        live.begin(), live.end(), [](const ItemInfo &a, const ItemInfo &b) { return lessByName(a.Name, b.Name); });
+    return live;
 }
 
 VssDatabase::ItemInfo VssDatabase::Item(const QString &name, bool deleted)
@@ -334,6 +344,7 @@ SvnRepository::Lock VssDatabase::RequireOwnLock(const QString &name)
 
 QByteArray VssDatabase::Checkout(const QString &name)
 {
+    ++mChanges;
     const QString path = LiveItemPath(name);
     mRepo.LockFile(path, QString());
     // Locked, the file cannot change under us: the latest revision is the base.
@@ -364,6 +375,7 @@ std::optional<SvnRepository::LastChange> VssDatabase::NewerThanWorkingCopy(const
 
 void VssDatabase::Checkin(const QString &name, const QByteArray &content, const QString &comment)
 {
+    ++mChanges;
     const QString path = ItemPath(name);
     const SvnRepository::Lock lock = RequireOwnLock(name);
     if (mRepo.FileContent(path) == content) {
@@ -378,6 +390,7 @@ void VssDatabase::Checkin(const QString &name, const QByteArray &content, const 
 
 QByteArray VssDatabase::UndoCheckout(const QString &name)
 {
+    ++mChanges;
     const QString path = ItemPath(name);
     const SvnRepository::Lock lock = RequireOwnLock(name);
     mRepo.UnlockFile(path, lock.Token);
@@ -387,12 +400,14 @@ QByteArray VssDatabase::UndoCheckout(const QString &name)
 
 void VssDatabase::Add(const QString &name, const QByteArray &content, const QString &comment)
 {
+    ++mChanges;
     CheckNameFree(name);
     mRepo.Commit(mFolder, comment, { { SvnRepository::Change::AddFile, name, content, {}, -1 } });
 }
 
 void VssDatabase::Delete(const QString &name)
 {
+    ++mChanges;
     const QString path = LiveItemPath(name);
     QHash<QString, QString> tokens;
     if (const auto lock = OwnLock(name))
@@ -403,6 +418,7 @@ void VssDatabase::Delete(const QString &name)
 void VssDatabase::Recover(
     const QString &name, const QString &newName, const std::optional<QByteArray> &content, const QString &comment)
 {
+    ++mChanges;
     const long deletedAt = DeletionRevision(name);
     CheckNameFree(newName);
     mRepo.Commit(
@@ -412,6 +428,7 @@ void VssDatabase::Recover(
 void VssDatabase::Rename(
     const QString &oldName, const QString &newName, const std::optional<QByteArray> &content, const QString &comment)
 {
+    ++mChanges;
     const QString oldPath = LiveItemPath(oldName);
     CheckNameFree(newName);
     QHash<QString, QString> tokens;

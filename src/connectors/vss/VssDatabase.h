@@ -61,6 +61,9 @@ public:
 
     // Items of the current project, in name order.
     QList<ItemInfo> Items(bool includeDeleted);
+    // The live items of Items(false) with the deleted ones added, as Items(true)
+    // gives them, without listing the folder again.
+    QList<ItemInfo> WithDeleted(QList<ItemInfo> live);
     // A live item (deleted false) or one that lies deleted (deleted true).
     ItemInfo Item(const QString &name, bool deleted);
     bool Exists(const QString &name, bool deleted);
@@ -102,6 +105,10 @@ public:
     // Earliest and latest date of any version of any item of the project;
     // both stay as given when there is none.
     void DateRange(QDateTime &first, QDateTime &last);
+
+    // Grows before every change this object makes (items, locks, the current
+    // project), so that a listing kept aside can tell it is out of date.
+    long Changes() const { return mChanges; }
 
     // "$\A\B\name" for messages.
     QString Spec(const QString &name) const;
@@ -151,4 +158,5 @@ private:
     long mLabelsAt = -1;
     QString mLabelsFolder;
     QList<Label> mLabels;
+    long mChanges = 0;
 };

@@ -52,6 +52,8 @@ KORVOStepList::KORVOStepList(QWidget *parent)
 
 void KORVOStepList::ClearSteps()
 {
+    mPending = false;
+    mShown.invalidate();
     mSteps->clear();
     mCurrentStep = 0;
 }
@@ -91,6 +93,8 @@ void KORVOStepList::NextStep()
         done->setIcon(0, style()->standardIcon(QStyle::SP_DialogApplyButton));
         done->setData(0, Qt::UserRole + 1, 2);
     }
+    mPending = false;
+    mShown.invalidate();
     ++mCurrentStep;
     if (QTreeWidgetItem *row = Running()) {
         row->setText(2, QStringLiteral("Initialising"));
@@ -105,6 +109,7 @@ void KORVOStepList::NextStep()
 
 void KORVOStepList::EndStep(const QString &status)
 {
+    ShowProgress();
     if (QTreeWidgetItem *row = Running()) {
         row->setText(2, status);
         row->setIcon(0, style()->standardIcon(QStyle::SP_DialogApplyButton));
@@ -122,6 +127,20 @@ void KORVOStepList::SetProgressMax(long maximum)
 
 void KORVOStepList::SetProgress(long value, const QString &text)
 {
+    mValue = value;
+    mText = text;
+    mPending = true;
+    if (!mShown.isValid() || value >= mMaximum || mShown.hasExpired(50))
+        ShowProgress();
+}
+
+void KORVOStepList::ShowProgress()
+{
+    if (!mPending)
+        return;
+    mPending = false;
+    const long value = mValue;
+    const QString &text = mText;
     QString percent = QStringLiteral("0%");
     if (mMaximum >= 1 && value >= 1)
         percent = QString::number(double(value) / double(mMaximum) * 100.0, 'f', 0) + QLatin1Char('%');
@@ -133,6 +152,7 @@ void KORVOStepList::SetProgress(long value, const QString &text)
     if (value <= mMaximum)
         mBar->setValue(int(value));
     Pump();
+    mShown.start();
 }
 
 void KORVOStepList::Pump()

@@ -2,6 +2,7 @@
 
 #include "KORVOStepProgress.h"
 
+#include <QElapsedTimer>
 #include <QWidget>
 
 class QLabel;
@@ -10,9 +11,12 @@ class QTreeWidget;
 class QTreeWidgetItem;
 
 // The step list of the generators: `lvwSteps` with an icon column, "Step" and
-// "Status", and the progress bar `pbrCurrent` under a "Status:" label. Each
-// change repaints and lets the event loop run once, so that a long job on the
-// interface thread stays responsive and can be interrupted.
+// "Status", and the progress bar `pbrCurrent` under a "Status:" label. A
+// change of step repaints and lets the event loop run once, so that a long job
+// on the interface thread stays responsive and can be interrupted; progress
+// within a step shows on its first call, then at most every 50 ms, and always
+// when it reaches the maximum (painting per object would cost more than the
+// objects).
 class KORVOStepList : public QWidget, public KORVOStepProgress
 {
     Q_OBJECT
@@ -38,10 +42,17 @@ private:
     QTreeWidgetItem *Running() const;
     void Show(QTreeWidgetItem *row);
     void Pump();
+    // Shows the progress given last, if it is not shown yet.
+    void ShowProgress();
 
     QTreeWidget *mSteps;
     QProgressBar *mBar;
     QLabel *mStatus;
     int mCurrentStep = 0;
     long mMaximum = 1;
+    long mValue = 0;
+    QString mText;
+    bool mPending = false;
+    // Since the progress was last shown; invalid when the next call shows.
+    QElapsedTimer mShown;
 };
