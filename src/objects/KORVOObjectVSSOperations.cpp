@@ -171,6 +171,13 @@ QString KORVOObjectVSS::DropScriptOfText(const QString &text) const
     const QStringList written = NameInText(text);
     if (written.value(1).isEmpty())
         return DropScript(true);
+    // A trigger is dropped from the table its text names.
+    if (mType.Class == ObjectClass::Trigger) {
+        const QString drop = mSQL->Kind().DropTriggerScript(
+            written.value(1), mSQL->Kind().ExtractTableNameFromTrigger(text, Parse()));
+        if (!drop.isEmpty())
+            return drop;
+    }
     return DropScriptOf(QString(), written.value(0).isEmpty() ? Owner : written.value(0), written.value(1), true);
 }
 

@@ -9,6 +9,7 @@
 
 #include <QSet>
 
+#include <algorithm>
 #include <queue>
 
 namespace
@@ -281,10 +282,18 @@ void ScriptEmitter::ReadDependencies()
     }
 }
 
-QList<ScriptEmitter::Entry> ScriptEmitter::Ordered(const QList<Entry> &taken, bool drops)
+QList<ScriptEmitter::Entry> ScriptEmitter::Ordered(const QList<Entry> &listed, bool drops)
 {
-    if (taken.size() < 2)
-        return taken;
+    if (listed.size() < 2)
+        return listed;
+    QList<Entry> taken = listed;
+    // Objects deleted from the server have no dependencies to read: where the
+    // kind orders by them, drops go by type the other way round (triggers and
+    // views before the routines they use).
+    if (drops && !mKind.ScriptDependencyStatement({ QStringLiteral("0") }).isEmpty())
+        std::stable_sort(taken.begin(), taken.end(), [](const Entry &a, const Entry &b) {
+            return int(a->ScriptObject->Generic().Type().Class) > int(b->ScriptObject->Generic().Type().Class);
+        });
     if (!mDependenciesRead)
         ReadDependencies();
     if (mNeeds.isEmpty())

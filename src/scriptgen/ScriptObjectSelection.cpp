@@ -205,7 +205,8 @@ int ScriptObjectSelection::VersionInFrame(
 void ScriptObjectSelection::Recreated(const ScriptCreatorObjectPtr &entry, int before, int &count)
 {
     const KORVOTypedObject &object = *entry->ScriptObject;
-    const QStringList earlier = object.NameInText(object.GetContent(1, before, false, entry->Deleted));
+    const QString earlierText = object.GetContent(1, before, false, entry->Deleted);
+    const QStringList earlier = object.NameInText(earlierText);
     if (earlier.value(1).isEmpty())
         return;
     const QString earlierOwner = earlier.value(0).isEmpty() ? object.Owner() : earlier.value(0);
@@ -224,7 +225,11 @@ void ScriptObjectSelection::Recreated(const ScriptCreatorObjectPtr &entry, int b
             entry->Recreated = true;
         return;
     }
-    const QString drop = object.DropScriptAs(earlierOwner, earlier.value(1));
+    // The earlier text names the earlier object with its argument types; the
+    // object of today's id may be gone (deleted in the frame too).
+    QString drop = object.DropScriptOfText(earlierText);
+    if (drop.isEmpty())
+        drop = object.DropScriptAs(earlierOwner, earlier.value(1));
     if (entry->Action == ScriptCreatorObject::Drop) {
         entry->DropText = drop;
         return;

@@ -104,6 +104,14 @@ QString PostgreSQLKind::DropSignatureScript(ObjectClass cls, const QString &sign
         + signature + QLatin1Char(';');
 }
 
+QString PostgreSQLKind::DropTriggerScript(const QString &name, const QString &table) const
+{
+    if (name.isEmpty() || table.isEmpty())
+        return QString();
+    return QStringLiteral("DROP TRIGGER IF EXISTS ") + QuoteIdent(name) + QStringLiteral(" ON ") + table
+        + QLatin1Char(';');
+}
+
 QString PostgreSQLKind::DropRenamedScript(
     ObjectClass cls, const QString &id, const QString &owner, const QString &name, const CatalogueReader &read) const
 {

@@ -147,6 +147,14 @@ public:
         Q_UNUSED(signature);
         return QString();
     }
+    // A text that drops a trigger of this name on the table as a trigger's text
+    // writes it; empty where the name alone is enough (DropScript).
+    virtual QString DropTriggerScript(const QString &name, const QString &table) const
+    {
+        Q_UNUSED(name);
+        Q_UNUSED(table);
+        return QString();
+    }
     // The statements that prove a CREATE text (already under a temporary name)
     // on the server and leave nothing behind. dropScript drops the temporary
     // object. With timeoutSeconds the check fails instead of waiting longer on
@@ -441,6 +449,7 @@ public:
 
     QString DropScript(
         ObjectClass cls, const QString &owner, const QString &name, const CatalogueReader &read) const override;
+    QString DropTriggerScript(const QString &name, const QString &table) const override;
     QString DropSignatureScript(ObjectClass cls, const QString &signature) const override;
     QString DropRenamedScript(ObjectClass cls, const QString &id, const QString &owner, const QString &name,
         const CatalogueReader &read) const override;

@@ -57,11 +57,11 @@ AS $procedure$ SELECT 1 $procedure$;
  *** Start: Drop objects                                      ***
  ****************************************************************/
 
-DROP PROCEDURE IF EXISTS dbo.usp_z(IN p_a integer, IN p_b character varying);
-
 DROP VIEW IF EXISTS dbo.vw_z_top;
 
 DROP VIEW IF EXISTS dbo.vw_y;
+
+DROP PROCEDURE IF EXISTS dbo.usp_z(IN p_a integer, IN p_b character varying);
 
 /****************************************************************
  *** End: Drop objects                                        ***

@@ -13,19 +13,19 @@ SET check_function_bodies = off;
  *** Start: Drop all objects if they exist                    ***
  ****************************************************************/
 
-DROP PROCEDURE IF EXISTS dbo.usp_b(IN p_a integer, IN p_b character varying);
-
-DROP PROCEDURE IF EXISTS dbo.usp_a(IN p_a integer, IN p_b character varying);
-
-DROP FUNCTION IF EXISTS dbo.fn_a(p_a integer);
+DROP TRIGGER IF EXISTS tr_a ON dbo.t_ops;
 
 DROP VIEW IF EXISTS dbo.vw_a_top;
 
 DROP VIEW IF EXISTS dbo.vw_b_base;
 
-DROP TRIGGER IF EXISTS tr_a ON dbo.t_ops;
+DROP FUNCTION IF EXISTS dbo.fn_a(p_a integer);
 
 DROP FUNCTION IF EXISTS dbo.trg_fn();
+
+DROP PROCEDURE IF EXISTS dbo.usp_b(IN p_a integer, IN p_b character varying);
+
+DROP PROCEDURE IF EXISTS dbo.usp_a(IN p_a integer, IN p_b character varying);
 
 /****************************************************************
  *** End: Drop all objects if they exist                      ***

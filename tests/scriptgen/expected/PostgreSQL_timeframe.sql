@@ -53,7 +53,7 @@ AS $procedure$ SELECT 2 $procedure$;
 
 DROP PROCEDURE IF EXISTS dbo.usp_gone(integer, character varying);
 
-DROP PROCEDURE IF EXISTS dbo.usp_ren(IN p_a integer, IN p_b character varying);
+DROP PROCEDURE IF EXISTS dbo.usp_ren(integer, character varying);
 
 /****************************************************************
  *** End: Drop objects                                        ***
