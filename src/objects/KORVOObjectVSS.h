@@ -208,6 +208,8 @@ private:
     // a server text changed outside KORVO is lost only when the user says so
     // (never when silent). consequence says what would become of it.
     bool ServerChangeMayBeLost(const QString &title, const QString &consequence, bool silent);
+    // The server's text is not the repository's latest: changed outside KORVO.
+    static bool ServerChangedOutside(const QString &server, const QString &latest);
     // Takes away every right but the owner's from the object made anew from
     // source control; false when that failed.
     bool KeepOwnerRightsOnly();

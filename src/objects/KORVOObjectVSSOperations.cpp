@@ -477,7 +477,7 @@ bool KORVOObjectVSS::ServerChangeSettled(const QString &content, const QString &
         Box(UiServices::Icon::Critical, title, mVSS->LastError() + QStringLiteral("\n\nNothing was changed.") + keptLine);
         return false;
     }
-    if (TextsEqual(started, server, true, true) || TextsEqual(content, server, true, true)
+    if (!ServerChangedOutside(server, started) || TextsEqual(content, server, true, true)
         || (!mTakenServerText.isEmpty() && TextsEqual(mTakenServerText, server, true, true)))
         return true;
     UiServices *ui = Ui();
@@ -512,6 +512,12 @@ bool KORVOObjectVSS::ServerChangeSettled(const QString &content, const QString &
     return false;
 }
 
+bool KORVOObjectVSS::ServerChangedOutside(const QString &server, const QString &latest)
+{
+    // A blank side is a gone object or an unreadable item: nothing to lose there.
+    return !IsBlankText(server) && !IsBlankText(latest) && !TextsEqual(latest, server, true, true);
+}
+
 bool KORVOObjectVSS::ServerChangeMayBeLost(const QString &title, const QString &consequence, bool silent)
 {
     QString server;
@@ -521,10 +527,7 @@ bool KORVOObjectVSS::ServerChangeMayBeLost(const QString &title, const QString &
         // The operation's own first statement meets the same fault and says so.
         return true;
     }
-    if (IsBlankText(server))
-        return true;
-    const QString latest = mVSS->ItemContent(ItemName(), false, -1, true, false);
-    if (IsBlankText(latest) || TextsEqual(latest, server, true, true))
+    if (!ServerChangedOutside(server, mVSS->ItemContent(ItemName(), false, -1, true, false)))
         return true;
     if (silent)
         return false;

@@ -101,12 +101,19 @@ const char *AclsSql
       "a.is_grantable), ',' ORDER BY 1) FROM aclexplode(acldefault('r', c.relowner)) a WHERE a.grantee <> 0) FROM "
       "pg_class c WHERE c.relnamespace = 'dbo'::regnamespace AND c.relkind = 'v'";
 
+// Columns of a query by its key column, read in one go.
+QList<QHash<QString, QString>> Rows(PgTestDatabase &db, const QString &sql, const QString &key, const QStringList &values)
+{
+    QList<QHash<QString, QString>> out(values.size());
+    for (auto rs = db.exec(sql).Results.first(); !rs->Eof(); rs->MoveNext()) {
+        for (qsizetype i = 0; i < values.size(); ++i)
+            out[i].insert(rs->FieldText(key), rs->FieldText(values.at(i)));
+    }
+    return out;
+}
 QHash<QString, QString> Rows(PgTestDatabase &db, const QString &sql, const QString &key, const QString &value)
 {
-    QHash<QString, QString> out;
-    for (auto rs = db.exec(sql).Results.first(); !rs->Eof(); rs->MoveNext())
-        out.insert(rs->FieldText(key), rs->FieldText(value));
-    return out;
+    return Rows(db, sql, key, QStringList { value }).first();
 }
 
 // A text with its first number after the pattern raised, or empty when the
@@ -367,14 +374,14 @@ class TestOutcomes : public QObject
 
     QSet<QString> ObjectIds()
     {
-        return QSet<QString>(Rows(*b->pg, AclsSql, "k", "acl").keyBegin(), Rows(*b->pg, AclsSql, "k", "acl").keyEnd());
+        const QHash<QString, QString> ids = Rows(*b->pg, AclsSql, "k", "acl");
+        return QSet<QString>(ids.keyBegin(), ids.keyEnd());
     }
 
     void CheckRights(const QHash<QString, QString> &before, const RightsChange &change)
     {
-        const QHash<QString, QString> after = Rows(*b->pg, AclsSql, "k", "acl");
-        const QHash<QString, QString> ownerOnly = Rows(*b->pg, AclsSql, "k", "own");
-        const QHash<QString, QString> names = Rows(*b->pg, AclsSql, "k", "n");
+        const auto columns = Rows(*b->pg, AclsSql, "k", { "acl", "own", "n" });
+        const QHash<QString, QString> &after = columns.at(0), &ownerOnly = columns.at(1), &names = columns.at(2);
         for (auto it = before.cbegin(); it != before.cend(); ++it) {
             if (after.contains(it.key())) {
                 QVERIFY2(after.value(it.key()) == it.value(),
@@ -459,7 +466,8 @@ class TestOutcomes : public QObject
     static QHash<QString, QString> State(PgTestDatabase &db)
     {
         QHash<QString, QString> state = Rows(db, DefinitionsSql, "k", "d");
-        const QHash<QString, QString> names = Rows(db, AclsSql, "k", "n"), acls = Rows(db, AclsSql, "k", "acl");
+        const auto columns = Rows(db, AclsSql, "k", { "n", "acl" });
+        const QHash<QString, QString> &names = columns.at(0), &acls = columns.at(1);
         for (auto it = names.cbegin(); it != names.cend(); ++it)
             state.insert("acl:" + it.value(), acls.value(it.key()));
         return state;
